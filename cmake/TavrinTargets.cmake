@@ -1,0 +1,23 @@
+# tavrin_add_plugin(<name> <sources>...)
+# A plug-in library lib<name>.so, put where the executable looks for plug-ins.
+function(tavrin_add_plugin name)
+    add_library(${name} MODULE ${ARGN})
+    target_link_libraries(${name} PRIVATE tavrin_flags)
+    set_target_properties(${name} PROPERTIES
+        LIBRARY_OUTPUT_DIRECTORY "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${TAVRIN_PLUGIN_SUBDIR}"
+        INSTALL_RPATH "$ORIGIN/../..")
+    install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TAVRIN_PLUGIN_SUBDIR}")
+endfunction()
+
+# tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])
+# One GoogleTest program; ctest knows each of its tests by itself.
+function(tavrin_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE tavrin_flags ${arg_LIBRARIES} GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()
+
+if(BUILD_TESTING)
+    include(GoogleTest)
+endif()
