@@ -1,0 +1,38 @@
+#pragma once
+
+#include <tavrin/base/Rtti.hpp>
+
+#include <memory>
+#include <vector>
+
+namespace tavrin
+{
+
+/// Base of everything that an option or an output carries. Data objects are immutable once
+/// published and are passed as `std::shared_ptr<const DataObject>`.
+class TAVRIN_API DataObject : public RTTI
+{
+public:
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+};
+
+/// Several data objects handled as one, such as the fields of a multi-block file.
+class TAVRIN_API DataObjectBundle : public DataObject
+{
+public:
+    using Members = std::vector<std::shared_ptr<const DataObject>>;
+
+    explicit DataObjectBundle(Members members) : mMembers(std::move(members)) {}
+
+    /// The members in the order in which they were given; none is empty.
+    const Members& members() const { return mMembers; }
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+private:
+    Members mMembers;
+};
+
+}

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <tavrin/domain/CellType.hpp>
+#include <tavrin/domain/PointSet.hpp>
+
+#include <array>
+
+namespace tavrin
+{
+
+template<std::size_t D>
+class CellLocator;
+
+/// One cell: its type and the indices of its vertices in the point set.
+class Cell
+{
+public:
+    /// At most `maximumVertices` vertices.
+    Cell(CellType type, std::span<const std::size_t> vertices)
+        : mType(type), mNumVertices(vertices.size())
+    {
+        std::ranges::copy(vertices, mVertices.begin());
+    }
+
+    CellType type() const { return mType; }
+    std::size_t numVertices() const { return mNumVertices; }
+
+    /// The point index of vertex k.
+    std::size_t pointIndex(std::size_t k) const { return mVertices[k]; }
+
+    std::span<const std::size_t> pointIndices() const { return {mVertices.data(), mNumVertices}; }
+
+private:
+    CellType mType;
+    std::size_t mNumVertices;
+    std::array<std::size_t, maximumVertices> mVertices;
+};
+
+/// A domain made of cells.
+class TAVRIN_API CellComplex : public virtual Domain
+{
+public:
+    virtual std::size_t numCells() const = 0;
+
+    /// The cell at an index below `numCells()`.
+    virtual Cell cell(std::size_t index) const = 0;
+    virtual CellType cellType(std::size_t index) const = 0;
+
+    virtual TopologyType topologyType() const = 0;
+
+    std::size_t numElements(const DomainPart& part) const override;
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+};
+
+/// A cell complex whose vertices are points with D coordinates: a grid.
+template<std::size_t D>
+class TAVRIN_API EmbeddedCellComplex : public PointSet<D>, public CellComplex
+{
+public:
+    /// The point set that the cells' vertices belong to.
+    const PointSet<D>& pointSet() const { return *this; }
+
+    virtual StructuringType structuringType() const = 0;
+
+    /// Finds the cell at a position. Made on the first call and kept. A first call outside of a
+    /// parallel region has all threads for the work. Throws what `makeLocator` throws.
+    const CellLocator<D>& locator() const;
+
+    std::size_t numElements(const DomainPart& part) const final;
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+private:
+    mutable std::once_flag mLocatorOnce;
+    mutable std::shared_ptr<const CellLocator<D>> mLocator;
+};
+
+extern template class EmbeddedCellComplex<1>;
+extern template class EmbeddedCellComplex<2>;
+extern template class EmbeddedCellComplex<3>;
+
+}

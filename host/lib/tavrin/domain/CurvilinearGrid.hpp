@@ -1,0 +1,37 @@
+#pragma once
+
+#include <tavrin/domain/StructuredGrid.hpp>
+
+namespace tavrin
+{
+
+/// A structured grid with stored points.
+template<std::size_t D>
+class TAVRIN_API CurvilinearGrid final : public StructuredGrid<D>
+{
+public:
+    using typename PointSet<D>::Point;
+
+    /// One point per index triple, the first axis fastest. Throws `runtime_error` where the number
+    /// of points is not that of the size.
+    CurvilinearGrid(const GridSize& size, std::shared_ptr<const ValueArray<Point>> points);
+
+    Point point(std::size_t index) const override { return (*mPoints)[index]; }
+    std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override
+    {
+        return mPoints->read(first, scratch);
+    }
+    StructuringType structuringType() const override { return StructuringType::Curvilinear; }
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+private:
+    std::shared_ptr<const ValueArray<Point>> mPoints;
+};
+
+extern template class CurvilinearGrid<1>;
+extern template class CurvilinearGrid<2>;
+extern template class CurvilinearGrid<3>;
+
+}

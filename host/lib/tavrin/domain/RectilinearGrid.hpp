@@ -1,0 +1,43 @@
+#pragma once
+
+#include <tavrin/domain/StructuredGrid.hpp>
+
+namespace tavrin
+{
+
+/// A grid given by the coordinates along each axis; the points are computed from them.
+template<std::size_t D>
+class TAVRIN_API RectilinearGrid final : public StructuredGrid<D>
+{
+public:
+    using typename PointSet<D>::Point;
+    using Coordinates = std::array<std::vector<double>, D>;
+
+    /// The coordinates of each axis must be finite and strictly monotonic, ascending or
+    /// descending; throws `runtime_error` otherwise.
+    explicit RectilinearGrid(Coordinates coordinates);
+
+    const Coordinates& coordinates() const { return mCoordinates; }
+
+    Point point(std::size_t index) const override;
+    StructuringType structuringType() const override { return StructuringType::Rectilinear; }
+    bool equals(const Domain& other) const override;
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+protected:
+    PointSetBase::BoundingBox findBoundingBox() const override
+    {
+        return this->boundingBoxOfCorners();
+    }
+
+private:
+    Coordinates mCoordinates;
+};
+
+extern template class RectilinearGrid<1>;
+extern template class RectilinearGrid<2>;
+extern template class RectilinearGrid<3>;
+
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <tavrin/domain/StructuredGrid.hpp>
+
+namespace tavrin
+{
+
+/// The unit matrix.
+template<std::size_t D>
+constexpr Tensor<double, D, D> unitMatrix()
+{
+    Tensor<double, D, D> matrix{};
+    for (std::size_t i = 0; i < D; ++i)
+        matrix(i, i) = 1.0;
+    return matrix;
+}
+
+/// A grid with a constant distance between neighbouring points along each axis. The points are
+/// computed: origin + direction * ((firstIndex + index) * spacing).
+template<std::size_t D>
+class TAVRIN_API UniformGrid final : public StructuredGrid<D>
+{
+public:
+    using typename PointSet<D>::Point;
+
+    struct Layout
+    {
+        /// Points along each axis; 1 from axis D on.
+        GridSize size{1, 1, 1};
+        Point origin{};
+        /// Distance of neighbouring points, finite and not 0 on an axis of more than one point.
+        Point spacing{};
+        /// The index of the first point along each axis, where numbering starts at another than 0.
+        std::array<long, D> firstIndex{};
+        /// The columns are the directions of the index axes; the unit matrix where they are
+        /// those of the coordinates.
+        Tensor<double, D, D> direction = unitMatrix<D>();
+
+        bool operator==(const Layout&) const = default;
+    };
+
+    /// Throws `runtime_error` where the layout gives no grid.
+    explicit UniformGrid(const Layout& layout);
+
+    const Layout& layout() const { return mLayout; }
+
+    /// Whether the index axes are not those of the coordinates.
+    bool isOriented() const { return mIsOriented; }
+
+    Point point(std::size_t index) const override;
+    StructuringType structuringType() const override { return StructuringType::Uniform; }
+    bool equals(const Domain& other) const override;
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+protected:
+    PointSetBase::BoundingBox findBoundingBox() const override
+    {
+        return this->boundingBoxOfCorners();
+    }
+
+private:
+    Layout mLayout;
+    bool mIsOriented;
+};
+
+extern template class UniformGrid<1>;
+extern template class UniformGrid<2>;
+extern template class UniformGrid<3>;
+
+}

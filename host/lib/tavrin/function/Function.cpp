@@ -1,0 +1,129 @@
+#include <tavrin/function/Function.hpp>
+
+#include <sstream>
+
+namespace tavrin
+{
+
+namespace
+{
+
+void requireAscending(const std::vector<double>& timeSteps)
+{
+    const bool ascend = std::ranges::adjacent_find(timeSteps, [](double a, double b)
+                                                   { return !(a < b); }) == timeSteps.end();
+    if (!ascend)
+        throw logic_error("the time steps of a function must ascend");
+}
+
+std::string describeTimeSteps(const std::vector<double>& steps)
+{
+    std::ostringstream text;
+    if (steps.empty())
+        return "steady";
+    text << steps.size() << (steps.size() == 1 ? " time step at " : " time steps from ")
+         << steps.front();
+    if (steps.size() > 1)
+        text << " to " << steps.back();
+    return text.str();
+}
+
+}
+
+std::string_view nameOf(TimeBehavior behavior)
+{
+    return behavior == TimeBehavior::Steady ? "steady" : "unsteady";
+}
+
+FunctionBase::FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
+                           std::shared_ptr<const ValueArrayBase> values,
+                           std::vector<double> timeSteps, std::string name,
+                           std::shared_ptr<const ValidityMask> validity)
+    : mDomain(std::move(domain)), mDomainPart(domainPart), mValues(std::move(values)),
+      mTimeSteps(std::move(timeSteps)), mName(std::move(name)), mValidity(std::move(validity))
+{
+    requireAscending(mTimeSteps);
+    if (mValidity != nullptr && mValidity->size() != mValues->size())
+        throw logic_error("the mask of a function's values has another size than they have");
+}
+
+DomainType FunctionBase::domainType() const
+{
+    return mDomainPart == PointSetBase::Points ? DomainType::PointBased : DomainType::CellBased;
+}
+
+std::vector<std::string> FunctionBase::getInfoStrings() const
+{
+    return {"values: " + valueTypeName() + ", stored as " +
+                std::string(nameOf(mValues->precision())),
+            "defined on: " + std::to_string(valuesPerStep()) + " " + mDomainPart.getName() + " (" +
+                std::string(nameOf(domainType())) + ")",
+            "time: " + describeTimeSteps(mTimeSteps)};
+}
+
+const RTTI_TypeId& FunctionBase::classTypeId()
+{
+    static const RTTI_TypeId id = newTypeId("FunctionBase");
+    return id;
+}
+
+bool FunctionBase::isA(const RTTI_TypeId& id) const
+{
+    return id == classTypeId() || DataObject::isA(id);
+}
+
+template<typename T>
+Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
+                      std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
+                      std::string name, std::shared_ptr<const ValidityMask> validity)
+    : FunctionBase(std::move(domain), domainPart, std::move(values), std::move(timeSteps),
+                   std::move(name), std::move(validity))
+{
+    transferToDomain(this->domain().get(), domainPart, *FunctionBase::values(), numTimeSteps());
+}
+
+template<typename T>
+void Function<T>::transferToDomain(const Domain* domain, const DomainPart& part,
+                                   const ValueArrayBase& values, std::size_t numTimeSteps)
+{
+    if (domain == nullptr)
+        throw runtime_error("Data can't be registered to non-existent domains.");
+    if (values.size() != domain->numElements(part) * numTimeSteps)
+        throw runtime_error("The data does not fit onto the specified domain");
+}
+
+template<typename T>
+std::shared_ptr<const ValueArray<T>> Function<T>::stepValues(std::size_t step) const
+{
+    const auto all = values();
+    return numTimeSteps() <= 1 && all->isInMemory()
+               ? all
+               : all->part(step * valuesPerStep(), valuesPerStep());
+}
+
+template<typename T>
+const RTTI_TypeId& Function<T>::classTypeId()
+{
+    static const RTTI_TypeId id = newTypeId("Function");
+    return id;
+}
+
+template<typename T>
+bool Function<T>::isA(const RTTI_TypeId& id) const
+{
+    return id == classTypeId() || FunctionBase::isA(id);
+}
+
+template class Function<Scalar>;
+template class Function<Vector1>;
+template class Function<Vector2>;
+template class Function<Vector3>;
+template class Function<Vector4>;
+template class Function<Matrix1>;
+template class Function<Matrix2>;
+template class Function<Matrix3>;
+template class Function<Matrix4>;
+template class Function<Vector242>;
+template class Function<Vector375>;
+
+}

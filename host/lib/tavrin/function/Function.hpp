@@ -1,0 +1,175 @@
+#pragma once
+
+#include <tavrin/base/LargeVector.hpp>
+#include <tavrin/domain/CellComplex.hpp>
+#include <tavrin/value/ValueArray.hpp>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tavrin
+{
+
+enum class TimeBehavior
+{
+    Steady,
+    Unsteady
+};
+
+/// "steady", "unsteady".
+TAVRIN_API std::string_view nameOf(TimeBehavior behavior);
+
+/// For each value of a function 1, or 0 where the value only fills a gap.
+using ValidityMask = LargeVector<std::uint8_t>;
+
+/// Values on one part of a domain, at one or more time steps.
+///
+/// A function made with m time steps holds the values of all of them, step after step, in one
+/// value array. A function with at most one step is steady.
+class TAVRIN_API FunctionBase : public DataObject
+{
+public:
+    const std::shared_ptr<const Domain>& domain() const { return mDomain; }
+    const DomainPart& domainPart() const { return mDomainPart; }
+
+    /// The values of all time steps.
+    const std::shared_ptr<const ValueArrayBase>& values() const { return mValues; }
+
+    /// Strictly ascending; may be empty, which is one step at no particular time.
+    const std::vector<double>& timeSteps() const { return mTimeSteps; }
+
+    /// At least 1.
+    std::size_t numTimeSteps() const { return std::max<std::size_t>(1, mTimeSteps.size()); }
+    TimeBehavior timeBehavior() const
+    {
+        return numTimeSteps() > 1 ? TimeBehavior::Unsteady : TimeBehavior::Steady;
+    }
+
+    /// The number of values of one time step.
+    std::size_t valuesPerStep() const { return mDomain->numElements(mDomainPart); }
+
+    /// Values on points are point-based, all others cell-based.
+    DomainType domainType() const;
+
+    /// What the values are, such as the name of an array in a file; may be empty.
+    const std::string& name() const { return mName; }
+
+    /// Which values are real, for all time steps; null where all are. Files carry it along, and
+    /// nothing else looks at it.
+    const std::shared_ptr<const ValidityMask>& validity() const { return mValidity; }
+
+    /// "3-D Vector" and the like.
+    virtual std::string valueTypeName() const = 0;
+
+    /// Lines for a person: value type and precision, domain part, number of values, time steps.
+    std::vector<std::string> getInfoStrings() const;
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+protected:
+    FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
+                 std::shared_ptr<const ValueArrayBase> values, std::vector<double> timeSteps,
+                 std::string name, std::shared_ptr<const ValidityMask> validity);
+
+private:
+    std::shared_ptr<const Domain> mDomain;
+    DomainPart mDomainPart;
+    std::shared_ptr<const ValueArrayBase> mValues;
+    std::vector<double> mTimeSteps;
+    std::string mName;
+    std::shared_ptr<const ValidityMask> mValidity;
+};
+
+/// "Scalar", "3-D Vector", "2x2 Matrix", ...
+template<Value T>
+std::string valueTypeName()
+{
+    if constexpr (T::rank == 0)
+        return "Scalar";
+    else if constexpr (T::rank == 1)
+        return std::to_string(T::size) + "-D Vector";
+    else
+        return std::to_string(T::extent(0)) + "x" + std::to_string(T::extent(1)) + " Matrix";
+}
+
+template<typename T>
+class DiscreteFunctionEvaluator;
+template<typename T>
+class FunctionEvaluator;
+
+/// A function whose values are of type T.
+template<typename T>
+class TAVRIN_API Function final : public FunctionBase
+{
+public:
+    /// Throws what `transferToDomain` throws, and `logic_error` where the time steps do not ascend
+    /// or the mask has another size than the values.
+    Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
+             std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
+             std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr);
+
+    /// The values of all time steps.
+    std::shared_ptr<const ValueArray<T>> values() const
+    {
+        return std::static_pointer_cast<const ValueArray<T>>(FunctionBase::values());
+    }
+
+    /// The values of one time step, below `numTimeSteps()`.
+    std::shared_ptr<const ValueArray<T>> stepValues(std::size_t step) const;
+
+    /// Reads the stored values of one step, the first unless told otherwise.
+    DiscreteFunctionEvaluator<T> makeDiscreteEvaluator(std::size_t step = 0) const;
+
+    /// Reads values at any time between the first and the last step.
+    FunctionEvaluator<T> makeEvaluator() const;
+
+    std::string valueTypeName() const override { return tavrin::valueTypeName<T>(); }
+
+    static std::string typeDescription()
+    {
+        return "function of type " + tavrin::valueTypeName<T>();
+    }
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+
+private:
+    /// Refuses values that cannot live on the domain. Throws `runtime_error` "Data can't be
+    /// registered to non-existent domains." or "The data does not fit onto the specified domain".
+    static void transferToDomain(const Domain* domain, const DomainPart& part,
+                                 const ValueArrayBase& values, std::size_t numTimeSteps);
+};
+
+extern template class Function<Scalar>;
+extern template class Function<Vector1>;
+extern template class Function<Vector2>;
+extern template class Function<Vector3>;
+extern template class Function<Vector4>;
+extern template class Function<Matrix1>;
+extern template class Function<Matrix2>;
+extern template class Function<Matrix3>;
+extern template class Function<Matrix4>;
+extern template class Function<Vector242>;
+extern template class Function<Vector375>;
+
+/// Makes a function of values that are moved in: one per element of the domain part, for each time
+/// step in turn. Vectors with any allocator are taken over without a copy.
+/// Throws what the constructor of `Function` throws.
+template<typename T, typename Allocator>
+std::shared_ptr<const Function<T>> addData(std::shared_ptr<const Domain> domain,
+                                           const DomainPart& domainPart,
+                                           std::vector<T, Allocator> values, Precision precision,
+                                           std::vector<double> timeSteps, std::string name = {},
+                                           std::shared_ptr<const ValidityMask> validity = nullptr)
+{
+    auto array = std::make_shared<DefaultValueArray<T>>(std::move(values), precision, true);
+    return std::make_shared<const Function<T>>(std::move(domain), domainPart, std::move(array),
+                                               std::move(timeSteps), std::move(name),
+                                               std::move(validity));
+}
+
+}
+
+#include <tavrin/function/Evaluator.hpp>
