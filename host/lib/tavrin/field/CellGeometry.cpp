@@ -1,0 +1,524 @@
+#include <tavrin/field/CellGeometry.hpp>
+
+#include <tavrin/field/CellLocator.hpp>
+#include <tavrin/field/Inverse.hpp>
+#include <tavrin/field/ShapeTable.hpp>
+
+#include <limits>
+#include <numeric>
+
+namespace tavrin
+{
+
+namespace
+{
+
+using enum CellType;
+
+/// A Newton step squares the error: after one as short as this only rounding is left.
+constexpr double shortStep = 1e-9;
+constexpr int maximumSteps = 50;
+
+/// After so many steps that end far outside the cell the next ones will, too.
+constexpr int maximumStrays = 4;
+
+/// Newton's method finds the one solution where the derivatives differ by less than this share.
+constexpr double provenDistortion = 1.0 / 3.0;
+
+/// Below it, rounding could make the inverse at the centre useless for a proof.
+constexpr double reliableIndependence = 1e-8;
+
+CellType geometryOf(CellType type)
+{
+    return type >= SubparametricQuadraticLine && type <= SubparametricQuadraticHexahedron
+               ? linearTypeOf(type)
+               : type;
+}
+
+/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its centre. It is
+/// the sum of a constant, a linear term, and terms in the products of different coordinates.
+template<std::size_t D>
+struct MultilinearMap
+{
+    using Position = Tensor<double, D>;
+
+    Position constant;
+    Columns<D> linear;
+    /// Of the products uv, vw, wu and uvw; in the plane that of uv alone.
+    std::array<Position, D == 3 ? 4 : 1> products;
+
+    Position operator()(const Position& u) const
+    {
+        Position sum = constant;
+        for (std::size_t i = 0; i < D; ++i)
+            sum += u[i] * linear[i];
+        sum += u[0] * u[1] * products[0];
+        if constexpr (D == 3)
+            sum += u[1] * u[2] * products[1] + u[2] * u[0] * products[2] +
+                   u[0] * u[1] * u[2] * products[3];
+        return sum;
+    }
+
+    Columns<D> derivatives(const Position& u) const
+    {
+        Columns<D> columns = linear;
+        columns[0] += u[1] * products[0];
+        columns[1] += u[0] * products[0];
+        if constexpr (D == 3)
+        {
+            columns[0] += u[2] * products[2] + u[1] * u[2] * products[3];
+            columns[1] += u[2] * products[1] + u[2] * u[0] * products[3];
+            columns[2] += u[1] * products[1] + u[0] * products[2] + u[0] * u[1] * products[3];
+        }
+        return columns;
+    }
+};
+
+MultilinearMap<2> mapOfQuad(const Vector2* v, const Vector2& origin)
+{
+    const Vector2 lower = v[1] - v[0];
+    const Vector2 upper = v[2] - v[3];
+    const Vector2 left = v[3] - v[0];
+    const Vector2 right = v[2] - v[1];
+    const Vector2 middle = (v[0] - origin) + (v[1] - origin) + (v[2] - origin) + (v[3] - origin);
+    return {0.25 * middle, {0.5 * (lower + upper), 0.5 * (left + right)}, {upper - lower}};
+}
+
+MultilinearMap<3> mapOfPrism(const Vector3* v, const Vector3& origin)
+{
+    const auto mean = [&](const Vector3* triangle)
+    {
+        return ((triangle[0] - origin) + (triangle[1] - origin) + (triangle[2] - origin)) *
+               (1.0 / 3.0);
+    };
+    const Vector3 lower = mean(v);
+    const Vector3 upper = mean(v + 3);
+    const Vector3 lowerR = v[1] - v[0];
+    const Vector3 upperR = v[4] - v[3];
+    const Vector3 lowerS = v[2] - v[0];
+    const Vector3 upperS = v[5] - v[3];
+    return {0.5 * (lower + upper),
+            {0.5 * (lowerR + upperR), 0.5 * (lowerS + upperS), upper - lower},
+            {Vector3{}, upperS - lowerS, upperR - lowerR, Vector3{}}};
+}
+
+MultilinearMap<3> mapOfHexahedron(const Vector3* v, const Vector3& origin)
+{
+    // Edges along r and their starts; then sums and differences of neighbours along s and t.
+    const Vector3 edge00 = v[1] - v[0];
+    const Vector3 edge10 = v[2] - v[3];
+    const Vector3 edge01 = v[5] - v[4];
+    const Vector3 edge11 = v[6] - v[7];
+    const Vector3 sum00 = (v[0] - origin) + (v[1] - origin);
+    const Vector3 sum10 = (v[3] - origin) + (v[2] - origin);
+    const Vector3 sum01 = (v[4] - origin) + (v[5] - origin);
+    const Vector3 sum11 = (v[7] - origin) + (v[6] - origin);
+    const Vector3 side0 = sum10 - sum00;
+    const Vector3 side1 = sum11 - sum01;
+    const Vector3 layer0 = sum00 + sum10;
+    const Vector3 layer1 = sum01 + sum11;
+    const Vector3 twist0 = edge10 - edge00;
+    const Vector3 twist1 = edge11 - edge01;
+    const Vector3 shear0 = edge00 + edge10;
+    const Vector3 shear1 = edge01 + edge11;
+    return {
+        0.125 * (layer0 + layer1),
+        {0.25 * (shear0 + shear1), 0.25 * (side0 + side1), 0.25 * (layer1 - layer0)},
+        {0.5 * (twist0 + twist1), 0.5 * (side1 - side0), 0.5 * (shear1 - shear0), twist1 - twist0}};
+}
+
+/// The map minus the position, so that its zero is wanted.
+MultilinearMap<2> mapOf(CellType, const Vector2* vertices, const Vector2& position)
+{
+    return mapOfQuad(vertices, position);
+}
+MultilinearMap<3> mapOf(CellType type, const Vector3* vertices, const Vector3& position)
+{
+    return type == Prisms ? mapOfPrism(vertices, position) : mapOfHexahedron(vertices, position);
+}
+
+bool isMultilinear(CellType type, std::size_t space)
+{
+    return (space == 2 && type == Quads) || (space == 3 && (type == Prisms || type == Hexahedra));
+}
+
+bool isSimplex(CellType type)
+{
+    return type == Lines || type == Triangles || type == Tetrahedra;
+}
+
+/// The position at a reference point, and its derivatives by N reference coordinates.
+template<std::size_t D, std::size_t N>
+struct LocalMap
+{
+    Tensor<double, D> position{};
+    std::array<Tensor<double, D>, N> derivatives{};
+
+    LocalMap(std::span<const Tensor<double, D>> vertices, std::span<const double> weights,
+             std::span<const std::array<double, 3>> slopes)
+    {
+        // Measured from one vertex, so that large coordinates lose no digits.
+        for (std::size_t k = 1; k < vertices.size(); ++k)
+        {
+            const Tensor<double, D> edge = vertices[k] - vertices[0];
+            position += weights[k] * edge;
+            for (std::size_t i = 0; i < N; ++i)
+                derivatives[i] += slopes[k][i] * edge;
+        }
+        position += vertices[0];
+    }
+
+    /// The inverse of the derivatives, or of their normal equations.
+    Inverse<N> inverse() const
+    {
+        if constexpr (N == D)
+            return Inverse<N>(derivatives);
+        else
+        {
+            Columns<N> normal;
+            for (std::size_t i = 0; i < N; ++i)
+                for (std::size_t j = 0; j < N; ++j)
+                    normal[i][j] = dot(derivatives[i], derivatives[j]);
+            return Inverse<N>(normal);
+        }
+    }
+
+    /// The change of the reference point that moves the position by an offset, or closest to it.
+    Tensor<double, N> step(const Inverse<N>& inverse, const Tensor<double, D>& offset) const
+    {
+        if constexpr (N == D)
+            return inverse * offset;
+        else
+        {
+            Tensor<double, N> projected;
+            for (std::size_t i = 0; i < N; ++i)
+                projected[i] = dot(derivatives[i], offset);
+            return inverse * projected;
+        }
+    }
+
+    /// How far the reference point moves at most with each unit of a change of the position.
+    double inverseNorm(const Inverse<N>& inverse) const
+    {
+        const double norm = inverse.growth();
+        return N == D ? norm : std::sqrt(norm);
+    }
+};
+
+/// A part of a cell that is a box in the cube that may be collapsed to the cell.
+template<std::size_t D>
+struct Part
+{
+    /// Three along each axis; what lies in the part lies in their convex hull.
+    std::array<Tensor<double, D>, 27> controlPoints;
+    Reference middle{0.5, 0.5, 0.5};
+    Reference size{1.0, 1.0, 1.0};
+
+    /// By de Casteljau's algorithm, for a cell of some dimension.
+    std::pair<Part, Part> halves(std::size_t axis, std::size_t dimension) const
+    {
+        std::pair<Part, Part> result(*this, *this);
+        auto& [first, second] = result;
+        first.size[axis] *= 0.5;
+        second.size[axis] *= 0.5;
+        first.middle[axis] -= 0.5 * first.size[axis];
+        second.middle[axis] += 0.5 * second.size[axis];
+        constexpr std::array<std::size_t, 4> powers{1, 3, 9, 27};
+        const std::size_t stride = powers[axis];
+        for (std::size_t i = 0; i < powers[dimension]; ++i)
+            if (i / stride % 3 == 1)
+            {
+                const std::size_t start = i - stride;
+                const std::size_t end = i + stride;
+                first.controlPoints[i] = 0.5 * (controlPoints[start] + controlPoints[i]);
+                second.controlPoints[i] = 0.5 * (controlPoints[i] + controlPoints[end]);
+                first.controlPoints[end] = 0.5 * (first.controlPoints[i] + second.controlPoints[i]);
+                second.controlPoints[start] = first.controlPoints[end];
+            }
+        return result;
+    }
+};
+
+template<std::size_t N>
+Reference moved(Reference at, const Tensor<double, N>& change)
+{
+    for (std::size_t i = 0; i < N; ++i)
+        at[i] += change[i];
+    return at;
+}
+
+}
+
+template<std::size_t D>
+CellGeometry<D>::CellGeometry(CellType type, const Position* vertices, double rounding)
+    : mType(geometryOf(type)), mVertices(vertices), mRounding(rounding)
+{
+}
+
+template<std::size_t D>
+Box<D> CellGeometry<D>::bounds() const
+{
+    Box<D> box{mVertices[0], mVertices[0]};
+    double poison = 0.0;
+    const auto include = [&](const Position& point)
+    {
+        for (std::size_t axis = 0; axis < D; ++axis)
+        {
+            box.lower[axis] = std::min(box.lower[axis], point[axis]);
+            box.upper[axis] = std::max(box.upper[axis], point[axis]);
+            poison += 0.0 * point[axis];
+        }
+    };
+    // A linear cell is inside the convex hull of its vertices.
+    if (linearTypeOf(mType) == mType)
+        for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
+            include(mVertices[k]);
+    else
+        for (std::size_t i = 0; i < shapeTableOf(mType).numControlPoints(); ++i)
+            include(shapeTableOf(mType).controlPoint(i, mVertices));
+    // A reference coordinate that leaves the cell by d moves the position by less than 6 d extents.
+    const double margin =
+        32.0 * locationTolerance * maximumNorm(box.upper - box.lower) + 2.0 * mRounding + poison;
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        box.lower[axis] -= margin;
+        box.upper[axis] += margin;
+    }
+    return box;
+}
+
+template<std::size_t D>
+bool CellGeometry<D>::isInside(const Reference& at, double inverseNorm,
+                               const Position& position) const
+{
+    const double outside = distanceOutside(mType, at);
+    if (outside <= locationTolerance)
+        return true;
+    const double allowance = std::min(largestTolerance, 3.0 * mRounding * inverseNorm);
+    return outside <= allowance && bounds().contains(position);
+}
+
+template<std::size_t D>
+bool CellGeometry<D>::simplexContains(const Position& position, Reference& at) const
+{
+    Columns<D> edges;
+    for (std::size_t i = 0; i < D; ++i)
+        edges[i] = mVertices[i + 1] - mVertices[0];
+    const Inverse<D> inverse(edges);
+    at = moved(Reference{}, inverse * (position - mVertices[0]));
+    const double outside = distanceOutside(mType, at);
+    if (outside <= locationTolerance)
+        return inverse.exists();
+    return outside <= largestTolerance && inverse.exists() &&
+           isInside(at, inverse.growth(), position);
+}
+
+template<std::size_t D>
+bool CellGeometry<D>::multilinearContains(const Position& position, Reference& at) const
+    requires(D >= 2)
+{
+    const auto map = mapOf(mType, mVertices, position);
+    const Reference center = centerReference(mType);
+    const double reach = mType == Prisms ? 2.0 / 3.0 : 0.5;
+    const Inverse<D> inverse(map.linear);
+    if (!(inverse.independence() > reliableIndependence))
+        return searchParts<D>(position, at);
+
+    // The solution is that of the linear terms but for the products, which are bounded in the cell.
+    auto products = map.products;
+    std::array<double, products.size()> size;
+    for (std::size_t i = 0; i < size.size(); ++i)
+    {
+        products[i] = inverse * products[i];
+        size[i] = maximumNorm(products[i]);
+    }
+    const double triple = D == 3 ? size.back() : 0.0;
+    const double pairs = std::accumulate(size.begin(), size.end(), -triple);
+    const double bound = reach * reach * (pairs + reach * triple);
+    Position u = inverse * (-1.0 * map.constant);
+    if (maximumNorm(u) > reach + 1.01 * bound + largestTolerance)
+        return false;
+
+    double inverseNorm = inverse.growth();
+    bool isFound = bound < shortStep * shortStep;
+    // One step without derivatives comes cheap.
+    u -= MultilinearMap<D>{Position{}, Columns<D>{}, products}(u);
+    for (auto& coordinate : u)
+        coordinate = std::clamp(coordinate, -1.0, 1.0);
+    for (int i = 0; i < maximumSteps && !isFound; ++i)
+    {
+        const Inverse<D> local(map.derivatives(u));
+        if (!local.exists())
+            break;
+        const Position step = local * map(u);
+        for (std::size_t axis = 0; axis < D; ++axis)
+            u[axis] = std::clamp(u[axis] - step[axis], -1.0, 1.0);
+        isFound = maximumNorm(step) < shortStep;
+        inverseNorm = local.growth();
+    }
+    at = moved(center, u);
+    if (isFound && isInside(at, inverseNorm, position))
+        return true;
+    // Where the derivatives differ by less than all of them no two points have one position, so that
+    // a solution outside the cell rules out one inside.
+    const double range = isFound ? std::max(reach, maximumNorm(u)) : reach;
+    const double distortion = range * (2.0 * pairs + 3.0 * range * triple);
+    return distortion >= (isFound ? 1.0 : provenDistortion) && searchParts<D>(position, at);
+}
+
+template<std::size_t D>
+template<std::size_t N>
+bool CellGeometry<D>::generalContains(const Position& position, Reference& at) const
+{
+    const ShapeTable& table = shapeTableOf(mType);
+    const LocalMap<D, N> map(std::span(mVertices, table.numVertices), table.centerWeights,
+                             table.centerDerivatives);
+    const Inverse<N> inverse = map.inverse();
+    if (!(inverse.independence() > reliableIndependence))
+        return searchParts<N>(position, at);
+    at = moved(table.center, map.step(inverse, position - map.position));
+
+    if constexpr (N < D)
+    {
+        if (searchFrom<N>(table.center, position, at))
+            return true;
+        return !isSimplex(mType) && searchParts<N>(position, at);
+    }
+    else
+    {
+        // How far the control points are from those of the linear map bounds its error in the cell.
+        std::array<Position, maximumVertices> deviations;
+        double largest = 0.0;
+        for (std::size_t k = 0; k < table.numVertices; ++k)
+        {
+            deviations[k] = inverse * (mVertices[k] - map.position);
+            for (std::size_t i = 0; i < D; ++i)
+                deviations[k][i] -= table.vertexReferences[k][i] - table.center[i];
+            largest = std::max(largest, maximumNorm(deviations[k]));
+        }
+        const double nothing = 64.0 * std::numeric_limits<double>::epsilon();
+        if (largest < nothing)
+            return isInside(at, inverse.growth(), position);
+        double bound = 0.0;
+        for (std::size_t i = 0; i < table.numControlPoints(); ++i)
+            bound = std::max(bound, maximumNorm(table.controlPoint(i, deviations.data())));
+        if (distanceOutside(mType, at) > 3.03 * bound + largestTolerance)
+            return false;
+        if (searchFrom<N>(distanceOutside(mType, at) < 0.5 ? at : table.center, position, at))
+            return true;
+        return 12.0 * bound >= provenDistortion && searchParts<N>(position, at);
+    }
+}
+
+template<std::size_t D>
+template<std::size_t N>
+bool CellGeometry<D>::searchParts(const Position& position, Reference& at) const
+{
+    const ShapeTable& table = shapeTableOf(mType);
+    Part<D> whole;
+    for (std::size_t i = 0; i < table.numControlPoints(); ++i)
+        whole.controlPoints[i] = table.controlPoint(i, mVertices);
+    const Box<D> box = bounds();
+    const double margin = largestTolerance * maximumNorm(box.upper - box.lower);
+    const auto isCandidate = [&](const Part<D>& part)
+    {
+        for (std::size_t axis = 0; axis < D; ++axis)
+        {
+            double lower = part.controlPoints[0][axis];
+            double upper = lower;
+            for (std::size_t i = 1; i < table.numControlPoints(); ++i)
+            {
+                lower = std::min(lower, part.controlPoints[i][axis]);
+                upper = std::max(upper, part.controlPoints[i][axis]);
+            }
+            if (position[axis] < lower - margin || position[axis] > upper + margin)
+                return false;
+        }
+        return true;
+    };
+    const auto search = [&](const auto& searchIn, const Part<D>& part, std::size_t depth) -> bool
+    {
+        if (!isCandidate(part))
+            return false;
+        if (depth == 2 * N)
+            return searchFrom<N>(collapsedReference(mType, part.middle), position, at);
+        const auto [first, second] = part.halves(depth % N, N);
+        return searchIn(searchIn, first, depth + 1) || searchIn(searchIn, second, depth + 1);
+    };
+    return search(search, whole, 0);
+}
+
+template<std::size_t D>
+template<std::size_t N>
+bool CellGeometry<D>::searchFrom(const Reference& start, const Position& position,
+                                 Reference& at) const
+{
+    const std::size_t count = numVerticesOf(mType);
+    std::array<double, maximumVertices> weights;
+    std::array<std::array<double, 3>, maximumVertices> slopes;
+    Reference current = start;
+    int strays = 0;
+    for (int i = 0; i < maximumSteps; ++i)
+    {
+        shapeFunctions(mType, current, weights);
+        shapeDerivatives(mType, current, slopes);
+        const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
+        const Inverse<N> inverse = map.inverse();
+        const Position offset = position - map.position;
+        if (!inverse.exists())
+        {
+            // Where sides of a cell collapse to a point, it has that point all the same. A cell that
+            // is flat as a whole does not get this far.
+            at = current;
+            return i > 0 && maximumNorm(offset) <= mRounding && isInside(at, 0.0, position);
+        }
+        const Tensor<double, N> step = map.step(inverse, offset);
+        const double length = maximumNorm(step);
+        current = moved(current, step * std::min(1.0, 0.5 / length));
+        for (double& coordinate : current)
+            coordinate = std::clamp(coordinate, -0.5, 1.5);
+        if (distanceOutside(mType, current) > 0.25 && ++strays > maximumStrays)
+            return false;
+        if (!(length < shortStep))
+            continue;
+        at = current;
+        if constexpr (N < D)
+        {
+            const Box<D> box = bounds();
+            const double across = maximumNorm(box.upper - box.lower);
+            if (norm(offset) > locationTolerance * across + mRounding)
+                return false;
+        }
+        return isInside(at, map.inverseNorm(inverse), position);
+    }
+    return false;
+}
+
+template<std::size_t D>
+bool CellGeometry<D>::contains(const Position& position, Reference& at) const
+{
+    const std::size_t dimension = dimensionOf(mType);
+    if (dimension == 0)
+    {
+        at = {};
+        return norm(position - mVertices[0]) <= mRounding;
+    }
+    if (dimension == D && isSimplex(mType))
+        return simplexContains(position, at);
+    if constexpr (D >= 2)
+        if (isMultilinear(mType, D))
+            return multilinearContains(position, at);
+    if constexpr (D >= 3)
+        if (dimension == 3)
+            return generalContains<3>(position, at);
+    if constexpr (D >= 2)
+        if (dimension == 2)
+            return generalContains<2>(position, at);
+    return dimension == 1 && generalContains<1>(position, at);
+}
+
+template class CellGeometry<1>;
+template class CellGeometry<2>;
+template class CellGeometry<3>;
+
+}

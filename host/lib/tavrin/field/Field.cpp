@@ -1,0 +1,87 @@
+#include <tavrin/field/BundleField.hpp>
+#include <tavrin/field/FunctionField.hpp>
+
+namespace tavrin
+{
+
+namespace
+{
+
+template<std::size_t D, Value T>
+std::shared_ptr<const Field<D, T>> applyToBundle(const DataObjectBundle& bundle)
+{
+    typename BundleField<D, T>::Members members;
+    for (const auto& member : bundle.members())
+    {
+        members.push_back(Field<D, T>::applyTo(*member));
+        if (members.back() == nullptr)
+            return nullptr;
+    }
+    if (members.size() <= 1)
+        return members.empty() ? nullptr : members.front();
+    return std::make_shared<const BundleField<D, T>>(std::move(members));
+}
+
+}
+
+template<std::size_t D, Value T>
+std::shared_ptr<const Field<D, T>> Field<D, T>::applyTo(const DataObject& object)
+{
+    if (const auto* const field = dynamic_cast<const Field*>(&object))
+        return field->shared_from_this();
+    if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
+        return applyToBundle<D, T>(*bundle);
+    const auto* const function = dynamic_cast<const Function<T>*>(&object);
+    if (function == nullptr || !FunctionField<D, T>::accepts(*function))
+        return nullptr;
+    return std::make_shared<const FunctionField<D, T>>(*function);
+}
+
+template<std::size_t D, Value T>
+const RTTI_TypeId& Field<D, T>::classTypeId()
+{
+    static const RTTI_TypeId id = RTTI::newTypeId("Field");
+    return id;
+}
+
+template<std::size_t D, Value T>
+bool Field<D, T>::isA(const RTTI_TypeId& id) const
+{
+    return id == classTypeId() || FieldBase::isA(id);
+}
+
+template class Field<1, Scalar>;
+template class Field<1, Vector1>;
+template class Field<1, Vector2>;
+template class Field<1, Vector3>;
+template class Field<1, Vector4>;
+template class Field<1, Matrix1>;
+template class Field<1, Matrix2>;
+template class Field<1, Matrix3>;
+template class Field<1, Matrix4>;
+template class Field<1, Vector242>;
+template class Field<1, Vector375>;
+template class Field<2, Scalar>;
+template class Field<2, Vector1>;
+template class Field<2, Vector2>;
+template class Field<2, Vector3>;
+template class Field<2, Vector4>;
+template class Field<2, Matrix1>;
+template class Field<2, Matrix2>;
+template class Field<2, Matrix3>;
+template class Field<2, Matrix4>;
+template class Field<2, Vector242>;
+template class Field<2, Vector375>;
+template class Field<3, Scalar>;
+template class Field<3, Vector1>;
+template class Field<3, Vector2>;
+template class Field<3, Vector3>;
+template class Field<3, Vector4>;
+template class Field<3, Matrix1>;
+template class Field<3, Matrix2>;
+template class Field<3, Matrix3>;
+template class Field<3, Matrix4>;
+template class Field<3, Vector242>;
+template class Field<3, Vector375>;
+
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <tavrin/field/FieldBase.hpp>
+#include <tavrin/function/Function.hpp>
+
+#include <memory>
+
+namespace tavrin
+{
+
+/// Reads the values of a field, one position after the other. Each thread needs its own.
+template<std::size_t D, Value T>
+class TAVRIN_API FieldEvaluator
+{
+public:
+    using Position = Tensor<double, D>;
+
+    FieldEvaluator() = default;
+    FieldEvaluator(const FieldEvaluator&) = delete;
+    FieldEvaluator& operator=(const FieldEvaluator&) = delete;
+    virtual ~FieldEvaluator() = default;
+
+    /// Moves to a time and a position, valid or not. Costs little where one of them stays the same,
+    /// and allocates nothing at the same time. Throws what loading values throws.
+    virtual void reset(double time, const Position& position) = 0;
+
+    /// Whether the field has a value where the evaluator was reset to. Not before the first reset.
+    bool isValid() const { return mIsValid; }
+
+    /// The value there. Only where it is valid.
+    virtual T value() const = 0;
+
+    /// Lets go of values that were loaded for the present time; it is invalid until the next reset.
+    /// When all evaluators of a series do so before one of them goes on to the next time, no more
+    /// than two steps of the series are in memory.
+    virtual void release() { setValid(false); }
+
+protected:
+    void setValid(bool isValid) { mIsValid = isValid; }
+
+private:
+    bool mIsValid = false;
+};
+
+/// A field with values of type T at positions with D coordinates, within a region and a range of
+/// times. It is held by shared pointers.
+template<std::size_t D, Value T>
+class TAVRIN_API Field : public FieldBase, public std::enable_shared_from_this<Field<D, T>>
+{
+    static_assert(D >= 1 && D <= 3);
+
+public:
+    using Position = Tensor<double, D>;
+    using Evaluator = FieldEvaluator<D, T>;
+
+    /// The object as a field of this very type, or null where it is none. One is
+    /// - such a field itself,
+    /// - a `Function<T>` on the points or cells of an `EmbeddedCellComplex<D>` (`FunctionField`),
+    /// - a bundle of one or more such objects (`BundleField`).
+    static std::shared_ptr<const Field> applyTo(const DataObject& object);
+
+    /// A new evaluator, which the field must outlive. May be called from several threads at once.
+    /// The first one may take long, to prepare the search for positions, and does it with all
+    /// threads outside of a parallel region. Throws what that throws.
+    virtual std::unique_ptr<Evaluator> makeEvaluator() const = 0;
+
+    std::size_t dimension() const final { return D; }
+    std::string valueTypeName() const final { return tavrin::valueTypeName<T>(); }
+
+    static const RTTI_TypeId& classTypeId();
+    bool isA(const RTTI_TypeId& id) const override;
+};
+
+}

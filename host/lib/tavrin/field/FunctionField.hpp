@@ -1,0 +1,113 @@
+#pragma once
+
+#include <tavrin/domain/CellComplex.hpp>
+#include <tavrin/field/CellLocator.hpp>
+#include <tavrin/field/Field.hpp>
+
+namespace tavrin
+{
+
+/// A function on a grid as a field. Values on points are interpolated in the cell at the position
+/// by its shape functions, values on cells hold all over the cell. Where no cell is there is no
+/// value; between two time steps it is interpolated linearly.
+template<std::size_t D, Value T>
+class FunctionField final : public Field<D, T>
+{
+public:
+    /// Whether the function lives on the points or cells of a grid of this dimension.
+    static bool accepts(const Function<T>& function)
+    {
+        return gridOf(function) != nullptr && (function.domainPart() == PointSetBase::Points ||
+                                               function.domainPart() == detail::Cells);
+    }
+
+    /// The function must be accepted.
+    explicit FunctionField(const Function<T>& function)
+        : mFunction(function), mGrid(gridOf(mFunction))
+    {
+    }
+
+    std::unique_ptr<FieldEvaluator<D, T>> makeEvaluator() const override
+    {
+        if (mFunction.domainPart() == PointSetBase::Points)
+            return std::make_unique<Evaluator<true>>(*this);
+        return std::make_unique<Evaluator<false>>(*this);
+    }
+
+    std::string name() const override { return mFunction.name(); }
+
+    TimeRange timeRange() const override
+    {
+        if (mFunction.timeBehavior() == TimeBehavior::Steady)
+            return {};
+        return {mFunction.timeSteps().front(), mFunction.timeSteps().back()};
+    }
+
+    PointSetBase::BoundingBox boundingBox() const override { return mGrid->boundingBox(); }
+
+private:
+    template<bool isOnPoints>
+    class Evaluator;
+
+    static const EmbeddedCellComplex<D>* gridOf(const Function<T>& function)
+    {
+        return dynamic_cast<const EmbeddedCellComplex<D>*>(function.domain().get());
+    }
+
+    // A copy, which shares domain and values with the original.
+    Function<T> mFunction;
+    const EmbeddedCellComplex<D>* mGrid;
+};
+
+template<std::size_t D, Value T>
+template<bool isOnPoints>
+class FunctionField<D, T>::Evaluator final : public FieldEvaluator<D, T>
+{
+public:
+    using typename FieldEvaluator<D, T>::Position;
+
+    explicit Evaluator(const FunctionField& field)
+        : mSteps(field.mFunction), mLocator(field.mGrid->locator())
+    {
+        mPosition[0] = std::numeric_limits<double>::quiet_NaN();
+    }
+
+    void reset(double time, const Position& position) override
+    {
+        this->setValid(false);
+        if (!mSteps.moveTo(time))
+            return;
+        if (!(position == mPosition))
+        {
+            mIsInside = mLocator.locate(position, mLocation, mHint);
+            mPosition = position;
+        }
+        this->setValid(mIsInside);
+    }
+
+    T value() const override
+    {
+        if constexpr (isOnPoints)
+            return mSteps.combination(
+                std::span(mLocation.pointIndices).first(mLocation.numVertices),
+                mLocation.weights.data());
+        else
+            return mSteps.value(mLocation.cell);
+    }
+
+    void release() override
+    {
+        this->setValid(false);
+        mSteps.release();
+    }
+
+private:
+    StepInterpolator<T> mSteps;
+    const CellLocator<D>& mLocator;
+    typename CellLocator<D>::Hint mHint;
+    Position mPosition{};
+    Location mLocation;
+    bool mIsInside = false;
+};
+
+}

@@ -1,0 +1,144 @@
+#include <tavrin/field/GridCells.hpp>
+
+#include <tavrin/domain/StructuredGrid.hpp>
+#include <tavrin/domain/UnstructuredGrid.hpp>
+
+#include <cmath>
+#include <limits>
+
+namespace tavrin
+{
+
+namespace
+{
+
+constexpr std::size_t pointsPerBlock = 1024;
+
+/// Calls `work(first, count)` for blocks that cover all points, on all threads.
+template<typename Work>
+void forPointBlocks(std::size_t numPoints, const Work& work)
+{
+#pragma omp parallel for schedule(static) if (numPoints > pointsPerBlock)
+    for (std::size_t first = 0; first < numPoints; first += pointsPerBlock)
+        work(first, std::min(pointsPerBlock, numPoints - first));
+}
+
+}
+
+template<std::size_t D>
+GridCells<D>::GridCells(const EmbeddedCellComplex<D>& grid) : mSize(grid.numCells())
+{
+    if (mSize == 0 || grid.numPoints() == 0)
+        return;
+    if (mSize >= std::numeric_limits<std::uint32_t>::max())
+        throw runtime_error("positions can be looked up in grids of less than 2^32 cells, not of " +
+                            std::to_string(mSize));
+    takeCells(grid);
+    takePoints(grid);
+}
+
+template<std::size_t D>
+void GridCells<D>::takeCells(const EmbeddedCellComplex<D>& grid)
+{
+    mCommonType = grid.cellType(0);
+    mCommonCount = numVerticesOf(mCommonType);
+    if (const auto* const structured = dynamic_cast<const StructuredGrid<D>*>(&grid))
+    {
+        std::size_t step = 1;
+        std::size_t axis = 0;
+        for (const std::size_t points : structured->size())
+        {
+            if (points > 1)
+            {
+                mAxisCells[axis] = static_cast<std::uint32_t>(points - 1);
+                mAxisStep[axis++] = step;
+            }
+            step *= points;
+        }
+        return;
+    }
+    const CellTable& cells = dynamic_cast<const UnstructuredGrid<D>&>(grid).cells();
+    mTypes = cells.types.data();
+    mOffsets = viewOf(cells.offsets);
+    mConnectivity = viewOf(cells.connectivity);
+    mFirstOffset = mOffsets[0];
+    if (std::ranges::any_of(cells.types, [&](CellType type) { return type != mCommonType; }))
+        mCommonType = CellType::Invalid;
+}
+
+template<std::size_t D>
+void GridCells<D>::takePoints(const EmbeddedCellComplex<D>& grid)
+{
+    const std::size_t numPoints = grid.numPoints();
+    Position probe;
+    const Position* const first = grid.points(0, std::span(&probe, 1)).data();
+    if (first != &probe)
+        mPoints = first;
+    else
+    {
+        mCopiedPoints = LargeVector<Position>(numPoints);
+        forPointBlocks(numPoints,
+                       [&](std::size_t begin, std::size_t count)
+                       {
+                           const std::span target(mCopiedPoints.data() + begin, count);
+                           const auto points = grid.points(begin, target);
+                           if (points.data() != target.data())
+                               std::ranges::copy(points, target.begin());
+                       });
+        mPoints = mCopiedPoints.data();
+    }
+
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    std::ranges::fill(mLower, infinity);
+    std::ranges::fill(mUpper, -infinity);
+    forPointBlocks(numPoints,
+                   [&](std::size_t begin, std::size_t count)
+                   {
+                       Position lower;
+                       Position upper;
+                       std::ranges::fill(lower, infinity);
+                       std::ranges::fill(upper, -infinity);
+                       for (const Position& point : std::span(mPoints + begin, count))
+                           for (std::size_t i = 0; i < D; ++i)
+                               if (std::isfinite(point[i]))
+                               {
+                                   lower[i] = std::min(lower[i], point[i]);
+                                   upper[i] = std::max(upper[i], point[i]);
+                               }
+#pragma omp critical(tavrinGridCellsBounds)
+                       for (std::size_t i = 0; i < D; ++i)
+                       {
+                           mLower[i] = std::min(mLower[i], lower[i]);
+                           mUpper[i] = std::max(mUpper[i], upper[i]);
+                       }
+                   });
+    double largest = 0.0;
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        if (!(mLower[i] <= mUpper[i]))
+            mLower[i] = mUpper[i] = 0.0;
+        largest = std::max({largest, std::abs(mLower[i]), std::abs(mUpper[i])});
+    }
+    // Cubes of moderate numbers can be computed with.
+    if (largest > 0.0 && (largest < 1e-30 || largest > 1e30))
+        mScale = std::ldexp(1.0, std::clamp(-std::ilogb(largest), -1000, 1000));
+    mLower *= mScale;
+    mUpper *= mScale;
+}
+
+template<std::size_t D>
+typename GridCells<D>::Indices GridCells<D>::viewOf(const IndexArray& indices)
+{
+    Indices view;
+    if (const auto* const narrow = std::get_if<std::span<const std::int32_t>>(&indices.storage()))
+        view.narrow = narrow->data();
+    else
+        view.wide = std::get<std::span<const std::int64_t>>(indices.storage()).data();
+    return view;
+}
+
+template class GridCells<1>;
+template class GridCells<2>;
+template class GridCells<3>;
+
+}

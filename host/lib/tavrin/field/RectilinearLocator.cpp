@@ -1,0 +1,84 @@
+#include <tavrin/field/RectilinearLocator.hpp>
+
+namespace tavrin
+{
+
+template<std::size_t D>
+RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid) : mCells(grid.size())
+{
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        Axis& axis = mAxes[i];
+        axis.coordinates = grid.coordinates()[i];
+        axis.sign = axis.coordinates.front() <= axis.coordinates.back() ? 1.0 : -1.0;
+        for (double& coordinate : axis.coordinates)
+            coordinate *= axis.sign;
+        axis.rounding = coordinateRounding * std::max(std::abs(axis.coordinates.front()),
+                                                      std::abs(axis.coordinates.back()));
+    }
+}
+
+template<std::size_t D>
+std::size_t RectilinearLocator<D>::Axis::find(double x) const
+{
+    const auto inner = std::span(coordinates).subspan(1, lastCell());
+    return static_cast<std::size_t>(std::ranges::upper_bound(inner, x) - inner.begin());
+}
+
+template<std::size_t D>
+bool RectilinearLocator<D>::locate(const Position& position, Location& location, Hint& hint) const
+{
+    if (hint.locator != this)
+        hint = {.locator = this};
+    StructuredCell::Place place(mCells);
+    double across = 0.0;
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        const Axis& axis = mAxes[i];
+        if (axis.coordinates.size() < 2)
+            continue;
+        const double x = axis.sign * position[i];
+        std::size_t cell = hint.indices[i];
+        if (!(x >= axis.coordinates[cell] && x < axis.coordinates[cell + 1]))
+            cell = axis.find(x);
+        hint.indices[i] = cell;
+        double share = axis.share(cell, x);
+        if (!(share >= -largestTolerance && share <= 1.0 + largestTolerance))
+            return false;
+        if (share < 0.0 || share > 1.0)
+        {
+            const double tolerance = axis.tolerance(cell);
+            if (share < -tolerance || share > 1.0 + tolerance)
+                return false;
+        }
+        while (cell > 0 && axis.share(cell - 1, x) <= 1.0 + axis.tolerance(cell - 1))
+            share = axis.share(--cell, x);
+        across = std::max(across, axis.width(cell));
+        place.set(i, cell, share);
+    }
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        const Axis& axis = mAxes[i];
+        const double distance = std::abs(axis.sign * position[i] - axis.coordinates[0]);
+        if (axis.coordinates.size() < 2 &&
+            !(distance <= locationTolerance * across + axis.rounding))
+            return false;
+    }
+    place.fill(location);
+    return true;
+}
+
+template<std::size_t D>
+std::size_t RectilinearLocator<D>::memory() const
+{
+    std::size_t bytes = sizeof(*this);
+    for (const Axis& axis : mAxes)
+        bytes += axis.coordinates.capacity() * sizeof(double);
+    return bytes;
+}
+
+template class RectilinearLocator<1>;
+template class RectilinearLocator<2>;
+template class RectilinearLocator<3>;
+
+}

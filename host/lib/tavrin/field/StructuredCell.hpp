@@ -1,0 +1,88 @@
+#pragma once
+
+#include <tavrin/domain/StructuredGrid.hpp>
+#include <tavrin/field/CellLocator.hpp>
+
+namespace tavrin
+{
+
+/// Turns the place of a cell along the axes of a structured grid into a location.
+class StructuredCell
+{
+public:
+    explicit StructuredCell(const GridSize& size)
+    {
+        std::array<std::size_t, 3> steps{};
+        std::size_t step = 1;
+        std::size_t cells = 1;
+        std::size_t numAxes = 0;
+        for (std::size_t axis = 0; axis < size.size(); ++axis)
+        {
+            if (size[axis] > 1)
+            {
+                mSlotOfAxis[axis] = numAxes;
+                steps[numAxes++] = step;
+                mCellStep[axis] = cells;
+                mPointStep[axis] = step;
+                cells *= size[axis] - 1;
+            }
+            step *= size[axis];
+        }
+        mNumVertices = std::size_t{1} << numAxes;
+        const auto& [i, j, k] = steps;
+        mOffsets = {0, i, i + j, j, k, i + k, i + j + k, j + k};
+    }
+
+    /// Takes the index of the cell and the share of the way through it along each axis.
+    class Place
+    {
+    public:
+        explicit Place(const StructuredCell& cells) : mCells(&cells) {}
+
+        void set(std::size_t axis, std::size_t index, double share)
+        {
+            mCell += index * mCells->mCellStep[axis];
+            mCorner += index * mCells->mPointStep[axis];
+            mShares[mCells->mSlotOfAxis[axis]] = share;
+        }
+
+        void fill(Location& location) const
+        {
+            location.cell = mCell;
+            location.numVertices = mCells->mNumVertices;
+            for (std::size_t k = 0; k < mCells->mOffsets.size(); ++k)
+                location.pointIndices[k] = mCorner + mCells->mOffsets[k];
+            const auto& [r, s, t] = mShares;
+            const std::array<double, 4> quad{(1.0 - r) * (1.0 - s), r * (1.0 - s), r * s,
+                                             (1.0 - r) * s};
+            for (std::size_t k = 0; k < quad.size(); ++k)
+            {
+                location.weights[k] = quad[k] * (1.0 - t);
+                location.weights[k + 4] = quad[k] * t;
+            }
+        }
+
+    private:
+        const StructuredCell* mCells;
+        std::size_t mCell = 0;
+        std::size_t mCorner = 0;
+        /// Axes that do not count stay at 0, and leave weight to the first vertices alone.
+        std::array<double, 3> mShares{};
+    };
+
+private:
+    std::size_t mNumVertices;
+    std::array<std::size_t, 8> mOffsets;
+    std::array<std::size_t, 3> mSlotOfAxis{};
+    std::array<std::size_t, 3> mCellStep{};
+    std::array<std::size_t, 3> mPointStep{};
+};
+
+/// The tolerance in a cell of a size, in its reference coordinates, where positions may be off by
+/// `rounding` for want of digits.
+inline double toleranceIn(double size, double rounding)
+{
+    return std::max(locationTolerance, std::min(largestTolerance, rounding / size));
+}
+
+}

@@ -1,0 +1,120 @@
+#include <tavrin/field/UniformLocator.hpp>
+
+#include <tavrin/field/Inverse.hpp>
+
+#include <limits>
+
+namespace tavrin
+{
+
+namespace
+{
+
+/// Gives each flat axis a unit vector at right angles to all others.
+template<std::size_t D>
+void completeBasis(Columns<D>& columns, const std::array<bool, D>& isFlat)
+{
+    std::vector<Tensor<double, D>> normals;
+    const auto remainder = [&](Tensor<double, D> vector)
+    {
+        for (const auto& normal : normals)
+            vector -= dot(vector, normal) * normal;
+        return vector;
+    };
+    for (std::size_t axis = 0; axis < D; ++axis)
+        if (!isFlat[axis])
+            normals.push_back(normalized(remainder(columns[axis])));
+    for (std::size_t axis = 0; axis < D; ++axis)
+        if (isFlat[axis])
+        {
+            Tensor<double, D> best{};
+            for (std::size_t i = 0; i < D; ++i)
+            {
+                Tensor<double, D> unit{};
+                unit[(axis + i) % D] = 1.0;
+                const auto rest = remainder(unit);
+                if (norm(rest) > norm(best) + 0.01)
+                    best = rest;
+            }
+            columns[axis] = normalized(best);
+            normals.push_back(columns[axis]);
+        }
+}
+
+}
+
+template<std::size_t D>
+UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
+    : mCells(grid.size()), mStart(grid.point(0)), mIsOriented(grid.isOriented())
+{
+    const auto& layout = grid.layout();
+    Columns<D> columns;
+    double across = 0.0;
+    double largest = maximumNorm(mStart);
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        mIsFlat[axis] = layout.size[axis] < 2;
+        for (std::size_t i = 0; i < D; ++i)
+            columns[axis][i] = layout.direction(i, axis) * layout.spacing[axis];
+        if (mIsFlat[axis])
+            continue;
+        across = std::max(across, maximumNorm(columns[axis]));
+        largest += maximumNorm(columns[axis]) * static_cast<double>(layout.size[axis] - 1);
+    }
+    completeBasis(columns, mIsFlat);
+    const Inverse<D> inverse(columns);
+    const double rounding = coordinateRounding * largest;
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        double growth = 0.0;
+        for (std::size_t i = 0; i < D; ++i)
+        {
+            mToIndices(axis, i) =
+                inverse.exists() ? inverse.row(axis)[i] : std::numeric_limits<double>::quiet_NaN();
+            growth += std::abs(mToIndices(axis, i));
+        }
+        const std::size_t cells = mIsFlat[axis] ? 0 : layout.size[axis] - 1;
+        mLastCell[axis] = cells - (mIsFlat[axis] ? 0 : 1);
+        mTolerance[axis] = mIsFlat[axis] ? locationTolerance * across + rounding
+                                         : toleranceIn(1.0 / growth, rounding);
+        mLimit[axis] = static_cast<double>(cells) + mTolerance[axis];
+    }
+}
+
+template<std::size_t D>
+bool UniformLocator<D>::locate(const Position& position, Location& location, Hint&) const
+{
+    const Position offset = position - mStart;
+    Position indices;
+    if (mIsOriented)
+        indices = multiply(mToIndices, offset);
+    else
+        for (std::size_t axis = 0; axis < D; ++axis)
+            indices[axis] = mToIndices(axis, axis) * offset[axis];
+
+    StructuredCell::Place place(mCells);
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        const double index = indices[axis];
+        if (!(index >= -mTolerance[axis] && index <= mLimit[axis]))
+            return false;
+        if (mIsFlat[axis])
+            continue;
+        auto cell = std::min(static_cast<std::size_t>(std::max(index, 0.0)), mLastCell[axis]);
+        double share = index - static_cast<double>(cell);
+        if (share <= mTolerance[axis] && cell > 0)
+        {
+            --cell;
+            share += 1.0;
+        }
+        place.set(axis, cell, share);
+    }
+    place.fill(location);
+    return true;
+}
+
+template class UniformLocator<1>;
+template class UniformLocator<2>;
+template class UniformLocator<3>;
+
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/field/StructuredCell.hpp>
+
+namespace tavrin
+{
+
+/// Computes where in a uniform grid a position lies.
+template<std::size_t D>
+class UniformLocator final : public CellLocator<D>
+{
+public:
+    using typename CellLocator<D>::Hint;
+    using typename CellLocator<D>::Position;
+
+    explicit UniformLocator(const UniformGrid<D>& grid);
+
+    bool locate(const Position& position, Location& location, Hint& hint) const override;
+    std::size_t memory() const override { return sizeof(*this); }
+
+private:
+    using Matrix = Tensor<double, D, D>;
+
+    StructuredCell mCells;
+    Position mStart;
+    bool mIsOriented;
+    /// From a position relative to the start to the index along each axis; along an axis with one
+    /// point, to the distance from the grid. Not a number where the grid has no such inverse.
+    Matrix mToIndices;
+    std::array<bool, D> mIsFlat;
+    std::array<std::size_t, D> mLastCell;
+    std::array<double, D> mTolerance;
+    /// The largest index that is inside, tolerance included.
+    std::array<double, D> mLimit;
+};
+
+extern template class UniformLocator<1>;
+extern template class UniformLocator<2>;
+extern template class UniformLocator<3>;
+
+}
