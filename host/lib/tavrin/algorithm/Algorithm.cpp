@@ -1,0 +1,36 @@
+#include <tavrin/algorithm/Algorithm.hpp>
+
+namespace tavrin
+{
+
+Algorithm::Progress::Progress(const Algorithm& algorithm, const std::string& title,
+                              unsigned long total, bool canAbort)
+    : mObserver(algorithm.host().progressObserver)
+{
+    if (mObserver != nullptr)
+        mObserver->opened(title, total, mCounter, canAbort);
+}
+
+Algorithm::Progress::~Progress()
+{
+    if (mObserver != nullptr)
+        mObserver->closed();
+}
+
+void DataAlgorithm::setResult(const std::string& portName, std::shared_ptr<const DataObject> object)
+{
+    host().dataOutputs.setResult(portName, std::move(object));
+}
+
+void DataAlgorithm::clearResult(const std::string& portName)
+{
+    host().dataOutputs.setResult(portName, nullptr);
+}
+
+void VisAlgorithm::setGraphics(const std::string& outputName,
+                               std::shared_ptr<graphics::Drawable> drawable)
+{
+    host().visOutputs.setGraphics(outputName, std::move(drawable));
+}
+
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <tavrin/algorithm/Algorithm.hpp>
+
+namespace tavrin
+{
+
+/// All that the host knows of an algorithm before it makes one.
+class TAVRIN_API AlgorithmFactory
+{
+public:
+    /// What the registration service calls these factories in messages.
+    static constexpr const char* registrationLabel = "algorithm";
+
+    enum AlgorithmType
+    {
+        Data = 0,
+        Visualization = 1
+    };
+
+    using OptionsMaker = std::function<std::unique_ptr<Options>(Options::Control&)>;
+    using DataOutputsDeclarer = std::function<void(DataOutputs::Control&)>;
+    using VisOutputsDeclarer = std::function<void(VisOutputs::Control&)>;
+    using AlgorithmMaker = std::function<std::unique_ptr<Algorithm>(Algorithm::InitData&)>;
+    using InteractionsMaker =
+        std::function<std::unique_ptr<InteractionAlgorithm::Interactions>(Algorithm::InitData&)>;
+
+    /// `isShown` is true for algorithms whose outcome is looked at, not processed further.
+    AlgorithmFactory(std::string name, std::string description, AlgorithmType type, bool isShown,
+                     OptionsMaker makeOptions, DataOutputsDeclarer declareDataOutputs,
+                     VisOutputsDeclarer declareVisOutputs, AlgorithmMaker makeAlgorithm,
+                     InteractionsMaker makeInteractions);
+
+    const std::string& getName() const { return mName; }
+    const std::string& getDescription() const { return mDescription; }
+    AlgorithmType getType() const { return mType; }
+    bool isShown() const { return mIsShown; }
+
+    std::unique_ptr<Options> makeOptions(Options::Control& control) const;
+    void declareDataOutputs(DataOutputs::Control& control) const;
+    void declareVisOutputs(VisOutputs::Control& control) const;
+    std::unique_ptr<Algorithm> makeAlgorithm(Algorithm::InitData& initData) const;
+    /// Empty for an algorithm without interactions.
+    std::unique_ptr<InteractionAlgorithm::Interactions> makeInteractions(
+        Algorithm::InitData& initData) const;
+
+private:
+    std::string mName;
+    std::string mDescription;
+    AlgorithmType mType;
+    bool mIsShown;
+    OptionsMaker mMakeOptions;
+    DataOutputsDeclarer mDeclareDataOutputs;
+    VisOutputsDeclarer mDeclareVisOutputs;
+    AlgorithmMaker mMakeAlgorithm;
+    InteractionsMaker mMakeInteractions;
+};
+
+}

@@ -1,0 +1,100 @@
+#include <tavrin/plugin/PluginRegistrationService.hpp>
+
+#include <tavrin/base/Exceptions.hpp>
+#include <tavrin/plugin/SharedLibraryFile.hpp>
+#include <tavrin/plugin/TrialLoad.hpp>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <string_view>
+
+namespace tavrin
+{
+
+namespace
+{
+
+/// The folder of the library that this code is in.
+std::filesystem::path libraryFolder()
+{
+    Dl_info info{};
+    const auto* const here = reinterpret_cast<const void*>(&libraryFolder);
+    if (dladdr(here, &info) == 0 || info.dli_fname == nullptr)
+        throw runtime_error("the folder of the host's libraries is not known");
+    return std::filesystem::absolute(info.dli_fname).lexically_normal().parent_path();
+}
+
+std::vector<std::filesystem::path> resourceFolders()
+{
+    std::vector<std::filesystem::path> folders;
+    if (const char* const variable = std::getenv("TAVRIN_RESOURCE_PATH"))
+    {
+        std::istringstream list(variable);
+        for (std::string folder; std::getline(list, folder, ':');)
+            if (!folder.empty())
+                folders.emplace_back(folder);
+    }
+    folders.push_back(libraryFolder().parent_path() / "share" / "tavrin" / "resources");
+    return folders;
+}
+
+/// What the loader says, without the path that it begins with.
+std::string loaderMessage(const std::filesystem::path& library)
+{
+    const char* const text = dlerror();
+    std::string_view message = text != nullptr ? text : "unknown reason";
+    const std::string prefix = library.string() + ": ";
+    if (message.starts_with(prefix))
+        message.remove_prefix(prefix.size());
+    return std::string(message);
+}
+
+}
+
+PluginRegistrationService& PluginRegistrationService::getInstance()
+{
+    static PluginRegistrationService service;
+    return service;
+}
+
+void PluginRegistrationService::load(const std::filesystem::path& library)
+{
+    // A bare name would be looked for in the system's library folders.
+    const auto file = std::filesystem::absolute(library).lexically_normal();
+    const auto complain = [&](const std::string& reason)
+    { throw runtime_error(library.string() + ": " + reason); };
+    if (const std::string fault = faultOfSharedLibrary(file); !fault.empty())
+        complain(fault);
+    const bool isOurs = file.parent_path() == pluginFolder();
+    if (const std::string fault = isOurs ? "" : faultOfTrialLoad(file); !fault.empty())
+        complain(fault);
+    // RTLD_NODELETE, and no handle is ever closed: factories point into the library.
+    if (dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE) == nullptr)
+        complain(loaderMessage(file));
+    if (std::ranges::find(mLibraries, file) == mLibraries.end())
+        mLibraries.push_back(file);
+}
+
+std::filesystem::path PluginRegistrationService::pluginFolder() const
+{
+    return libraryFolder() / "tavrin" / "plugins";
+}
+
+std::string PluginRegistrationService::getResourcePath(const std::string& package) const
+{
+    std::string places;
+    for (const auto& folder : resourceFolders())
+    {
+        const auto candidate = folder / package;
+        std::error_code error;
+        if (std::filesystem::is_directory(candidate, error))
+            return candidate.string() + '/';
+        places += (places.empty() ? "" : ", ") + candidate.string();
+    }
+    throw runtime_error("resources \"" + package + "\" not found; looked for " + places);
+}
+
+}
