@@ -1,0 +1,85 @@
+#include <tavrin/io/ArrayChoice.hpp>
+
+#include <tavrin/base/Exceptions.hpp>
+#include <tavrin/base/Suggestion.hpp>
+
+#include <algorithm>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+std::string onText(const DataReference& reference)
+{
+    return reference.on ? " on " + std::string(nameOf(*reference.on)) : "";
+}
+
+/// `"a", "b" on cells, "c"`.
+std::string enumerate(const std::vector<const DataFile::Array*>& arrays)
+{
+    std::string text;
+    for (const DataFile::Array* const array : arrays)
+    {
+        const bool isTwice = std::ranges::count(arrays, array->name,
+                                                [](const auto* other) { return other->name; }) > 1;
+        text += (text.empty() ? "\"" : ", \"") + array->name + "\"" +
+                (isTwice ? " on " + std::string(nameOf(array->association)) : "");
+    }
+    return text;
+}
+
+}
+
+const DataFile::Array& chooseArray(const DataFile& file, const DataReference& reference)
+{
+    if (file.arrays.empty())
+        throw usage_error("holds no arrays");
+    std::vector<const DataFile::Array*> candidates;
+    for (const DataFile::Array& array : file.arrays)
+        if (!reference.on || reference.on == array.association)
+            candidates.push_back(&array);
+    std::vector<const DataFile::Array*> matches;
+    std::ranges::copy_if(candidates, std::back_inserter(matches),
+                         [&](const DataFile::Array* array) {
+                             return reference.array ? reference.array == array->name
+                                                    : array->name != validityMaskName;
+                         });
+    if (matches.size() == 1)
+        return *matches.front();
+    if (!reference.array && matches.empty())
+        throw usage_error("holds no arrays" + onText(reference));
+    if (!reference.array)
+        throw usage_error("holds several arrays" + onText(reference) +
+                          ", choose one with #ARRAY: " + enumerate(matches));
+    if (!matches.empty())
+        throw usage_error("\"" + *reference.array +
+                          "\" is an array on points and one on cells; add ?on=points or ?on=cells");
+    std::vector<std::string> names;
+    names.reserve(candidates.size());
+    for (const DataFile::Array* const array : candidates)
+        names.push_back(array->name);
+    throw usage_error("no array \"" + *reference.array + "\"" + onText(reference) +
+                      suggestionFor(*reference.array, names));
+}
+
+Shape chooseShape(const DataFile::Array& array, const std::optional<Shape>& wanted)
+{
+    const std::string what = "\"" + array.name + "\" has " + std::to_string(array.components) +
+                             (array.components == 1 ? " component" : " components");
+    const std::vector<Shape> fitting = shapesFitting(array.components);
+    if (fitting.empty())
+        throw usage_error(what + "; only arrays of 1, 2, 3, 4, 6, 9, 16, 242 or 375 are fields");
+    if (!wanted)
+        return shapeOf(array.components, array.componentNames).value();
+    if (std::ranges::find(fitting, *wanted) != fitting.end())
+        return *wanted;
+    std::string shapes;
+    for (const Shape& shape : fitting)
+        shapes += (shapes.empty() ? "" : ", ") + shapeText(shape);
+    throw usage_error(what + ", which do not fit ?shape=" + shapeText(*wanted) + "; fitting is " +
+                      shapes);
+}
+
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tavrin::io
+{
+
+/// A time series of files, as a .pvd or a .series file lists them.
+struct Collection
+{
+    struct Step
+    {
+        double time;
+        /// As it is written in the list.
+        std::string name;
+        std::filesystem::path path;
+    };
+
+    /// At least one; the times ascend.
+    std::vector<Step> steps;
+};
+
+bool isCollection(const std::filesystem::path& path);
+
+/// Throws `Malformed` for a list that is none, or has no or two files for a time.
+Collection readCollection(const std::filesystem::path& path);
+
+}

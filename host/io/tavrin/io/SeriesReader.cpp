@@ -1,0 +1,113 @@
+#include <tavrin/io/SeriesReader.hpp>
+
+#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/io/ArrayChoice.hpp>
+#include <tavrin/io/Malformed.hpp>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+[[noreturn]] void complainAboutGrid(double time)
+{
+    throw Malformed("the grid differs from that of step 0; use ?time=" + toText(time) +
+                    " to take one step alone");
+}
+
+}
+
+FilePlace placeOf(const std::filesystem::path& series, const Collection& collection,
+                  std::size_t step)
+{
+    const Collection::Step& member = collection.steps[step];
+    return {member.path, series,
+            "step " + std::to_string(step) + " at t = " + toText(member.time) + ": " + member.name +
+                ": "};
+}
+
+SeriesReader::SeriesReader(std::shared_ptr<FileAccess> access, const std::filesystem::path& series,
+                           const DataReference& reference)
+    : mAccess(std::move(access)), mSeries(series),
+      mCollection(naming(FilePlace(series), [&] { return readCollection(series); })),
+      mReference(reference)
+{
+    // A missing step is the first thing to know.
+    for (std::size_t step = 0; step < mCollection.steps.size(); ++step)
+    {
+        const FilePlace place = placeOf(mSeries, mCollection, step);
+        naming(place, [&] { requireFile(place.path); });
+    }
+    const FilePlace place = placeOf(mSeries, mCollection, 0);
+    const auto first = naming(place, [&] { return mAccess->open(place); });
+    naming(FilePlace(mSeries),
+           [&]
+           {
+               mArray = chooseArray(*first, mReference);
+               mShape = chooseShape(mArray, mReference.shape);
+           });
+    for (std::size_t step = 1; step < mCollection.steps.size(); ++step)
+        requireAlike(*first, step);
+    mGrid = naming(place, [&] { return mAccess->build(*first, place, mReference.dimension); });
+}
+
+const DataFile::Array& SeriesReader::findArray(const DataFile& file) const
+{
+    const auto found = std::ranges::find_if(
+        file.arrays, [this](const DataFile::Array& array)
+        { return array.name == mArray.name && array.association == mArray.association; });
+    if (found == file.arrays.end())
+        throw Malformed("no array \"" + mArray.name + "\" on " +
+                        std::string(nameOf(mArray.association)));
+    if (!mReference.shape && shapeOf(found->components, found->componentNames) != mShape)
+        throw Malformed("the array \"" + mArray.name + "\" has another shape than in step 0");
+    if (found->components != mArray.components)
+        throw Malformed("the array \"" + mArray.name + "\" has " +
+                        std::to_string(found->components) + " components, " +
+                        std::to_string(mArray.components) + " in step 0");
+    return *found;
+}
+
+void SeriesReader::requireAlike(const DataFile& first, std::size_t step) const
+{
+    const FilePlace place = placeOf(mSeries, mCollection, step);
+    naming(place,
+           [&]
+           {
+               const auto file = mAccess->open(place);
+               if (file->structuring != first.structuring || file->numPoints != first.numPoints ||
+                   file->numCells != first.numCells || file->extent != first.extent ||
+                   file->origin != first.origin || file->spacing != first.spacing ||
+                   file->direction != first.direction)
+                   complainAboutGrid(mCollection.steps[step].time);
+               findArray(*file);
+           });
+}
+
+std::vector<double> SeriesReader::times() const
+{
+    std::vector<double> times;
+    for (const Collection::Step& step : mCollection.steps)
+        times.push_back(step.time);
+    return times;
+}
+
+StoredArray SeriesReader::load(std::size_t step) const
+{
+    const FilePlace place = placeOf(mSeries, mCollection, step);
+    return naming(place,
+                  [&]
+                  {
+                      const auto file = mAccess->open(place);
+                      const DataFile::Array& array = findArray(*file);
+                      if (step == 0)
+                          return readValues(*file, array, mGrid);
+                      const BuiltGrid grid = mAccess->build(*file, place, mReference.dimension);
+                      if (!grid.domain->equals(*mGrid.domain))
+                          complainAboutGrid(mCollection.steps[step].time);
+                      return readValues(*file, array, grid);
+                  });
+}
+
+}

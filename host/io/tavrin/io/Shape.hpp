@@ -1,0 +1,80 @@
+#pragma once
+
+#include <tavrin/function/Function.hpp>
+#include <tavrin/io/StoredArray.hpp>
+#include <tavrin/value/WrappedValueArray.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavrin::io
+{
+
+/// The components of a symmetric 3x3 matrix in a file, XX YY ZZ XY YZ XZ.
+inline constexpr std::size_t symmetricTuple = 6;
+
+/// The extents of a value: none for a scalar, one for a vector, two for a matrix.
+using Shape = std::vector<std::size_t>;
+
+/// The shape of values of so many components. The names that written matrices and values of one
+/// component have give the shape they were written with; other names say nothing. Nothing where no
+/// value has so many components.
+std::optional<Shape> shapeOf(std::size_t components, const std::vector<std::string>& names);
+
+/// All shapes that so many components can be read as; six make a symmetric 3x3 matrix.
+std::vector<Shape> shapesFitting(std::size_t components);
+
+/// "scalar", "3", "2x2".
+std::string shapeText(const Shape& shape);
+
+/// Calls `visitor.operator()<T>()` with the type of values of this shape.
+template<typename Visitor>
+void visitShape(const Shape& shape, Visitor&& visitor);
+
+/// "3-D Vector".
+std::string valueTypeNameOf(const Shape& shape);
+
+template<typename T>
+Shape shapeOfType()
+{
+    Shape shape;
+    if constexpr (T::rank > 0)
+        for (std::size_t axis = 0; axis < T::rank; ++axis)
+            shape.push_back(T::extent(axis));
+    return shape;
+}
+
+template<typename Visitor>
+void visitShape(const Shape& shape, Visitor&& visitor)
+{
+    visitTypes<ValueTypes>(
+        [&]<typename T>()
+        {
+            if (shapeOfType<T>() != shape)
+                return false;
+            visitor.template operator()<T>();
+            return true;
+        });
+}
+
+/// The values in the memory of a stored array whose components fit T.
+template<typename T>
+std::shared_ptr<const ValueArray<T>> wrapValues(const StoredArray& array)
+{
+    ComponentMap<T> components = identityComponents<T>();
+    if constexpr (std::is_same_v<T, Matrix3>)
+        if (array.components == symmetricTuple)
+            components = symmetricComponents;
+    std::shared_ptr<const ValueArray<T>> values;
+    visitPrecision(array.precision,
+                   [&]<typename Stored>()
+                   {
+                       values = std::make_shared<const WrappedValueArray<T, Stored>>(
+                           array.as<Stored>(), array.tuples, array.components, array.owner,
+                           components);
+                   });
+    return values;
+}
+
+}

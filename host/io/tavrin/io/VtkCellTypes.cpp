@@ -1,0 +1,79 @@
+#include <tavrin/io/VtkCellTypes.hpp>
+
+#include <vtkCellType.h>
+
+#include <algorithm>
+#include <array>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+struct Pair
+{
+    CellType type;
+    int vtkType;
+};
+
+using enum CellType;
+
+// The vertices have the same numbers on both sides. For wedges that is the numbering of VTK's shape
+// functions: triangle 0 1 2, then 3 4 5 opposite. Which way the normal of 0 1 2 points, where VTK's
+// documents disagree between the linear and the quadratic wedge, matters to no interpolation.
+constexpr std::array pairs{
+    Pair{Points, VTK_VERTEX},
+    Pair{Lines, VTK_LINE},
+    Pair{Triangles, VTK_TRIANGLE},
+    Pair{Quads, VTK_QUAD},
+    Pair{Tetrahedra, VTK_TETRA},
+    Pair{Pyramids, VTK_PYRAMID},
+    Pair{Prisms, VTK_WEDGE},
+    Pair{Hexahedra, VTK_HEXAHEDRON},
+    Pair{QuadraticLine, VTK_QUADRATIC_EDGE},
+    Pair{QuadraticTriangle, VTK_QUADRATIC_TRIANGLE},
+    Pair{QuadraticQuad, VTK_QUADRATIC_QUAD},
+    Pair{QuadraticTetrahedron, VTK_QUADRATIC_TETRA},
+    Pair{QuadraticHexahedron, VTK_QUADRATIC_HEXAHEDRON},
+    Pair{QuadraticPyramid, VTK_QUADRATIC_PYRAMID},
+    Pair{QuadraticPrism, VTK_QUADRATIC_WEDGE},
+    Pair{BiquadraticQuad, VTK_BIQUADRATIC_QUAD},
+    Pair{TriquadraticHexahedron, VTK_TRIQUADRATIC_HEXAHEDRON},
+    Pair{Invalid, VTK_EMPTY_CELL},
+};
+
+CellType fullyQuadratic(CellType type)
+{
+    switch (type)
+    {
+    case SubparametricQuadraticLine:
+        return QuadraticLine;
+    case SubparametricQuadraticTriangle:
+        return QuadraticTriangle;
+    case SubparametricQuadraticQuad:
+        return QuadraticQuad;
+    case SubparametricQuadraticTetrahedron:
+        return QuadraticTetrahedron;
+    case SubparametricQuadraticHexahedron:
+        return QuadraticHexahedron;
+    default:
+        return type;
+    }
+}
+
+}
+
+std::optional<CellType> cellTypeOf(int vtkType)
+{
+    const auto found = std::ranges::find(pairs, vtkType, &Pair::vtkType);
+    return found == pairs.end() ? std::nullopt : std::optional(found->type);
+}
+
+int vtkTypeOf(CellType type)
+{
+    const auto found = std::ranges::find(pairs, fullyQuadratic(type), &Pair::type);
+    return found == pairs.end() ? VTK_EMPTY_CELL : found->vtkType;
+}
+
+}

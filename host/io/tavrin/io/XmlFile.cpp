@@ -1,0 +1,553 @@
+#include <tavrin/io/DataFile.hpp>
+
+#include <tavrin/io/Malformed.hpp>
+#include <tavrin/io/TextNumbers.hpp>
+#include <tavrin/io/XmlValues.hpp>
+
+#include <vtkCellType.h>
+#include <vtkXMLDataElement.h>
+
+#include <cmath>
+#include <cstring>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+struct Kind
+{
+    std::string_view type;
+    std::string_view extension;
+    std::string_view format;
+    StructuringType structuring;
+};
+
+constexpr std::array kinds{
+    Kind{"ImageData", ".vti", "VTK XML image data", StructuringType::Uniform},
+    Kind{"RectilinearGrid", ".vtr", "VTK XML rectilinear grid", StructuringType::Rectilinear},
+    Kind{"StructuredGrid", ".vts", "VTK XML structured grid", StructuringType::Curvilinear},
+    Kind{"UnstructuredGrid", ".vtu", "VTK XML unstructured grid", StructuringType::Unstructured},
+    Kind{"PolyData", ".vtp", "VTK XML polygonal data", StructuringType::Unstructured},
+};
+
+const Kind& kindOf(vtkXMLDataElement& root, const std::filesystem::path& path)
+{
+    const std::string type = XmlValues::attribute(root, "type").value_or("");
+    const auto* const kind = std::ranges::find(kinds, type, &Kind::type);
+    if (kind == kinds.end())
+        throw Malformed("holds \"" + type +
+                        "\", which is not supported; supported are ImageData, RectilinearGrid, "
+                        "StructuredGrid, UnstructuredGrid and PolyData");
+    if (extensionOf(path) != kind->extension)
+        throw Malformed("holds " + type + ", whose extension is " + std::string(kind->extension));
+    return *kind;
+}
+
+vtkXMLDataElement* child(vtkXMLDataElement& element, const char* name)
+{
+    return element.FindNestedElementWithName(name);
+}
+
+/// Calls `visitor(element)` for the child elements of a name.
+template<typename Visitor>
+void forChildren(vtkXMLDataElement* element, const char* name, const Visitor& visitor)
+{
+    for (int i = 0; element != nullptr && i < element->GetNumberOfNestedElements(); ++i)
+    {
+        vtkXMLDataElement& nested = *element->GetNestedElement(i);
+        if (std::strcmp(nested.GetName(), name) == 0)
+            visitor(nested);
+    }
+}
+
+/// The last array of a name among the children, as `DataFile::addArray` keeps the last.
+vtkXMLDataElement* findArray(vtkXMLDataElement* section, const std::string& name)
+{
+    vtkXMLDataElement* found = nullptr;
+    forChildren(section, "DataArray",
+                [&](vtkXMLDataElement& array)
+                {
+                    if (XmlValues::attribute(array, "Name") == name)
+                        found = &array;
+                });
+    return found;
+}
+
+vtkXMLDataElement& requireArray(vtkXMLDataElement* section, const std::string& name,
+                                const std::string& where)
+{
+    vtkXMLDataElement* const array = findArray(section, name);
+    if (array == nullptr)
+        throw Malformed("the array \"" + name + "\" of its " + where + " is missing");
+    return *array;
+}
+
+/// The only array of a section, such as that of Points.
+vtkXMLDataElement& onlyArray(vtkXMLDataElement& piece, const char* section)
+{
+    vtkXMLDataElement* found = nullptr;
+    forChildren(child(piece, section), "DataArray",
+                [&](vtkXMLDataElement& array) { found = &array; });
+    if (found == nullptr)
+        throw Malformed(std::string("a piece has no ") + section);
+    return *found;
+}
+
+constexpr const char* sectionOf(Association association)
+{
+    return association == Association::Points ? "PointData" : "CellData";
+}
+
+/// The lists of cells of polygonal data, in the order of their cell data.
+struct PolySection
+{
+    const char* name;
+    const char* count;
+    /// VTK's types of cells of `ownVertices` vertices, of one more, and of any other number.
+    std::size_t ownVertices;
+    std::uint8_t ownType;
+    std::uint8_t nextType;
+    std::uint8_t anyType;
+};
+
+constexpr std::array polySections{
+    PolySection{"Verts", "NumberOfVerts", 1, VTK_VERTEX, VTK_POLY_VERTEX, VTK_POLY_VERTEX},
+    PolySection{"Lines", "NumberOfLines", 2, VTK_LINE, VTK_POLY_LINE, VTK_POLY_LINE},
+    PolySection{"Polys", "NumberOfPolys", 3, VTK_TRIANGLE, VTK_QUAD, VTK_POLYGON},
+    PolySection{"Strips", "NumberOfStrips", 3, VTK_TRIANGLE, VTK_TRIANGLE_STRIP,
+                VTK_TRIANGLE_STRIP},
+};
+
+class XmlFile : public DataFile
+{
+public:
+    XmlFile(const std::filesystem::path& path, const volatile bool& abortFlag);
+
+    StoredArray readArray(const Array& array) override;
+    std::optional<Marks> readMarks(Association association) override;
+    StoredArray readPoints() override;
+    StoredArray readCoordinates(std::size_t axis) override;
+    FileCells readCells() override;
+
+private:
+    struct Piece
+    {
+        vtkXMLDataElement* element;
+        Extent extent;
+        std::size_t points;
+        std::size_t cells;
+    };
+
+    bool isStructured() const { return structuring != StructuringType::Unstructured; }
+    void readLayout();
+    void readPieces();
+    void readStructuredPieces();
+    void listArrays();
+    void readTime();
+    /// The sections of one association of all pieces that have elements of it.
+    template<typename Section>
+    StoredArray readFromPieces(Association association, Precision precision, std::size_t components,
+                               const Section& section);
+    StoredArray readNamed(Association association, const std::string& name, Precision precision,
+                          std::size_t components);
+    void readCellList(vtkXMLDataElement* section, const std::string& name, std::size_t cells,
+                      std::size_t firstPoint, CellCollector& collector, FileCells& result,
+                      const PolySection* poly);
+    void readFaces(const Piece& piece, FileCells& cells);
+
+    XmlValues mValues;
+    vtkXMLDataElement* mGrid = nullptr;
+    bool mIsPolyData = false;
+    std::vector<Piece> mPieces;
+    /// Names of arrays that mark ghosts, and their masks.
+    std::array<std::optional<std::pair<Array, std::uint8_t>>, 2> mMarks;
+};
+
+XmlFile::XmlFile(const std::filesystem::path& path, const volatile bool& abortFlag)
+    : mValues(path, abortFlag)
+{
+    const Kind& kind = kindOf(mValues.root(), path);
+    format = kind.format;
+    structuring = kind.structuring;
+    mIsPolyData = kind.type == "PolyData";
+    mGrid = child(mValues.root(), std::string(kind.type).c_str());
+    if (mGrid == nullptr)
+        throw Malformed("the element " + std::string(kind.type) + " is missing");
+    if (const auto times = XmlValues::attribute(*mGrid, "TimeValues");
+        times && times->find_first_of(" \t\n", times->find_first_not_of(" \t\n")) <
+                     times->find_last_not_of(" \t\n"))
+        throw Malformed("holds several time steps in one file, which is not supported; write a "
+                        "file for each and list them in a .pvd file");
+    readPieces();
+    if (isStructured())
+        readLayout();
+    listArrays();
+    readTime();
+}
+
+DataFile::Extent toExtent(const std::string& text)
+{
+    const auto numbers = parseIntegers(text, 6, "an extent");
+    DataFile::Extent extent;
+    std::ranges::copy(numbers, extent.begin());
+    return extent;
+}
+
+void XmlFile::readPieces()
+{
+    forChildren(mGrid, "Piece",
+                [&](vtkXMLDataElement& element)
+                {
+                    Piece piece{&element, {}, 0, 0};
+                    if (isStructured())
+                    {
+                        piece.extent =
+                            toExtent(XmlValues::attribute(element, "Extent").value_or(""));
+                        const GridSize size = sizeOf(piece.extent);
+                        piece.points = numPointsOf(size);
+                        piece.cells = numCellsOf(size);
+                    }
+                    else
+                    {
+                        piece.points = XmlValues::countAttribute(element, "NumberOfPoints");
+                        if (!mIsPolyData)
+                            piece.cells = XmlValues::countAttribute(element, "NumberOfCells");
+                        else
+                            for (const PolySection& section : polySections)
+                                piece.cells += XmlValues::countAttribute(element, section.count);
+                    }
+                    if (piece.points > 0)
+                        mPieces.push_back(piece);
+                    else if (piece.cells > 0)
+                        throw Malformed("a piece has cells but no points");
+                });
+    if (isStructured())
+        readStructuredPieces();
+    else
+        for (const Piece& piece : mPieces)
+        {
+            numPoints += piece.points;
+            numCells += piece.cells;
+        }
+}
+
+void XmlFile::readStructuredPieces()
+{
+    // The piece of a larger grid stands for itself.
+    if (mPieces.size() == 1)
+        return setExtent(mPieces.front().extent);
+    if (mPieces.empty())
+        return;
+    setExtent(toExtent(XmlValues::attribute(*mGrid, "WholeExtent").value_or("")));
+    std::size_t cells = 0;
+    for (const Piece& piece : mPieces)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            if (piece.extent[2 * axis] < extent[2 * axis] ||
+                piece.extent[2 * axis + 1] > extent[2 * axis + 1])
+                throw Malformed("a piece leaves the whole extent");
+        cells += piece.cells;
+    }
+    if (cells != numCells)
+        throw Malformed("its pieces have " + std::to_string(cells) + " cells, the whole has " +
+                        std::to_string(numCells));
+}
+
+void XmlFile::readLayout()
+{
+    if (structuring != StructuringType::Uniform)
+        return;
+    if (const auto text = XmlValues::attribute(*mGrid, "Origin"))
+        std::ranges::copy(parseNumbers(*text, 3, "Origin"), origin.begin());
+    if (const auto text = XmlValues::attribute(*mGrid, "Spacing"))
+        std::ranges::copy(parseNumbers(*text, 3, "Spacing"), spacing.begin());
+    if (const auto text = XmlValues::attribute(*mGrid, "Direction"))
+        std::ranges::copy(parseNumbers(*text, 9, "Direction"), direction.begin());
+}
+
+void XmlFile::listArrays()
+{
+    if (mPieces.empty())
+        return;
+    for (const Association association : {Association::Points, Association::Cells})
+    {
+        const auto hasElements = [&](const Piece& piece)
+        { return (association == Association::Points ? piece.points : piece.cells) > 0; };
+        const auto piece = std::ranges::find_if(mPieces, hasElements);
+        if (piece == mPieces.end())
+            continue;
+        forChildren(
+            child(*piece->element, sectionOf(association)), "DataArray",
+            [&](vtkXMLDataElement& element)
+            {
+                const auto precision = XmlValues::precisionOf(element);
+                const auto name = XmlValues::attribute(element, "Name");
+                if (!precision || !name)
+                    return;
+                Array array{*name, association, *precision, XmlValues::componentsOf(element), {}};
+                // Texts longer than this belong to no shape that is known by its names.
+                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 16); ++i)
+                    array.componentNames.push_back(
+                        XmlValues::attribute(element, ("ComponentName" + std::to_string(i)).c_str())
+                            .value_or(""));
+                if (const auto mask = ghostMask(*name, association))
+                    mMarks[static_cast<std::size_t>(association)] = {array, *mask};
+                else
+                    addArray(std::move(array));
+            });
+    }
+}
+
+void XmlFile::readTime()
+{
+    vtkXMLDataElement* const array = findArray(child(*mGrid, "FieldData"), "TimeValue");
+    if (array == nullptr || !XmlValues::precisionOf(*array) ||
+        XmlValues::countAttribute(*array, "NumberOfTuples") > 1)
+        return;
+    setTime(mValues.read(*array, 1, 1));
+}
+
+template<typename Section>
+StoredArray XmlFile::readFromPieces(Association association, Precision precision,
+                                    std::size_t components, const Section& section)
+{
+    const bool ofPoints = association == Association::Points;
+    std::vector<std::pair<const Piece*, vtkXMLDataElement*>> parts;
+    for (const Piece& piece : mPieces)
+    {
+        const std::size_t elements = ofPoints ? piece.points : piece.cells;
+        if (elements == 0)
+            continue;
+        vtkXMLDataElement& array = section(piece);
+        if (XmlValues::precisionOf(array) != precision ||
+            XmlValues::componentsOf(array) != components)
+            throw Malformed("the pieces of the file hold different kinds of one array");
+        if (components > (std::size_t{1} << 20))
+            throw Malformed("an array has " + std::to_string(components) + " components");
+        mValues.require(array, elements * components);
+        parts.emplace_back(&piece, &array);
+    }
+    StoredArray result = StoredArray::allocate(precision, numElements(association), components);
+    const std::size_t tupleBytes = result.bytesPerTuple();
+    if (!isStructured() || parts.size() == 1)
+    {
+        StoredArray part = result;
+        for (const auto& [piece, array] : parts)
+        {
+            part.tuples = ofPoints ? piece->points : piece->cells;
+            mValues.read(*array, part);
+            part.data += part.tuples * tupleBytes;
+        }
+        return result;
+    }
+    std::memset(result.data, 0, result.tuples * tupleBytes);
+    // Points along each axis, or cells; an axis of one point has one layer of cells.
+    const auto countsOf = [&](const Extent& box)
+    {
+        GridSize counts = sizeOf(box);
+        for (std::size_t& count : counts)
+            if (!ofPoints && count > 1)
+                --count;
+        return counts;
+    };
+    const GridSize whole = countsOf(extent);
+    for (const auto& [piece, array] : parts)
+    {
+        const GridSize counts = countsOf(piece->extent);
+        StoredArray part =
+            StoredArray::allocate(precision, counts[0] * counts[1] * counts[2], components);
+        mValues.read(*array, part);
+        GridSize first;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            first[axis] = static_cast<std::size_t>(piece->extent[2 * axis] - extent[2 * axis]);
+        for (std::size_t k = 0; k < counts[2]; ++k)
+            for (std::size_t j = 0; j < counts[1]; ++j)
+            {
+                const std::size_t source = (k * counts[1] + j) * counts[0];
+                const std::size_t target =
+                    ((first[2] + k) * whole[1] + first[1] + j) * whole[0] + first[0];
+                std::memcpy(result.data + target * tupleBytes, part.data + source * tupleBytes,
+                            counts[0] * tupleBytes);
+            }
+    }
+    return result;
+}
+
+StoredArray XmlFile::readNamed(Association association, const std::string& name,
+                               Precision precision, std::size_t components)
+{
+    return readFromPieces(association, precision, components,
+                          [&](const Piece& piece) -> vtkXMLDataElement&
+                          {
+                              const char* const section = sectionOf(association);
+                              return requireArray(child(*piece.element, section), name, section);
+                          });
+}
+
+StoredArray XmlFile::readArray(const Array& array)
+{
+    return readNamed(array.association, array.name, array.precision, array.components);
+}
+
+std::optional<DataFile::Marks> XmlFile::readMarks(Association association)
+{
+    const auto& marks = mMarks[static_cast<std::size_t>(association)];
+    if (!marks)
+        return std::nullopt;
+    const Array& array = marks->first;
+    return Marks{readNamed(association, array.name, array.precision, array.components),
+                 marks->second};
+}
+
+StoredArray XmlFile::readPoints()
+{
+    if (mPieces.empty())
+        return StoredArray::allocate(Precision::Float64, 0, 3);
+    const auto precision = XmlValues::precisionOf(onlyArray(*mPieces.front().element, "Points"));
+    if (!precision)
+        throw Malformed("the points have no type of number");
+    return readFromPieces(Association::Points, *precision, 3,
+                          [](const Piece& piece) -> vtkXMLDataElement&
+                          { return onlyArray(*piece.element, "Points"); });
+}
+
+StoredArray XmlFile::readCoordinates(std::size_t axis)
+{
+    const std::size_t count = size()[axis];
+    auto result = StoredArray::allocate(Precision::Float64, count, 1);
+    std::vector<bool> isGiven(count, false);
+    for (const Piece& piece : mPieces)
+    {
+        std::vector<vtkXMLDataElement*> axes;
+        forChildren(child(*piece.element, "Coordinates"), "DataArray",
+                    [&](vtkXMLDataElement& array) { axes.push_back(&array); });
+        if (axes.size() != 3)
+            throw Malformed("a piece has " + std::to_string(axes.size()) +
+                            " arrays of coordinates, not 3");
+        const auto first = static_cast<std::size_t>(piece.extent[2 * axis] - extent[2 * axis]);
+        const StoredArray part = mValues.read(*axes[axis], sizeOf(piece.extent)[axis], 1);
+        visitPrecision(part.precision,
+                       [&]<typename Stored>()
+                       {
+                           for (std::size_t i = 0; i < part.tuples; ++i)
+                           {
+                               result.as<double>()[first + i] =
+                                   static_cast<double>(part.as<Stored>()[i]);
+                               isGiven[first + i] = true;
+                           }
+                       });
+    }
+    if (std::ranges::find(isGiven, false) != isGiven.end())
+        throw Malformed("its pieces do not give all coordinates");
+    return result;
+}
+
+void XmlFile::readCellList(vtkXMLDataElement* section, const std::string& name, std::size_t cells,
+                           std::size_t firstPoint, CellCollector& collector, FileCells& result,
+                           const PolySection* poly)
+{
+    if (cells == 0)
+        return;
+    vtkXMLDataElement& ends = requireArray(section, "offsets", name);
+    const auto precision = XmlValues::precisionOf(ends);
+    if (!precision)
+        throw Malformed("the offsets of its " + name + " have no type of number");
+    mValues.require(ends, cells);
+    // A file lists where each cell ends; the first one begins at 0.
+    StoredArray offsets = StoredArray::allocate(*precision, cells + 1, 1);
+    std::memset(offsets.data, 0, offsets.bytesPerTuple());
+    StoredArray rest = offsets;
+    rest.data += offsets.bytesPerTuple();
+    rest.tuples = cells;
+    mValues.read(ends, rest);
+    IndexArray starts = toIndices(offsets);
+
+    const std::int64_t length = starts[cells];
+    if (length < 0)
+        throw Malformed("the offsets of its " + name + " are negative");
+    const StoredArray vertices = mValues.read(requireArray(section, "connectivity", name),
+                                              static_cast<std::size_t>(length), 1);
+    if (poly != nullptr)
+        for (std::size_t cell = 0; cell < cells; ++cell)
+        {
+            const auto count = static_cast<std::size_t>(starts[cell + 1] - starts[cell]);
+            result.types.push_back(count == poly->ownVertices       ? poly->ownType
+                                   : count == poly->ownVertices + 1 ? poly->nextType
+                                                                    : poly->anyType);
+        }
+    collector.add(std::move(starts), toIndices(vertices), firstPoint);
+}
+
+void XmlFile::readFaces(const Piece& piece, FileCells& cells)
+{
+    vtkXMLDataElement* const section = child(*piece.element, "Cells");
+    const std::size_t first = cells.types.size() - piece.cells;
+    if (std::find(cells.types.begin() + static_cast<std::ptrdiff_t>(first), cells.types.end(),
+                  VTK_POLYHEDRON) == cells.types.end())
+        return;
+    if (mPieces.size() > 1)
+        throw Malformed("polyhedra in a file of several pieces are not supported");
+    const StoredArray endArray =
+        mValues.read(requireArray(section, "faceoffsets", "Cells"), piece.cells, 1);
+    const IndexArray ends = toIndices(endArray);
+    std::int64_t start = 0;
+    for (std::size_t cell = 0; cell < piece.cells; ++cell)
+    {
+        cells.faceStarts.push_back(start);
+        start = std::max(start, ends[cell]);
+    }
+    cells.faces = toIndices(
+        mValues.read(requireArray(section, "faces", "Cells"), static_cast<std::size_t>(start), 1));
+}
+
+FileCells XmlFile::readCells()
+{
+    FileCells cells;
+    CellCollector collector;
+    std::size_t firstPoint = 0;
+    for (const Piece& piece : mPieces)
+    {
+        if (mIsPolyData)
+        {
+            for (const PolySection& section : polySections)
+                readCellList(child(*piece.element, section.name), section.name,
+                             XmlValues::countAttribute(*piece.element, section.count), firstPoint,
+                             collector, cells, &section);
+        }
+        else if (piece.cells > 0)
+        {
+            vtkXMLDataElement* const section = child(*piece.element, "Cells");
+            readCellList(section, "Cells", piece.cells, firstPoint, collector, cells, nullptr);
+            const StoredArray types =
+                mValues.read(requireArray(section, "types", "Cells"), piece.cells, 1);
+            visitPrecision(types.precision,
+                           [&]<typename Stored>()
+                           {
+                               for (std::size_t i = 0; i < types.tuples; ++i)
+                               {
+                                   const auto type = static_cast<double>(types.as<Stored>()[i]);
+                                   cells.types.push_back(type >= 0 && type < 256
+                                                             ? static_cast<std::uint8_t>(type)
+                                                             : std::uint8_t{255});
+                               }
+                           });
+            readFaces(piece, cells);
+        }
+        firstPoint += piece.points;
+    }
+    cells.offsets = collector.offsets();
+    cells.connectivity = collector.connectivity();
+    return cells;
+}
+
+}
+
+std::unique_ptr<DataFile> openXmlFile(const std::filesystem::path& path,
+                                      const volatile bool& abortFlag)
+{
+    return std::make_unique<XmlFile>(path, abortFlag);
+}
+
+}
