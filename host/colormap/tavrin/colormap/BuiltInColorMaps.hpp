@@ -1,0 +1,15 @@
+#pragma once
+
+#include <tavrin/colormap/ColorMap.hpp>
+
+namespace tavrin
+{
+
+/// The names of the maps that are always there: "viridis", "plasma", ...
+TAVRIN_API const std::vector<std::string>& builtInColorMapNames();
+
+/// A built-in map, over the range 0 to 1. Throws `usage_error` for an unknown name, with the
+/// nearest one where one is near.
+TAVRIN_API ColorMap builtInColorMap(const std::string& name);
+
+}

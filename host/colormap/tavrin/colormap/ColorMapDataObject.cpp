@@ -1,0 +1,44 @@
+#include <tavrin/colormap/ColorMapDataObject.hpp>
+
+#include <tavrin/base/Exceptions.hpp>
+#include <tavrin/base/LexicalCast.hpp>
+
+#include <algorithm>
+
+namespace tavrin
+{
+
+ColorMapDataObject::ColorMapDataObject(ColorMap colorMap)
+    : mColorMap(std::move(colorMap)), mScaling(mColorMap.range())
+{
+}
+
+ColorMapDataObject::ColorMapDataObject(ColorMap colorMap, const ValueRange& scaling)
+    : mColorMap(std::move(colorMap)), mScaling(scaling)
+{
+    if (!scaling.isProper())
+        throw runtime_error("a colour map cannot span " + toText(scaling.low) + " to " +
+                            toText(scaling.high));
+}
+
+Color ColorMapDataObject::mapValueToColorScaled(double value) const
+{
+    const auto [low, high] = mColorMap.range();
+    const double share = (value - mScaling.low) / (mScaling.high - mScaling.low);
+    const double position = low + share * (high - low);
+    // Rounding must not carry a value inside the scaling past the last colour.
+    return mColorMap.mapValueToColor(share <= 1.0 ? std::min(position, high) : position);
+}
+
+const RTTI_TypeId& ColorMapDataObject::classTypeId()
+{
+    static const RTTI_TypeId id = newTypeId("ColorMapDataObject");
+    return id;
+}
+
+bool ColorMapDataObject::isA(const RTTI_TypeId& id) const
+{
+    return id == classTypeId() || DataObject::isA(id);
+}
+
+}

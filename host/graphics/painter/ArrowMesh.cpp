@@ -1,0 +1,130 @@
+#include "ArrowMesh.hpp"
+
+#include <numbers>
+
+namespace tavrin::graphics::painter
+{
+
+namespace
+{
+
+constexpr float shaftRadius = 0.5F;
+constexpr float tubeHeadRadius = 1.55F;
+constexpr float flatHeadRadius = 2.1F;
+/// Where the head begins.
+constexpr float neck = 0.68F;
+
+class Builder
+{
+public:
+    explicit Builder(bool isFlat) { mMesh.isFlat = isFlat; }
+
+    std::uint16_t vertex(float x, float y, float z, Tensor<float, 3> normal)
+    {
+        mMesh.vertices.push_back({{x, y, z}, normal});
+        return static_cast<std::uint16_t>(mMesh.vertices.size() - 1);
+    }
+
+    /// Counterclockwise as seen from outside.
+    void triangle(unsigned a, unsigned b, unsigned c)
+    {
+        for (const unsigned vertex : {a, b, c})
+            mMesh.indices.push_back(static_cast<std::uint16_t>(vertex));
+    }
+
+    ArrowMesh take() { return std::move(mMesh); }
+
+private:
+    ArrowMesh mMesh;
+};
+
+}
+
+ArrowMesh ArrowMesh::flat()
+{
+    Builder builder(true);
+    // A little like a roof, whose ridge shows where the arrow points.
+    constexpr float lean = 0.3F;
+    for (const float side : {1.0F, -1.0F})
+    {
+        // The same triangles, which turn the other way around in the mirror.
+        const auto triangle = [&](unsigned a, unsigned b, unsigned c)
+        { side > 0.0F ? builder.triangle(a, c, b) : builder.triangle(a, b, c); };
+        const Tensor<float, 3> normal(side * lean, 1.0F, 0.0F);
+        const auto tailMiddle = builder.vertex(0.0F, 0.0F, 0.0F, normal);
+        const auto tail = builder.vertex(side * shaftRadius, 0.0F, 0.0F, normal);
+        const auto neckMiddle = builder.vertex(0.0F, 0.0F, neck, normal);
+        const auto neckSide = builder.vertex(side * shaftRadius, 0.0F, neck, normal);
+        const auto barb = builder.vertex(side * flatHeadRadius, 0.0F, neck, normal);
+        const auto tip = builder.vertex(0.0F, 0.0F, 1.0F, normal);
+        triangle(tailMiddle, tail, neckSide);
+        triangle(tailMiddle, neckSide, neckMiddle);
+        triangle(neckMiddle, barb, tip);
+    }
+    return builder.take();
+}
+
+ArrowMesh ArrowMesh::thin()
+{
+    Builder builder(true);
+    const Tensor<float, 3> normal(0.0F, 1.0F, 0.0F);
+    const auto left = builder.vertex(-shaftRadius, 0.0F, 0.0F, normal);
+    const auto right = builder.vertex(shaftRadius, 0.0F, 0.0F, normal);
+    const auto neckRight = builder.vertex(shaftRadius, 0.0F, neck, normal);
+    const auto neckLeft = builder.vertex(-shaftRadius, 0.0F, neck, normal);
+    const auto barbLeft = builder.vertex(-tubeHeadRadius, 0.0F, neck, normal);
+    const auto barbRight = builder.vertex(tubeHeadRadius, 0.0F, neck, normal);
+    const auto tip = builder.vertex(0.0F, 0.0F, 1.0F, normal);
+    builder.triangle(left, neckRight, right);
+    builder.triangle(left, neckLeft, neckRight);
+    builder.triangle(barbLeft, tip, barbRight);
+    return builder.take();
+}
+
+ArrowMesh ArrowMesh::tube(unsigned numSides)
+{
+    Builder builder(false);
+    // Half a side turned, so that a face and not an edge is turned to the eye.
+    const auto direction = [&](float side)
+    {
+        const float angle =
+            (side + 0.5F) * 2.0F * std::numbers::pi_v<float> / static_cast<float>(numSides);
+        return Tensor<float, 2>(std::cos(angle), std::sin(angle));
+    };
+    // One vertex per side; the normals have a radial part and one along the axis. Returns the first.
+    const auto ring = [&](float radius, float z, float radial, float along, float turn = 0.0F)
+    {
+        std::uint16_t first = 0;
+        for (unsigned i = 0; i < numSides; ++i)
+        {
+            const auto outwards = direction(static_cast<float>(i) + turn);
+            const auto vertex = builder.vertex(radius * outwards[0], radius * outwards[1], z,
+                                               {radial * outwards[0], radial * outwards[1], along});
+            first = i == 0 ? vertex : first;
+        }
+        return first;
+    };
+
+    const auto tail = ring(shaftRadius, 0.0F, 1.0F, 0.0F);
+    const auto top = ring(shaftRadius, neck, 1.0F, 0.0F);
+    const auto cap = ring(shaftRadius, 0.0F, 0.0F, -1.0F);
+    const auto base = ring(tubeHeadRadius, neck, 0.0F, -1.0F);
+    const float headLength = 1.0F - neck;
+    const auto rim = ring(tubeHeadRadius, neck, headLength, tubeHeadRadius);
+    const auto tips = ring(0.0F, 1.0F, headLength, tubeHeadRadius, 0.5F);
+    const auto capMiddle = builder.vertex(0.0F, 0.0F, 0.0F, {0.0F, 0.0F, -1.0F});
+    const auto baseMiddle = builder.vertex(0.0F, 0.0F, neck, {0.0F, 0.0F, -1.0F});
+
+    for (unsigned i = 0; i < numSides; ++i)
+    {
+        const unsigned next = (i + 1) % numSides;
+        builder.triangle(tail + i, tail + next, top + next);
+        builder.triangle(tail + i, top + next, top + i);
+        builder.triangle(capMiddle, cap + next, cap + i);
+        builder.triangle(baseMiddle, base + next, base + i);
+        builder.triangle(rim + i, rim + next, tips + i);
+    }
+    return builder.take();
+}
+
+}

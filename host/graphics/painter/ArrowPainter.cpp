@@ -1,0 +1,180 @@
+#include "ArrowPainter.hpp"
+
+#include "ViewUniforms.hpp"
+
+#include <tavrin/base/Exceptions.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+namespace tavrin::graphics::painter
+{
+
+namespace
+{
+
+/// So many are collected before they are drawn.
+constexpr std::size_t trianglesAtOnce = 100'000;
+/// So many are examined before the abort flag is.
+constexpr std::size_t arrowsAtOnce = 4096;
+/// Of more arrows than this, each is drawn coarser: they hide one another and fill the picture.
+constexpr double fewArrows = 1e5;
+
+ShaderProgram programFiles()
+{
+    const std::string folder = shaderFolder() + "arrow/phong/";
+    return {folder + "vertex.glsl", folder + "fragment.glsl", {}};
+}
+
+bool isFinite(const std::array<float, 3>& position)
+{
+    return std::ranges::all_of(position, [](float part) { return std::isfinite(part); });
+}
+
+/// Not a number counts as 0.
+std::uint8_t byteOf(float share)
+{
+    return static_cast<std::uint8_t>(share > 0.0F ? std::min(share, 1.0F) * 255.0F + 0.5F : 0.0F);
+}
+
+void enableAttribute(const Program& program, const char* name, GLint size, GLenum type,
+                     std::size_t stride, std::size_t offset)
+{
+    const GLint location = program.attribute(name);
+    if (location < 0)
+        return;
+    const auto index = static_cast<GLuint>(location);
+    glEnableVertexAttribArray(index);
+    glVertexAttribPointer(index, size, type, type == GL_UNSIGNED_BYTE ? GL_TRUE : GL_FALSE,
+                          static_cast<GLsizei>(stride), reinterpret_cast<const void*>(offset));
+}
+
+}
+
+ArrowPainter::Level::Level(double smallest, bool tube, const ArrowMesh& mesh,
+                           const Program& program)
+    : smallestWidth(smallest), isTube(tube), isFlat(mesh.isFlat),
+      numIndices(static_cast<GLsizei>(mesh.indices.size()))
+{
+    glBindVertexArray(vertexArray.name());
+    glBindBuffer(GL_ARRAY_BUFFER, vertices.name());
+    glBufferData(GL_ARRAY_BUFFER,
+                 static_cast<GLsizeiptr>(mesh.vertices.size() * sizeof(ArrowMesh::Vertex)),
+                 mesh.vertices.data(), GL_STATIC_DRAW);
+    enableAttribute(program, "in_position", 3, GL_FLOAT, sizeof(ArrowMesh::Vertex),
+                    offsetof(ArrowMesh::Vertex, position));
+    enableAttribute(program, "in_normal", 3, GL_FLOAT, sizeof(ArrowMesh::Vertex),
+                    offsetof(ArrowMesh::Vertex, normal));
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices.name());
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER,
+                 static_cast<GLsizeiptr>(mesh.indices.size() * sizeof(mesh.indices.front())),
+                 mesh.indices.data(), GL_STATIC_DRAW);
+    for (const char* const name : {"in_start", "in_direction", "in_width", "in_color"})
+        if (const GLint location = program.attribute(name); location >= 0)
+            glVertexAttribDivisor(static_cast<GLuint>(location), 1);
+}
+
+ArrowPainter::ArrowPainter() : mProgram(programFiles())
+{
+    mLevels.emplace_back(0.0, false, ArrowMesh::thin(), mProgram);
+    mLevels.emplace_back(1.2, false, ArrowMesh::flat(), mProgram);
+    mLevels.emplace_back(0.0, true, ArrowMesh::thin(), mProgram);
+    mLevels.emplace_back(1.2, true, ArrowMesh::tube(8), mProgram);
+    mLevels.emplace_back(4.0, true, ArrowMesh::tube(14), mProgram);
+    mLevels.emplace_back(10.0, true, ArrowMesh::tube(36), mProgram);
+}
+
+ArrowPainter::Level& ArrowPainter::levelFor(const ArrowGlyph& arrow, double widthInPixels)
+{
+    Level* best = nullptr;
+    for (Level& level : mLevels)
+        if (level.isTube == arrow.tube &&
+            (best == nullptr || mCoarseness * level.smallestWidth <= widthInPixels))
+            best = &level;
+    return *best;
+}
+
+void ArrowPainter::collect(const ArrowGlyph& arrow, const Placement& placement,
+                           const Camera& camera, const Frame& tile, Pass pass)
+{
+    const std::uint8_t alpha = byteOf(arrow.color.alpha);
+    if (alpha == 0 || (alpha < 255) != (pass == Pass::OnlyTransparent))
+        return;
+    const Position start = placement(arrow.start);
+    const Position direction = placement.scale * arrow.direction;
+    const double width = placement.scale * std::abs(arrow.width);
+    Instance instance{.start = narrowed(start),
+                      .direction = narrowed(direction),
+                      .width = static_cast<float>(width),
+                      .color = {byteOf(arrow.color.red), byteOf(arrow.color.green),
+                                byteOf(arrow.color.blue), alpha}};
+    if (!isFinite(instance.start) || !isFinite(instance.direction) ||
+        !std::isfinite(instance.width))
+        return;
+    const Position middle = start + 0.5 * direction;
+    const double pixelsPerUnit = camera.pixelsPerUnit(middle);
+    // The barbs, and what the least width and length add.
+    const double reach = (0.5 * norm(direction) + 3.0 * width) * pixelsPerUnit + 5.0;
+    if (!tile.meetsCircle(camera.project(middle), reach))
+        return;
+    Level& level = levelFor(arrow, width * pixelsPerUnit);
+    level.instances.push_back(instance);
+    mCollectedTriangles += static_cast<std::size_t>(level.numIndices) / 3;
+}
+
+void ArrowPainter::drawCollected()
+{
+    for (Level& level : mLevels)
+    {
+        if (level.instances.empty())
+            continue;
+        mProgram.set("u_isFlat", level.isFlat ? 1.0F : 0.0F);
+        glBindVertexArray(level.vertexArray.name());
+        glBindBuffer(GL_ARRAY_BUFFER, mInstances.name());
+        glBufferData(GL_ARRAY_BUFFER,
+                     static_cast<GLsizeiptr>(level.instances.size() * sizeof(Instance)),
+                     level.instances.data(), GL_STREAM_DRAW);
+        enableAttribute(mProgram, "in_start", 3, GL_FLOAT, sizeof(Instance),
+                        offsetof(Instance, start));
+        enableAttribute(mProgram, "in_direction", 3, GL_FLOAT, sizeof(Instance),
+                        offsetof(Instance, direction));
+        enableAttribute(mProgram, "in_width", 1, GL_FLOAT, sizeof(Instance),
+                        offsetof(Instance, width));
+        enableAttribute(mProgram, "in_color", 4, GL_UNSIGNED_BYTE, sizeof(Instance),
+                        offsetof(Instance, color));
+        glDrawElementsInstanced(GL_TRIANGLES, level.numIndices, GL_UNSIGNED_SHORT, nullptr,
+                                static_cast<GLsizei>(level.instances.size()));
+        level.instances.clear();
+    }
+    mCollectedTriangles = 0;
+    mInFlight.endPortion();
+}
+
+void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, const Camera& camera,
+                         const Frame& tile, Pass pass, const volatile bool& abortFlag)
+{
+    useFor(mProgram, camera, tile, pass);
+    mProgram.set("u_eye", narrowed(camera.eye()));
+    mProgram.set("u_right", narrowed(camera.axes().right));
+    mProgram.set("u_up", narrowed(camera.axes().up));
+    mProgram.set("u_isParallel", camera.isParallel() ? 1.0F : 0.0F);
+    mProgram.set("u_pixelsPerUnit", static_cast<float>(camera.pixelsPerUnit()));
+    // Only the nearer side of a closed transparent tube counts; flat arrows face the eye anyway.
+    glEnable(GL_CULL_FACE);
+
+    const auto& arrows = batch.arrows();
+    mCoarseness = std::max(1.0, std::sqrt(static_cast<double>(arrows.size()) / fewArrows));
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+    {
+        if (i % arrowsAtOnce == 0 && abortFlag)
+            throw runtime_error("aborted");
+        collect(arrows[i], placement, camera, tile, pass);
+        if (mCollectedTriangles >= trianglesAtOnce)
+            drawCollected();
+    }
+    drawCollected();
+    glDisable(GL_CULL_FACE);
+}
+
+}

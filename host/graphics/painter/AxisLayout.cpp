@@ -1,0 +1,223 @@
+#include "AxisLayout.hpp"
+
+#include "Ticks.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+namespace tavrin::graphics::painter
+{
+
+namespace
+{
+
+using Pixel = Tensor<double, 2>;
+
+struct ProjectedBox
+{
+    std::array<Position, 8> corners;
+    std::array<Pixel, 8> pixels;
+    Pixel middle{};
+};
+
+/// An edge at the silhouette of a box.
+struct Edge
+{
+    Position from;
+    Position to;
+    Pixel pixelFrom;
+    Pixel pixelTo;
+    /// Away from the box, in the picture.
+    Pixel outwards;
+
+    double length() const { return norm(pixelTo - pixelFrom); }
+    bool isUpright() const
+    {
+        const Pixel along = pixelTo - pixelFrom;
+        return std::abs(along[1]) > 1.5 * std::abs(along[0]);
+    }
+};
+
+Pixel projected(const Camera& camera, const Position& placed)
+{
+    const auto pixel = camera.project(placed);
+    return {pixel[0], pixel[1]};
+}
+
+ProjectedBox projectedBox(const Box& outline, const Placement& placement, const Camera& camera)
+{
+    ProjectedBox box{.corners = cornersOf(outline.lower, outline.upper), .pixels = {}};
+    for (std::size_t i = 0; i < 8; ++i)
+    {
+        box.pixels[i] = projected(camera, placement(box.corners[i]));
+        box.middle += 0.125 * box.pixels[i];
+    }
+    return box;
+}
+
+/// How far the pixels reach in a direction.
+double reach(std::span<const Pixel> pixels, const Pixel& direction)
+{
+    double farthest = -std::numeric_limits<double>::infinity();
+    for (const Pixel& pixel : pixels)
+        farthest = std::max(farthest, dot(pixel, direction));
+    return farthest;
+}
+
+/// The edge along an axis that is best written on: at the silhouette, at the left if it is upright
+/// in the picture, and else at the bottom.
+std::optional<Edge> findEdge(const ProjectedBox& box, std::size_t axis)
+{
+    std::optional<Edge> best;
+    double bestPlace = 0.0;
+    const std::size_t bit = std::size_t{1} << axis;
+    for (std::size_t corner = 0; corner < 8; ++corner)
+    {
+        if ((corner & bit) != 0)
+            continue;
+        Edge edge{.from = box.corners[corner],
+                  .to = box.corners[corner | bit],
+                  .pixelFrom = box.pixels[corner],
+                  .pixelTo = box.pixels[corner | bit],
+                  .outwards = {}};
+        if (!(edge.length() > 1.0))
+            continue;
+        const Pixel along = (edge.pixelTo - edge.pixelFrom) / edge.length();
+        edge.outwards = Pixel(along[1], -along[0]);
+        const double offset = dot(box.middle - edge.pixelFrom, edge.outwards);
+        // A box without extent across has both sides; below and left are the usual ones.
+        if (std::abs(offset) < 0.5)
+            edge.outwards *= edge.outwards[1] - edge.outwards[0] < 0.0 ? -1.0 : 1.0;
+        else if (offset > 0.0)
+            edge.outwards *= -1.0;
+        if (reach(box.pixels, edge.outwards) > dot(edge.pixelFrom, edge.outwards) + 0.5)
+            continue;
+        const Pixel edgeMiddle = 0.5 * (edge.pixelFrom + edge.pixelTo);
+        const double place = edge.isUpright() ? -edgeMiddle[0] : edgeMiddle[1];
+        if (!best || place > bestPlace + 0.5)
+        {
+            best = edge;
+            bestPlace = place;
+        }
+    }
+    return best;
+}
+
+/// How far a label reaches from its middle in a direction.
+double halfExtent(const Label& label, const Pixel& direction)
+{
+    return 0.5 * (std::abs(direction[0]) * label.width + std::abs(direction[1]) * label.height);
+}
+
+void moveTo(Label& label, const Pixel& middle)
+{
+    label.x = middle[0];
+    label.y = middle[1];
+}
+
+bool overlaps(const Label& a, const Label& b, double gap)
+{
+    return std::abs(a.x - b.x) < 0.5 * (a.width + b.width) + gap &&
+           std::abs(a.y - b.y) < 0.5 * (a.height + b.height) + gap;
+}
+
+class AxisWriter
+{
+public:
+    AxisWriter(const Placement& placement, const Camera& camera, const Canvas& canvas,
+               const Style& style)
+        : mPlacement(placement), mCamera(camera), mCanvas(canvas), mStyle(style)
+    {
+    }
+
+    /// `clearance`: how far beyond the edge the scene reaches, in pixels.
+    void write(const Edge& edge, std::size_t axis, double clearance)
+    {
+        const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mStyle.fontSize;
+        const double wanted = std::clamp(edge.length() / spacing, 2.0, 7.0);
+        const Ticks ticks =
+            Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted));
+        const double tickLength = 0.35 * mStyle.fontSize;
+        const double numberGap = std::max(clearance, tickLength) + 0.4 * mStyle.fontSize;
+
+        std::vector<Label> numbers;
+        double numberExtent = 0.0;
+        for (std::size_t i = 0; i < ticks.values.size(); ++i)
+        {
+            Position position = edge.from;
+            position[axis] = ticks.values[i];
+            const Pixel at = projected(mCamera, mPlacement(position));
+            const Pixel end = at + tickLength * edge.outwards;
+            mAnnotation.strokes.push_back({{at[0], at[1]}, {end[0], end[1]}});
+            Label number = mCanvas.label(ticks.labels[i]);
+            const double half = halfExtent(number, edge.outwards);
+            moveTo(number, at + (numberGap + half) * edge.outwards);
+            numberExtent = std::max(numberExtent, 2.0 * half);
+            numbers.push_back(std::move(number));
+        }
+
+        constexpr std::array names{"x", "y", "z"};
+        Label name = mCanvas.label(names[axis] + ticks.titleSuffix);
+        const double nameGap =
+            numberGap + numberExtent + 0.6 * mStyle.fontSize + halfExtent(name, edge.outwards);
+        moveTo(name, 0.5 * (edge.pixelFrom + edge.pixelTo) + nameGap * edge.outwards);
+        add(std::move(name));
+        for (Label& number : numbers)
+            add(std::move(number));
+    }
+
+    Annotation take() { return std::move(mAnnotation); }
+
+private:
+    void add(Label label)
+    {
+        const auto isInTheWay = [&](const Label& other)
+        { return overlaps(label, other, 0.3 * mStyle.fontSize); };
+        if (std::ranges::none_of(mAnnotation.labels, isInTheWay))
+            mAnnotation.labels.push_back(std::move(label));
+    }
+
+    const Placement& mPlacement;
+    const Camera& mCamera;
+    const Canvas& mCanvas;
+    const Style& mStyle;
+    Annotation mAnnotation;
+};
+
+}
+
+std::array<Position, 8> cornersOf(const Position& lower, const Position& upper)
+{
+    std::array<Position, 8> corners{};
+    for (std::size_t i = 0; i < 8; ++i)
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            corners[i][axis] = (i >> axis & 1U) != 0 ? upper[axis] : lower[axis];
+    return corners;
+}
+
+Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
+                      const Placement& placement, const Camera& camera, const Canvas& canvas,
+                      const Style& style)
+{
+    const ProjectedBox box = projectedBox(outline, placement, camera);
+    std::vector<Pixel> scene;
+    for (const Position& extreme : extremes)
+        scene.push_back(projected(camera, extreme));
+
+    AxisWriter writer(placement, camera, canvas, style);
+    for (std::size_t axis = 0; axis < outline.dimension; ++axis)
+    {
+        const std::optional<Edge> edge = findEdge(box, axis);
+        // What is seen nearly from its end has no room for numbers.
+        if (!edge || edge->length() < 4.0 * style.fontSize)
+            continue;
+        const double beyond = reach(scene, edge->outwards) - dot(edge->pixelFrom, edge->outwards);
+        // Seen straight on, a number far from its tick is still in line with it.
+        const double farthest = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
+        writer.write(*edge, axis, std::clamp(beyond, 0.0, farthest));
+    }
+    return writer.take();
+}
+
+}

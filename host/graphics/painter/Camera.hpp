@@ -1,0 +1,93 @@
+#pragma once
+
+#include <tavrin/graphics/Picture.hpp>
+
+#include <array>
+#include <span>
+
+namespace tavrin::graphics::painter
+{
+
+using Position = Tensor<double, 3>;
+
+/// A rectangle of the picture in pixels, from its upper left corner.
+struct Frame
+{
+    double left = 0.0;
+    double top = 0.0;
+    double width = 0.0;
+    double height = 0.0;
+
+    double right() const { return left + width; }
+    double bottom() const { return top + height; }
+    /// Whether a circle around a pixel meets the frame.
+    bool meetsCircle(const std::array<double, 2>& pixel, double radius) const
+    {
+        return pixel[0] > left - radius && pixel[0] < right() + radius && pixel[1] > top - radius &&
+               pixel[1] < bottom() + radius;
+    }
+};
+
+/// Where positions of the user's coordinates lie in the coordinates that are drawn: those are
+/// relative to the middle of the scene and in units of its size, so that single precision does.
+struct Placement
+{
+    Position center{};
+    double scale = 1.0;
+
+    Position operator()(const Position& position) const { return scale * (position - center); }
+};
+
+/// Looks at the scene so that it just fills a frame of the picture.
+class Camera
+{
+public:
+    /// Perpendicular directions of length 1.
+    struct Axes
+    {
+        Position right;
+        Position up;
+        /// From the scene towards the eye, at the middle.
+        Position back;
+
+        explicit Axes(const View& view);
+    };
+
+    /// The `extremes` of the scene are placed, and span about -1 to 1.
+    Camera(const View& view, std::span<const Position> extremes, const Frame& frame);
+
+    const Axes& axes() const { return mAxes; }
+    /// A view along an axis of the coordinates is parallel.
+    bool isParallel() const { return mIsParallel; }
+    /// The position of the eye, or in a parallel projection the direction towards it.
+    Position eye() const;
+    double nearest() const { return mNearest; }
+    double farthest() const { return mFarthest; }
+
+    /// How many pixels a unit takes at a position.
+    double pixelsPerUnit(const Position& position) const;
+    /// How many pixels a unit takes where the fourth clip coordinate is 1.
+    double pixelsPerUnit() const { return mPixelsPerUnit; }
+
+    /// The pixel of a position, right and down from the upper left corner.
+    std::array<double, 2> project(const Position& position) const;
+
+    /// To clip coordinates of a tile of the picture; in the order of OpenGL, column by column.
+    std::array<float, 16> viewProjection(const Frame& tile) const;
+
+private:
+    /// Right, up and back from the origin of the placed coordinates.
+    Position turned(const Position& position) const;
+    double depth(const Position& turnedPosition) const;
+
+    Axes mAxes;
+    bool mIsParallel;
+    std::array<double, 2> mFrameCenter;
+    double mPixelsPerUnit = 1.0;
+    /// Turned.
+    Position mEye{};
+    double mNearest = 0.0;
+    double mFarthest = 0.0;
+};
+
+}

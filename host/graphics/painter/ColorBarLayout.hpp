@@ -1,0 +1,27 @@
+#pragma once
+
+#include "AxisLayout.hpp"
+
+namespace tavrin::graphics::painter
+{
+
+/// The colour bar at the right side of the picture, with its ticks and its title.
+class ColorBarLayout
+{
+public:
+    /// `picture` is the part of the picture that may be written on.
+    ColorBarLayout(const ColorBar& bar, const Frame& picture, const Canvas& canvas,
+                   const Style& style);
+
+    /// The left side of all of it.
+    double left() const { return mBar.left; }
+
+    void draw(Canvas& canvas) const;
+
+private:
+    const ColorBar& mColorBar;
+    Frame mBar;
+    Annotation mAnnotation;
+};
+
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Camera.hpp"
+#include "Program.hpp"
+
+namespace tavrin::graphics::painter
+{
+
+inline std::array<float, 3> narrowed(const Position& position)
+{
+    return {static_cast<float>(position[0]), static_cast<float>(position[1]),
+            static_cast<float>(position[2])};
+}
+
+/// Takes the program in use, and tells it what every program of a scene needs to know.
+inline void useFor(const Program& program, const Camera& camera, const Frame& tile, Pass pass)
+{
+    program.use();
+    program.setPass(pass);
+    program.set("u_viewProjection", camera.viewProjection(tile));
+    program.set("u_depth",
+                narrowed({camera.nearest(), camera.farthest(), camera.isParallel() ? 1.0 : 0.0}));
+}
+
+}

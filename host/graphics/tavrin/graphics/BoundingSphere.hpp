@@ -1,0 +1,29 @@
+#pragma once
+
+#include <tavrin/value/Tensor.hpp>
+
+#include <vector>
+
+namespace tavrin::graphics
+{
+
+/// A sphere that encloses something. Its centre is exact where coordinates are large, so that
+/// things far from the origin can be drawn relative to it.
+struct BoundingSphere
+{
+    Tensor<double, 3> center{};
+    double radius = 0.0;
+
+    bool operator==(const BoundingSphere&) const = default;
+};
+
+/// The smallest sphere that encloses the points. No point is farther from the centre than the
+/// radius, distances computed in double precision; the radius exceeds the smallest possible one by
+/// at most 1e-7 of it. Points with a component that is not finite are ignored; without any other
+/// point the sphere is at the origin with radius 0.
+///
+/// Walks from the smallest sphere of few points to the farthest point outside until there is none,
+/// as in B. Gaertner, "Fast and Robust Smallest Enclosing Balls", ESA 1999.
+TAVRIN_API BoundingSphere computeBoundingSphere(const std::vector<Tensor<float, 3>>& points);
+
+}

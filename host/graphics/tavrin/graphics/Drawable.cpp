@@ -1,0 +1,8 @@
+#include <tavrin/graphics/Drawable.hpp>
+
+namespace tavrin::graphics
+{
+
+Drawable::~Drawable() = default;
+
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <tavrin/graphics/ArrowBatch.hpp>
+#include <tavrin/graphics/Primitive.hpp>
+
+namespace tavrin::graphics
+{
+
+/// The components of a colour in a buffer.
+enum class ColorChannel
+{
+    /// Red, green, blue and alpha.
+    RGBA = 4
+};
+
+/// Makes what drawables consist of. Nothing is uploaded before something is painted, so that
+/// drawables can be made and read on a machine without a graphics library.
+class TAVRIN_API GraphicsSystem
+{
+public:
+    /// The one of this process.
+    static const GraphicsSystem mInstance;
+
+    GraphicsSystem(const GraphicsSystem&) = delete;
+    GraphicsSystem& operator=(const GraphicsSystem&) = delete;
+
+    /// Three components per vertex. Moving the vector in saves a copy.
+    static std::shared_ptr<VertexBuffer> makeBuffer(std::vector<Tensor<float, 3>> vertices);
+    /// As many components per vertex as there are channels. Moving the vector in saves a copy.
+    static std::shared_ptr<VertexBuffer> makeBuffer(std::vector<Color> colors,
+                                                    ColorChannel channel);
+
+    /// Throws nothing: files are read when something is painted.
+    static std::shared_ptr<const ShaderProgram> makeProgram(std::filesystem::path vertex,
+                                                            std::filesystem::path fragment,
+                                                            std::filesystem::path geometry);
+
+    /// Throws `logic_error` as `Primitive`.
+    static std::shared_ptr<Drawable> makePrimitive(PrimitiveConfig config,
+                                                   std::shared_ptr<const ShaderProgram> program);
+
+    static std::shared_ptr<Drawable> makeArrows(std::vector<ArrowGlyph> arrows,
+                                                ShadingType shading);
+
+private:
+    constexpr GraphicsSystem() = default;
+};
+
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <tavrin/graphics/Scene.hpp>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tavrin::graphics
+{
+
+/// From where a scene is seen.
+struct TAVRIN_API View
+{
+    /// Degrees: the direction from the scene to the eye, turned about z from x towards y, and then
+    /// raised towards z.
+    double azimuth = 0.0;
+    double elevation = 0.0;
+
+    bool operator==(const View&) const = default;
+
+    /// Reads "x", "-x", "y", "-y", "z", "-z" (the side on which the eye is), "iso", or
+    /// "AZIMUTH,ELEVATION" in degrees, the elevation in -90 to 90. Throws `usage_error`.
+    static View fromText(const std::string& text);
+};
+
+struct PictureOptions
+{
+    /// Pixels; see `checkPictureSize`.
+    std::size_t width = 1280;
+    std::size_t height = 960;
+    /// May be transparent.
+    Color background{1.0F, 1.0F, 1.0F, 1.0F};
+    /// Without one, a scene that is thin along an axis is seen straight on, and any other from the
+    /// front right above. A view along an axis is parallel, others are in perspective.
+    std::optional<View> view = std::nullopt;
+};
+
+/// Throws `usage_error` for a size that cannot be painted: each side takes 1 to 16384 pixels.
+TAVRIN_API void checkPictureSize(std::size_t width, std::size_t height);
+
+struct Image
+{
+    std::size_t width = 0;
+    std::size_t height = 0;
+    /// Red, green, blue and alpha of each pixel, 0 to 255, row by row from the top. The alpha is
+    /// not multiplied in.
+    std::vector<std::uint8_t> rgba;
+};
+
+/// Paints without a display, in software where there is no graphics processor. The camera is placed
+/// so that everything fits. The same input gives the same picture, and the order of transparent
+/// things does not matter. Must not be called from a thread with a current OpenGL context.
+/// Throws `usage_error` for an impossible size and `runtime_error` "no OpenGL 3.3 context without a
+/// display: CAUSE" where there is none, for a shader file that cannot be read or translated, and
+/// "aborted" soon after `abortFlag` was set.
+TAVRIN_API Image paint(const Scene& scene, const PictureOptions& options,
+                       const volatile bool& abortFlag);
+
+/// The bytes of the image as a PNG file. Throws `runtime_error` where `rgba` is not of the image's
+/// size.
+TAVRIN_API std::vector<std::uint8_t> encodePng(const Image& image);
+
+}

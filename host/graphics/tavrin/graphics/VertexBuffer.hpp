@@ -1,0 +1,33 @@
+#pragma once
+
+#include <tavrin/base/Export.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+namespace tavrin::graphics
+{
+
+/// The values of one attribute of all vertices.
+class TAVRIN_API VertexBuffer
+{
+public:
+    /// The values of vertex after vertex, `numComponents` each. `owner` keeps them alive.
+    VertexBuffer(std::shared_ptr<const void> owner, std::span<const float> values,
+                 std::size_t numComponents)
+        : mOwner(std::move(owner)), mValues(values), mNumComponents(numComponents)
+    {
+    }
+
+    std::span<const float> values() const { return mValues; }
+    std::size_t numComponents() const { return mNumComponents; }
+    std::size_t numVertices() const { return mValues.size() / mNumComponents; }
+
+private:
+    std::shared_ptr<const void> mOwner;
+    std::span<const float> mValues;
+    std::size_t mNumComponents;
+};
+
+}
