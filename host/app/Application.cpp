@@ -1,0 +1,194 @@
+#include "Application.hpp"
+
+#include "Plugins.hpp"
+#include "Program.hpp"
+#include "Session.hpp"
+#include "commands/Commands.hpp"
+#include "console/Failure.hpp"
+#include "console/Interrupt.hpp"
+#include "text/HelpText.hpp"
+
+#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/base/Suggestion.hpp>
+
+#include <fcntl.h>
+#include <omp.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <optional>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+/// The values of the options that go with every command.
+struct GlobalOptions
+{
+    std::vector<std::string> plugins;
+    std::optional<std::string> threads;
+    std::string progress = "auto";
+    bool isVerbose = false;
+    bool wantsVersion = false;
+    bool wantsHelp = false;
+};
+
+/// A failure to write has to be an error that can be told, not a signal, and a file must never be
+/// opened in the place of a closed standard stream.
+void prepareStandardStreams()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0)
+            static_cast<void>(open("/dev/null", O_RDWR));
+}
+
+void declareProgram(Program& program, GlobalOptions& options)
+{
+    CLI::App& syntax = program.syntax;
+    syntax.description("Analyses fields: simulation or measurement output on grids, in VTK files "
+                       "and time series.");
+    // Words and misspelt options are left over for this program's own messages.
+    syntax.set_help_flag();
+    syntax.allow_extras();
+    syntax.fallthrough();
+    syntax.require_subcommand(0, 1);
+    syntax
+        .add_option("--plugin", options.plugins, "loads a plug-in, or all in a folder; repeatable")
+        ->type_name("PATH")
+        ->allow_extra_args(false);
+    syntax.add_option("--threads", options.threads, "number of threads to work with")
+        ->type_name("N");
+    syntax
+        .add_option("--progress", options.progress,
+                    "shows progress: auto (on a terminal), always or never")
+        ->type_name("WHEN");
+    syntax.add_flag("-v,--verbose", options.isVerbose,
+                    "prints the debug log, and where a run failed");
+    syntax.add_flag("--version", options.wantsVersion, "prints the version");
+    syntax.add_flag("-h,--help", options.wantsHelp, "prints help, also on a command");
+    program.commands = makeCommands(syntax);
+}
+
+[[noreturn]] void refuseOption(const std::string& word, const Program& program,
+                               const CLI::App* command)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* const syntax : {command, &program.syntax})
+        if (syntax != nullptr)
+            for (const OptionText& option : optionTexts(*syntax))
+                std::ranges::copy(option.names, std::back_inserter(names));
+    const std::string name = word.substr(0, word.find('='));
+    const std::string nearest = nearestTo(name, names);
+    throw usage_error(
+        "unknown option \"" + name + "\"; " +
+        (nearest.empty() ? "see \"tavrin --help\"" : "did you mean \"" + nearest + "\"?"));
+}
+
+/// Lets the syntax take its command and options and returns the words that are left. All after "--"
+/// are words.
+Command::Words parseCommandLine(int argc, const char* const* argv, Program& program)
+{
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto dashes = std::ranges::find(arguments, "--");
+    const Command::Words last(dashes == arguments.end() ? dashes : dashes + 1, arguments.end());
+    arguments.erase(dashes, arguments.end());
+    std::ranges::reverse(arguments);
+    try
+    {
+        program.syntax.parse(std::move(arguments));
+    }
+    catch (const CLI::ParseError& error)
+    {
+        throw usage_error(error.what());
+    }
+    Command::Words words = program.syntax.remaining(true);
+    const auto commands = program.syntax.get_subcommands();
+    for (const std::string& word : words)
+    {
+        if (word.size() > 1 && word.starts_with('-'))
+            refuseOption(word, program, commands.empty() ? nullptr : commands.front());
+        if (commands.empty())
+            static_cast<void>(program.command(word));
+    }
+    std::ranges::copy(last, std::back_inserter(words));
+    return words;
+}
+
+/// More threads would exhaust what a system lets one process start.
+constexpr long mostThreads = 1024;
+
+long parsedThreads(const std::string& text)
+{
+    try
+    {
+        return lexicalCast<long>(text);
+    }
+    catch (const bad_lexical_cast&)
+    {
+        return 0;
+    }
+}
+
+/// Sets the number given, or else keeps that of OMP_NUM_THREADS within bounds.
+void setThreads(const std::optional<std::string>& text)
+{
+    const long threads =
+        text ? parsedThreads(*text) : std::min<long>(omp_get_max_threads(), mostThreads);
+    if (threads < 1 || threads > mostThreads)
+        throw usage_error("--threads: \"" + *text + "\" is not a whole number from 1 to " +
+                          std::to_string(mostThreads));
+    omp_set_num_threads(static_cast<int>(threads));
+}
+
+/// Does what the command line asks for.
+void run(int argc, const char* const* argv, Console& console, GlobalOptions& options)
+{
+    Program program;
+    declareProgram(program, options);
+    const Command::Words words = parseCommandLine(argc, argv, program);
+    const auto chosen = program.syntax.get_subcommands();
+    if (options.wantsVersion)
+        return console.print("tavrin " TAVRIN_VERSION "\n");
+    if (chosen.empty())
+        return console.print(helpText(program));
+
+    setThreads(options.threads);
+    Session session{.program = program,
+                    .console = console,
+                    .abortFlag = Interrupt::flag(),
+                    .algorithms = RegistrationService<AlgorithmFactory>::getInstance(),
+                    .progressMode = progressModeFrom(options.progress),
+                    .isVerbose = options.isVerbose};
+    loadPlugins(options.plugins, console);
+    Command& command = program.command(chosen.front()->get_name());
+    if (options.wantsHelp)
+        return console.print(command.help(words, session));
+    command.execute(words, session);
+}
+
+}
+
+int runApplication(int argc, const char* const* argv) noexcept
+{
+    prepareStandardStreams();
+    Interrupt::catchSignals();
+    Console console;
+    GlobalOptions options;
+    try
+    {
+        run(argc, argv, console, options);
+        console.finish();
+        return Done;
+    }
+    catch (...)
+    {
+        return reportException(console, options.isVerbose, Interrupt::flag());
+    }
+}
+
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "../Command.hpp"
+
+#include <memory>
+
+namespace tavrin::app
+{
+
+/// All commands in the order in which they are shown, declared below the program.
+std::vector<std::unique_ptr<Command>> makeCommands(CLI::App& program);
+
+std::unique_ptr<Command> makeListCommand(CLI::App& program);
+std::unique_ptr<Command> makeDescribeCommand(CLI::App& program);
+std::unique_ptr<Command> makeInfoCommand(CLI::App& program);
+std::unique_ptr<Command> makeRunCommand(CLI::App& program);
+std::unique_ptr<Command> makeExamplesCommand(CLI::App& program);
+std::unique_ptr<Command> makeCompletionCommand(CLI::App& program);
+std::unique_ptr<Command> makeManCommand(CLI::App& program);
+std::unique_ptr<Command> makeHelpCommand(CLI::App& program);
+
+}

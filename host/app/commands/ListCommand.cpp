@@ -1,0 +1,62 @@
+#include "../Session.hpp"
+#include "../text/Json.hpp"
+#include "../text/Layout.hpp"
+#include "Commands.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+using Row = std::vector<std::string>;
+
+class ListCommand final : public Command
+{
+public:
+    explicit ListCommand(CLI::App& program)
+        : Command(program,
+                  {.name = "list",
+                   .words = "",
+                   .summary = "Lists the algorithms",
+                   .details = "The JSON is an array of {name, description}, sorted by name.",
+                   .examples = {{"tavrin list", "What can be run, with the plug-ins loaded."}}})
+    {
+        declaration().add_flag("--json", mWantsJson, "prints JSON");
+    }
+
+    void execute(const Words& words, Session& session) override
+    {
+        refuseWords(words);
+        std::vector<Row> rows;
+        for (const auto& [name, factory] : session.algorithms.factories())
+            rows.push_back({name, factory->getDescription()});
+        std::ranges::sort(rows);
+        session.console.print(mWantsJson ? jsonText(toJson(rows))
+                                         : alignedColumns(rows, 0, LastColumn::AsItIs));
+    }
+
+private:
+    static Json toJson(const std::vector<Row>& rows)
+    {
+        Json list = Json::array();
+        for (const Row& row : rows)
+            list.push_back({{"name", row[0]}, {"description", row[1]}});
+        return list;
+    }
+
+    bool mWantsJson = false;
+};
+
+}
+
+std::unique_ptr<Command> makeListCommand(CLI::App& program)
+{
+    return std::make_unique<ListCommand>(program);
+}
+
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Console.hpp"
+
+#include <tavrin/algorithm/Algorithm.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <thread>
+#include <vector>
+
+namespace tavrin::app
+{
+
+enum class ProgressMode
+{
+    /// A bar on a terminal.
+    Auto,
+    /// A bar on a terminal, otherwise a line every second.
+    Always,
+    Never
+};
+
+/// Throws `usage_error` for anything but "auto", "always" and "never".
+ProgressMode progressModeFrom(const std::string& text);
+
+/// How far a piece of work is.
+struct ProgressState
+{
+    std::string title;
+    unsigned long done = 0;
+    /// 0 where it is not known.
+    unsigned long total = 0;
+    double seconds = 0.0;
+};
+
+/// "Norm 45 %, 3.1 M/s, 12 s left".
+std::string progressText(const ProgressState& state);
+
+/// The same with a bar, in at most `width` characters.
+std::string progressBar(const ProgressState& state, std::size_t width);
+
+/// Shows the progress of a run on standard error while the object lives. Runs that are shorter than
+/// a blink show nothing.
+class ProgressBar final : public ProgressObserver
+{
+public:
+    ProgressBar(Console& console, ProgressMode mode);
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+    ~ProgressBar() override;
+
+    void opened(const std::string& title, unsigned long total,
+                const volatile unsigned long& counter, bool canAbort) override;
+    void closed() override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Report
+    {
+        std::string title;
+        unsigned long total;
+        const volatile unsigned long* counter;
+        Clock::time_point start;
+    };
+
+    void watch(const std::stop_token& stop);
+    void show(const Report& report);
+
+    Console& mConsole;
+    bool mIsShown;
+    std::mutex mMutex;
+    std::condition_variable_any mWakeUp;
+    /// Reports open one within another; the innermost is shown.
+    std::vector<Report> mReports;
+    std::jthread mWatcher;
+};
+
+}

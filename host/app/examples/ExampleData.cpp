@@ -1,0 +1,58 @@
+#include "ExampleData.hpp"
+
+#include "examples/ExampleFields.hpp"
+
+#include <tavrin/io/Writer.hpp>
+
+#include <array>
+#include <system_error>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+struct DataSet
+{
+    const char* file;
+    const char* description;
+    examples::Field (*make)();
+};
+
+constexpr std::array dataSets{
+    DataSet{"double_gyre.pvd", "two gyres that swing to and fro: velocity, 2-D, 21 time steps",
+            examples::makeDoubleGyre},
+    DataSet{"abc_flow.vti", "the Arnold-Beltrami-Childress flow: velocity, 3-D uniform grid",
+            examples::makeAbcFlow},
+    DataSet{"plate_with_hole.vts", "a pulled plate with a round hole: stress, 2-D curvilinear grid",
+            examples::makePlateWithHole},
+    DataSet{"flow.vtu", "Hill's spherical vortex in a stream: velocity, tetrahedra",
+            examples::makeSphericalVortex},
+    DataSet{"quadratic.vtu", "a twisted elliptic bar: displacement, quadratic tetrahedra",
+            examples::makeTwistedBar},
+    DataSet{"probe.vti", "a grid to sample double_gyre.pvd at", examples::makeProbe},
+    DataSet{"probe3d.vti", "a plane of points to sample flow.vtu at", examples::makeProbe3d},
+};
+
+}
+
+std::vector<ExampleFile> writeExamples(const std::filesystem::path& folder,
+                                       const volatile bool& abortFlag)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        throw io::FileError(folder, error.message());
+    std::vector<ExampleFile> files;
+    files.reserve(dataSets.size());
+    for (const DataSet& set : dataSets)
+    {
+        const examples::Field field = set.make();
+        io::writeFunction(*field, field->name(), folder / set.file, abortFlag);
+        files.push_back({set.file, set.description});
+    }
+    return files;
+}
+
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OutputRequest.hpp"
+#include "RunReport.hpp"
+
+#include <tavrin/graphics/Picture.hpp>
+
+namespace tavrin::app
+{
+
+/// Writes what a run has delivered: data as data files, graphics as pictures or as line segments.
+class OutputWriter
+{
+public:
+    /// Pictures show the domain and the colours of the inputs. All arguments must outlive the
+    /// writer.
+    OutputWriter(const AlgorithmRun& run, const DataObjectBundle::Members& inputs,
+                 const graphics::PictureOptions& pictureOptions, const volatile bool& abortFlag)
+        : mRun(run), mInputs(inputs), mPictureOptions(pictureOptions), mAbortFlag(abortFlag)
+    {
+    }
+
+    /// Whether there is something to write.
+    bool isPublished(const OutputRequest& request) const;
+
+    /// Throws `FileError`, `Aborted`, `usage_error` for what the file's format does not take, and
+    /// `runtime_error` where no picture can be painted.
+    RunReport::Output write(const OutputRequest& request) const;
+
+private:
+    RunReport::Output writeData(const OutputRequest& request) const;
+    RunReport::Output writePicture(const OutputRequest& request) const;
+    RunReport::Output writeSegments(const OutputRequest& request) const;
+
+    const AlgorithmRun& mRun;
+    const DataObjectBundle::Members& mInputs;
+    const graphics::PictureOptions& mPictureOptions;
+    const volatile bool& mAbortFlag;
+};
+
+}

@@ -1,0 +1,103 @@
+#include "Picture.hpp"
+
+#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/colormap/ColorMapDataObject.hpp>
+#include <tavrin/function/Function.hpp>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+/// The first input of a class, or null.
+template<typename Class>
+std::shared_ptr<const Class> firstOf(const DataObjectBundle::Members& inputs)
+{
+    for (const auto& object : inputs)
+        if (auto typed = std::dynamic_pointer_cast<const Class>(object))
+            return typed;
+    return nullptr;
+}
+
+std::pair<std::size_t, std::size_t> parseSize(const std::string& text)
+{
+    const auto cross = text.find('x');
+    try
+    {
+        if (cross != std::string::npos)
+        {
+            const long width = lexicalCast<long>(text.substr(0, cross));
+            const long height = lexicalCast<long>(text.substr(cross + 1));
+            return {static_cast<std::size_t>(std::max(0L, width)),
+                    static_cast<std::size_t>(std::max(0L, height))};
+        }
+    }
+    catch (const bad_lexical_cast&)
+    {
+    }
+    throw usage_error("--size: \"" + text + "\" is not of the form WIDTHxHEIGHT, as in 1600x1200");
+}
+
+graphics::Box boxOf(const PointSetBase& points)
+{
+    const auto bounds = points.boundingBox();
+    graphics::Box box{.dimension = bounds.getDimensions()};
+    for (std::size_t i = 0; i < bounds.getDimensions(); ++i)
+    {
+        box.lower[i] = bounds[i].first;
+        box.upper[i] = bounds[i].second;
+    }
+    return box;
+}
+
+graphics::ColorBar colorBarOf(const std::shared_ptr<const ColorMapDataObject>& map,
+                              const FunctionBase* function)
+{
+    const auto [low, high] = map->scaling();
+    const bool isNamed = function != nullptr && !function->name().empty();
+    return {.color = [map](double value) { return map->mapValueToColorScaled(value); },
+            .low = low,
+            .high = high,
+            .title = isNamed ? "|" + function->name() + "|" : ""};
+}
+
+}
+
+graphics::PictureOptions PictureWords::options() const
+{
+    graphics::PictureOptions options;
+    if (size)
+        std::tie(options.width, options.height) = parseSize(*size);
+    graphics::checkPictureSize(options.width, options.height);
+    if (view)
+        options.view = graphics::View::fromText(*view);
+    try
+    {
+        if (background)
+            options.background = lexicalCast<Color>(*background);
+    }
+    catch (const bad_lexical_cast& error)
+    {
+        throw usage_error(std::string("--background: ") + error.what());
+    }
+    return options;
+}
+
+graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
+                        const DataObjectBundle::Members& inputs)
+{
+    graphics::Scene scene;
+    scene.drawables.push_back(std::move(drawable));
+    const auto function = firstOf<FunctionBase>(inputs);
+    const auto points = function != nullptr
+                            ? std::dynamic_pointer_cast<const PointSetBase>(function->domain())
+                            : firstOf<PointSetBase>(inputs);
+    if (points != nullptr && points->numPoints() > 0)
+        scene.outline = boxOf(*points);
+    if (const auto map = firstOf<ColorMapDataObject>(inputs))
+        scene.colorBar = colorBarOf(map, function.get());
+    return scene;
+}
+
+}

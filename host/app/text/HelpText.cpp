@@ -1,0 +1,121 @@
+#include "HelpText.hpp"
+
+#include "Layout.hpp"
+
+#include <algorithm>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+/// Paragraphs with their lines wrapped; lines that begin with a blank stay as they are.
+std::string paragraphs(const std::string& text)
+{
+    std::string page;
+    for (const std::string& line : linesOf(text))
+        page += (line.starts_with(' ') ? line : wrapped(line, 0)) + '\n';
+    return page;
+}
+
+std::string optionTable(const CLI::App& syntax)
+{
+    std::vector<std::vector<std::string>> rows;
+    for (const OptionText& option : optionTexts(syntax))
+        rows.push_back(
+            {joined(option.names, ", ") + (option.value.empty() ? "" : " " + option.value),
+             option.description});
+    return alignedColumns(rows, 2);
+}
+
+std::string exampleTable(const std::vector<Example>& examples)
+{
+    std::string table;
+    for (const Example& example : examples)
+        table += "  " + example.command + "\n      " + wrapped(example.meaning, 6) + '\n';
+    return table;
+}
+
+}
+
+std::vector<OptionText> optionTexts(const CLI::App& syntax)
+{
+    std::vector<OptionText> texts;
+    for (const CLI::Option* const option : syntax.get_options())
+    {
+        const bool isFlag = option->get_items_expected_max() == 0;
+        OptionText text{{}, isFlag ? "" : option->get_type_name(), option->get_description()};
+        for (const std::string& name : option->get_snames())
+            text.names.push_back("-" + name);
+        for (const std::string& name : option->get_lnames())
+            text.names.push_back("--" + name);
+        texts.push_back(std::move(text));
+    }
+    return texts;
+}
+
+const std::vector<Topic>& helpTopics()
+{
+    static const std::vector<Topic> topics{
+        {"Data references",
+         "Data in a file is FILE#ARRAY?key=value&key=value. #ARRAY may be left out where the file has "
+         "one array, and a grid is FILE alone. The keys:\n"
+         "  on=points|cells     which array, where points and cells have one of that name\n"
+         "  shape=scalar|3|2x2  reads the components of an array as this shape\n"
+         "  dimension=1|2|3     the number of coordinates of the grid's points\n"
+         "  time=T              this step of a time series alone\n"
+         "Files: VTK's .vti .vtr .vts .vtu .vtp and .vtk, and the time series .pvd and .series.\n"},
+        {"Colour maps and colours",
+         "A COLORMAP is viridis, plasma, coolwarm, grey or another built-in name, or a JSON file as "
+         "desktop tools export it, then @LOW:HIGH if it is not to span the norms of the field. A "
+         "colour is #rrggbb, #rrggbbaa, or r,g,b[,a] in 0..1.\n"},
+        {"Exit codes",
+         "  0    done\n"
+         "  1    the run failed\n"
+         "  2    wrong usage: an unknown algorithm, option or choice, or a bad value\n"
+         "  3    a file could not be read or written\n"
+         "  130  interrupted; a second Ctrl-C kills\n"},
+        {"Environment",
+         "  TAVRIN_PLUGIN_PATH  plug-ins to load, files or folders separated by ':'\n"
+         "  OMP_NUM_THREADS     number of threads where --threads is not given\n"},
+    };
+    return topics;
+}
+
+std::string helpText(const Program& program)
+{
+    std::string page = "Usage: tavrin [OPTION]... COMMAND ...\n\n" +
+                       program.syntax.get_description() + "\n\nCommands:\n";
+    std::vector<std::vector<std::string>> rows;
+    std::ranges::transform(program.commands, std::back_inserter(rows),
+                           [](const auto& command) {
+                               return std::vector{command->text().name, command->text().summary};
+                           });
+    page += alignedColumns(rows, 2);
+    page += "\nOptions of every command:\n" + optionTable(program.syntax);
+    for (const Topic& topic : helpTopics())
+        page += "\n" + topic.title + ":\n" + paragraphs(topic.text);
+    page += "\nExamples:\n";
+    for (const auto& command : program.commands)
+        if (!command->text().examples.empty())
+            page += exampleTable({command->text().examples.front()});
+    return page + "\n\"tavrin COMMAND --help\" tells more about a command.\n";
+}
+
+std::string helpText(const Command& command)
+{
+    const Command::Text& text = command.text();
+    const std::string options = optionTable(command.syntax());
+    std::string page = "Usage: tavrin " + text.name + (text.words.empty() ? "" : " " + text.words) +
+                       (options.empty() ? "" : " [OPTION]...") + "\n\n" + text.summary + ".\n";
+    if (!text.details.empty())
+        page += '\n' + paragraphs(text.details);
+    if (!options.empty())
+        page += "\nOptions:\n" + options;
+    if (!text.examples.empty())
+        page += "\nExamples:\n" + exampleTable(text.examples);
+    return page + "\nOptions of every command: see \"tavrin --help\".\n";
+}
+
+}

@@ -1,0 +1,11 @@
+#include "Json.hpp"
+
+namespace tavrin::app
+{
+
+std::string jsonText(const Json& json)
+{
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}
