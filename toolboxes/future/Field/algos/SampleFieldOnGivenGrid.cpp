@@ -1,0 +1,450 @@
+#include <BundleTools/ListParser.hpp>
+#include <BundleTools/WalkLimits.hpp>
+#include <tavrin/algorithm/AlgorithmRegister.hpp>
+#include <tavrin/base/Memory.hpp>
+#include <tavrin/field/Field.hpp>
+#include <tavrin/function/visit.hpp>
+
+#include <omp.h>
+
+#include <exception>
+#include <functional>
+#include <iomanip>
+#include <sstream>
+
+namespace
+{
+
+using namespace tavrin;
+
+/// The domains whose points samples are taken at.
+using GridTypes = TypeList<PointSet<2>, PointSet<3>>;
+
+/// The value types that fields of dimension D are sampled with. Each wide vector belongs to one
+/// dimension.
+template<std::size_t D>
+struct Sampled;
+template<>
+struct Sampled<1>
+{
+    using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3>;
+};
+template<>
+struct Sampled<2>
+{
+    using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3, Vector242>;
+};
+template<>
+struct Sampled<3>
+{
+    using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3, Vector375>;
+};
+
+/// Points that are fetched, and counted as progress, together.
+constexpr std::size_t pointsPerBlock = 256;
+
+/// What a sample takes in the result: its value, and the mark whether it is real.
+template<typename T>
+constexpr std::size_t bytesPerSample = sizeof(T) + sizeof(ValidityMask::value_type);
+
+/// Keeps the first exception of a team of threads, none of which may leave its parallel region.
+class TeamFailure
+{
+public:
+    template<typename Work>
+    void guard(const Work& work) noexcept
+    {
+        if (hasHappened())
+            return;
+        try
+        {
+            work();
+        }
+        catch (...)
+        {
+            if (!mHasHappened.exchange(true))
+                mException = std::current_exception();
+        }
+    }
+
+    bool hasHappened() const { return mHasHappened; }
+
+    /// To be called when the team is done.
+    void rethrow() const
+    {
+        if (mException != nullptr)
+            std::rethrow_exception(mException);
+    }
+
+private:
+    std::atomic<bool> mHasHappened = false;
+    std::exception_ptr mException;
+};
+
+/// The points where samples are taken, as positions of a field.
+template<std::size_t D>
+struct Positions
+{
+    using Position = Tensor<double, D>;
+
+    std::size_t count;
+    /// The positions from `first` on, as `ValueArray::read` delivers values.
+    std::function<std::span<const Position>(std::size_t first, std::span<Position> scratch)> read;
+};
+
+/// The points of a grid of any dimension. Coordinates that a field of dimension D does not have are
+/// dropped, missing ones are 0. The grid must outlive the answer.
+template<std::size_t D, std::size_t G>
+Positions<D> positionsOf(const PointSet<G>& grid)
+{
+    using Position = Tensor<double, D>;
+    const auto read = [&grid](std::size_t first,
+                              std::span<Position> scratch) -> std::span<const Position>
+    {
+        if constexpr (D == G)
+            return grid.points(first, scratch);
+        else
+        {
+            std::array<Tensor<double, G>, pointsPerBlock> block;
+            std::size_t target = 0;
+            for (const auto& point : grid.points(first, std::span(block).first(scratch.size())))
+            {
+                Position& position = scratch[target++] = {};
+                std::copy_n(point.begin(), std::min(D, G), position.begin());
+            }
+            return scratch;
+        }
+    };
+    return {grid.numPoints(), read};
+}
+
+/// Samples a field at every position at one time after the other, on all threads.
+template<std::size_t D, typename T>
+class Sampler
+{
+public:
+    Sampler(const Field<D, T>& field, const std::vector<double>& times, Positions<D> positions)
+        : mField(field), mTimes(times), mPositions(std::move(positions)),
+          mValues(mTimes.size() * mPositions.count),
+          mValidity(std::make_shared<ValidityMask>(mValues.size()))
+    {
+    }
+
+    /// After an abort some values are undefined. Throws what evaluating the field throws.
+    void run(Algorithm::Progress& progress, const volatile bool& abortFlag);
+
+    /// Those of all positions at the first time, then at the next; 0 where the field has none.
+    LargeVector<T> takeValues() { return std::move(mValues); }
+    std::shared_ptr<const ValidityMask> validity() const { return mValidity; }
+    std::size_t numOutside() const { return mNumOutside; }
+
+private:
+    using Evaluator = FieldEvaluator<D, T>;
+
+    void sampleRun(Evaluator& evaluator, std::size_t step, std::size_t first, std::size_t last,
+                   Algorithm::Progress& progress, const volatile bool& abortFlag);
+
+    const Field<D, T>& mField;
+    const std::vector<double>& mTimes;
+    Positions<D> mPositions;
+    LargeVector<T> mValues;
+    std::shared_ptr<ValidityMask> mValidity;
+    std::atomic<std::size_t> mNumOutside = 0;
+    TeamFailure mFailure;
+};
+
+template<std::size_t D, typename T>
+void Sampler<D, T>::run(Algorithm::Progress& progress, const volatile bool& abortFlag)
+{
+    // The first evaluator makes what all of them share, and here all threads take part in that.
+    mField.makeEvaluator();
+    const std::size_t n = mPositions.count;
+    std::atomic<std::size_t> numSteps = mTimes.size();
+#pragma omp parallel
+    {
+        const auto team = static_cast<std::size_t>(omp_get_num_threads());
+        const auto thread = static_cast<std::size_t>(omp_get_thread_num());
+        const std::size_t first = thread * (n / team) + std::min(thread, n % team);
+        const std::size_t last = first + n / team + (thread < n % team ? 1 : 0);
+        std::unique_ptr<Evaluator> evaluator;
+        mFailure.guard([&] { evaluator = mField.makeEvaluator(); });
+        for (std::size_t step = 0; step < numSteps; ++step)
+        {
+            mFailure.guard([&] { sampleRun(*evaluator, step, first, last, progress, abortFlag); });
+            // Set before the barrier, so that all threads see it after this very step.
+            if (abortFlag || mFailure.hasHappened())
+                numSteps = step + 1;
+#pragma omp barrier
+        }
+    }
+    mFailure.rethrow();
+}
+
+/// Samples at the positions first ... last - 1.
+template<std::size_t D, typename T>
+void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_t first,
+                              std::size_t last, Algorithm::Progress& progress,
+                              const volatile bool& abortFlag)
+{
+    std::array<Tensor<double, D>, pointsPerBlock> scratch;
+    std::size_t outside = 0;
+    for (std::size_t i = first; i < last && !mFailure.hasHappened();)
+    {
+        const std::size_t count = std::min(pointsPerBlock, last - i);
+        std::size_t target = step * mPositions.count + i;
+        for (const auto& position : mPositions.read(i, std::span(scratch).first(count)))
+        {
+            if (abortFlag)
+                return;
+            evaluator.reset(mTimes[step], position);
+            const bool isValid = evaluator.isValid();
+            mValues[target] = isValid ? evaluator.value() : T{};
+            (*mValidity)[target] = isValid ? 1 : 0;
+            outside += isValid ? 0 : 1;
+            ++target;
+        }
+        progress.advance(count);
+        i += count;
+    }
+    mNumOutside += outside;
+    // Nobody then holds steps of a series that the next time does not need.
+    evaluator.release();
+}
+
+/// Throws `runtime_error` where so many samples take more memory than there is.
+void requireMemory(std::size_t points, std::size_t times, std::size_t bytesPerSample)
+{
+    const double bytes = static_cast<double>(points) * static_cast<double>(times) *
+                         static_cast<double>(bytesPerSample);
+    const std::size_t available = availableMemory();
+    if (bytes <= static_cast<double>(available))
+        return;
+    std::ostringstream text;
+    text << "sampling " << points << " points at " << times << (times == 1 ? " time" : " times")
+         << " takes " << std::fixed << std::setprecision(0) << bytes << " bytes, and only "
+         << available << " bytes of memory are available";
+    throw runtime_error(text.str());
+}
+
+/// "[0, 0] to [2, 1]"
+std::string describe(const PointSetBase::BoundingBox& box)
+{
+    std::ostringstream text;
+    const auto list = [&](auto bound)
+    {
+        for (std::size_t i = 0; i < box.getDimensions(); ++i)
+            text << (i == 0 ? "[" : ", ") << box[i].*bound;
+    };
+    list(&std::pair<double, double>::first);
+    text << "] to ";
+    list(&std::pair<double, double>::second);
+    text << ']';
+    return text.str();
+}
+
+/// What an object holds, for a user who thought that it is a field which can be sampled.
+std::string describe(const DataObject& object)
+{
+    if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
+    {
+        std::vector<std::string> kinds;
+        for (const auto& member : bundle->members())
+            if (const auto kind = describe(*member); std::ranges::find(kinds, kind) == kinds.end())
+                kinds.push_back(kind);
+        std::string text;
+        for (const std::string& kind : kinds)
+            text += (text.empty() ? "" : "; ") + kind;
+        return text.empty() ? "nothing" : text;
+    }
+    if (const auto* const field = dynamic_cast<const FieldBase*>(&object))
+        return "a field of type " + field->valueTypeName() + " in " +
+               std::to_string(field->dimension()) + "-D";
+    const auto* const function = dynamic_cast<const FunctionBase*>(&object);
+    if (function == nullptr)
+        return "no values";
+    const std::string values = "values of type " + function->valueTypeName() + " on the " +
+                               function->domainPart().getName() + " of ";
+    const auto* const points = dynamic_cast<const PointSetBase*>(function->domain().get());
+    if (points == nullptr)
+        return values + "a domain without positions, which is no field";
+    if (dynamic_cast<const CellComplex*>(points) == nullptr)
+        return values + "a point cloud without cells, which is no field";
+    return values + "a " + std::to_string(points->dimension()) + "-D grid";
+}
+
+class SampleFieldOnGivenGridAlgorithm : public DataAlgorithm
+{
+public:
+    struct Options : tavrin::Options
+    {
+        explicit Options(Control& control) : tavrin::Options(control)
+        {
+            addBundle<DataObject>("Field", "The field, where from the data comes.",
+                                  InputDataObject::ignore, Required::No);
+            add<GridTypes>("Grid", "The grid that provides the seed points");
+            add<std::string>("Time", "The list of time values where to sample", "0.0");
+            add<InputLabel>("Usage", "Usage of the parser", ListParser<double>::grammar);
+        }
+    };
+
+    struct DataOutputs : tavrin::DataOutputs
+    {
+        explicit DataOutputs(Control& control) : tavrin::DataOutputs(control)
+        {
+            add<FunctionBase>("Sampled Field");
+        }
+    };
+
+    using DataAlgorithm::DataAlgorithm;
+
+    void execute(const tavrin::Options& options, const volatile bool& abortFlag) override;
+
+private:
+    std::vector<double> readTimes(const std::string& text, std::size_t maximum) const;
+
+    template<std::size_t G>
+    bool sample(std::shared_ptr<const PointSet<G>> grid, const DataObject& field,
+                const std::vector<double>& times, const volatile bool& abortFlag);
+    template<std::size_t G, std::size_t D, typename T>
+    std::shared_ptr<const Function<T>> exec(std::shared_ptr<const PointSet<G>> grid,
+                                            const Field<D, T>& field,
+                                            const std::vector<double>& times,
+                                            const volatile bool& abortFlag);
+
+    void report(const PointSetBase& grid, const FieldBase& field, const std::vector<double>& times,
+                std::size_t outside);
+};
+
+void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
+                                              const volatile bool& abortFlag)
+{
+    clearResult("Sampled Field");
+    const auto grid = options.get<GridTypes>("Grid");
+    const auto field = options.get<DataObjectBundle>("Field");
+    if (field == nullptr)
+        debugLog() << "Input field not set." << std::endl;
+    if (grid == nullptr)
+        debugLog() << "Input domain not set." << std::endl;
+    if (field == nullptr || grid == nullptr)
+    {
+        debugLog() << "aborting." << std::endl;
+        return;
+    }
+
+    // At least one, so that a grid which is too large is reported as such.
+    const std::size_t numPoints = dynamic_cast<const PointSetBase&>(*grid).numPoints();
+    const std::size_t maximum =
+        availableMemory() / bytesPerSample<Scalar> / std::max<std::size_t>(1, numPoints);
+    const auto times =
+        readTimes(options.get<std::string>("Time"), std::max<std::size_t>(1, maximum));
+    debugLog() << "Found " << times.size() << " time values." << std::endl;
+
+    const bool isSupported = visitTypes<GridTypes>(
+        [&]<typename Grid>()
+        {
+            auto points = std::dynamic_pointer_cast<const Grid>(grid);
+            return points != nullptr && sample(std::move(points), *field, times, abortFlag);
+        });
+    if (!isSupported)
+    {
+        debugLog() << "hint: the field given is " << describe(*field)
+                   << "; sampled are scalars, vectors of 1 to 3 components and matrices up to 3x3 "
+                      "on grids with cells"
+                   << std::endl;
+        throw logic_error("unsupported field type occurred.");
+    }
+}
+
+/// The time values of a set expression, or none after a complaint to the user.
+std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string& text,
+                                                               std::size_t maximum) const
+{
+    ListParser<double> parser;
+    parser.parse(text);
+    if (parser.stack().empty())
+        std::cout << "EMPTY" << std::endl;
+    else
+        parser.stack().front()->print(std::cout);
+
+    auto [times, errorText] = collectValues(parser, maximum);
+    if (!errorText.empty())
+        infoLog() << "ListParser encountered an error: \"" << errorText << "\"." << std::endl;
+    else if (times.empty())
+        debugLog() << "hint: the time list has no values above -1, so nothing is sampled"
+                   << std::endl;
+    return std::move(times);
+}
+
+/// Samples the field on the grid if it is of a supported type, and says whether it is.
+template<std::size_t G>
+bool SampleFieldOnGivenGridAlgorithm::sample(std::shared_ptr<const PointSet<G>> grid,
+                                             const DataObject& field,
+                                             const std::vector<double>& times,
+                                             const volatile bool& abortFlag)
+{
+    const auto withDimension = [&]<std::size_t D>()
+    {
+        return visitTypes<typename Sampled<D>::Types>(
+            [&]<typename T>()
+            {
+                const auto typed = Field<D, T>::applyTo(field);
+                if (typed != nullptr && !times.empty())
+                    setResult("Sampled Field", exec<G, D, T>(grid, *typed, times, abortFlag));
+                return typed != nullptr;
+            });
+    };
+    return withDimension.template operator()<1>() || withDimension.template operator()<2>() ||
+           withDimension.template operator()<3>();
+}
+
+/// The samples, or null after an abort.
+template<std::size_t G, std::size_t D, typename T>
+std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
+    std::shared_ptr<const PointSet<G>> grid, const Field<D, T>& field,
+    const std::vector<double>& times, const volatile bool& abortFlag)
+{
+    const std::size_t n = grid->numPoints();
+    requireMemory(n, times.size(), bytesPerSample<T>);
+    Sampler<D, T> sampler(field, times, positionsOf<D>(*grid));
+    {
+        Progress progress(*this, "computing", n * times.size(), true);
+        sampler.run(progress, abortFlag);
+    }
+    if (abortFlag)
+        return nullptr;
+    report(*grid, field, times, sampler.numOutside());
+    return addData(std::move(grid), PointSetBase::Points, sampler.takeValues(), Precision::Float64,
+                   times, field.name(), sampler.validity());
+}
+
+void SampleFieldOnGivenGridAlgorithm::report(const PointSetBase& grid, const FieldBase& field,
+                                             const std::vector<double>& times, std::size_t outside)
+{
+    const std::size_t total = grid.numPoints() * times.size();
+    setStatistic("samples", "total", total);
+    setStatistic("samples", "outside", outside);
+
+    const TimeRange range = field.timeRange();
+    const auto late = static_cast<std::size_t>(
+        std::ranges::count_if(times, [&](double time) { return !range.contains(time); }));
+    const std::size_t inRange = grid.numPoints() * (times.size() - late);
+    debugLog() << outside - (total - inRange) << " of " << inRange
+               << " samples lie outside the domain of the field." << std::endl
+               << late << " of " << times.size() << " times lie outside the range of the field."
+               << std::endl;
+    if (total == 0 || outside < total)
+        return;
+    debugLog() << "hint: all samples are 0, ";
+    if (late == times.size())
+        debugLog() << "since no time lies in the range of the field, " << range.first << " to "
+                   << range.last << std::endl;
+    else
+        debugLog() << "since no point lies in the domain of the field: the field spans "
+                   << describe(field.boundingBox()) << ", the grid " << describe(grid.boundingBox())
+                   << std::endl;
+}
+
+const AlgorithmRegister<SampleFieldOnGivenGridAlgorithm> registration(
+    "Field/Sample Field on Given Grid", "Sample a field on a given grid.");
+
+}

@@ -1,0 +1,413 @@
+#include "NeighbourDistance.hpp"
+
+#include <tavrin/algorithm/AlgorithmRegister.hpp>
+#include <tavrin/colormap/ColorMapDataObject.hpp>
+#include <tavrin/function/mapValues.hpp>
+#include <tavrin/function/visit.hpp>
+#include <tavrin/graphics/ObjectRenderer.hpp>
+#include <tavrin/plugin/PluginRegistrationService.hpp>
+
+#include <charconv>
+
+namespace
+{
+
+using namespace tavrin;
+
+using FieldTypes = TypeList<Function<Vector2>, Function<Vector3>>;
+using DomainTypes = TypeList<PointSet<1>, PointSet<2>, PointSet<3>>;
+
+/// A sample of the field, in three dimensions.
+struct Arrow
+{
+    Tensor<double, 3> position;
+    /// The value times "Scale".
+    Tensor<double, 3> vector;
+};
+
+/// Makes the start and the direction of a glyph from the position and the vector of its arrow.
+using AnchorMapping = std::function<std::pair<Tensor<double, 3>, Tensor<double, 3>>(
+    Tensor<double, 3> position, Tensor<double, 3> vector)>;
+
+using RendererPointer = std::shared_ptr<graphics::ObjectRenderer>;
+using DrawablePointer = std::shared_ptr<graphics::Drawable>;
+
+/// The thickness of an arrow of "Width Scale" 1, as a share of its length.
+constexpr double relativeWidth = 0.05;
+
+/// An arrow should be neither so many times longer nor shorter than its neighbours are away.
+constexpr double disproportion = 20.0;
+
+/// The arrows are filled in blocks that fit into the nearest cache.
+constexpr std::size_t arrowsPerBlock = 512;
+
+/// The components of a lower dimension, and zeros behind them.
+template<std::size_t N>
+Tensor<double, 3> padded(const Tensor<double, N>& value)
+{
+    Tensor<double, 3> result{};
+    std::ranges::copy(value, result.begin());
+    return result;
+}
+
+Tensor<float, 3> toFloat(const Tensor<double, 3>& value)
+{
+    return {static_cast<float>(value[0]), static_cast<float>(value[1]),
+            static_cast<float>(value[2])};
+}
+
+/// The mean of the positions of a cell's vertices; not-a-number where it has none.
+template<std::size_t D>
+Tensor<double, D> centerOf(const Cell& cell, const PointSet<D>& points)
+{
+    Tensor<double, D> sum{};
+    for (const std::size_t index : cell.pointIndices())
+        sum += points.point(index);
+    return sum * (1.0 / static_cast<double>(cell.numVertices()));
+}
+
+void traceNumber(const LargeVector<Arrow>& arrows)
+{
+    std::cout << "Number of Arrows: " << arrows.size() << std::endl;
+}
+
+DrawablePointer makeLinesColorMapped(const RendererPointer&, const std::vector<Color>& colors,
+                                     const LargeVector<Arrow>& arrows, float width,
+                                     const AnchorMapping& mapping)
+{
+    traceNumber(arrows);
+    std::vector<Tensor<float, 3>> vertices(2 * arrows.size());
+    std::vector<Color> vertexColors(2 * arrows.size());
+    std::atomic<int> transparent = 0;
+    // No exception may leave the parallel loop.
+    if (!mapping && !arrows.empty())
+        throw std::bad_function_call();
+#pragma omp parallel for schedule(static)
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+    {
+        const auto [start, direction] = mapping(arrows[i].position, arrows[i].vector);
+        vertices[2 * i] = toFloat(start);
+        vertices[2 * i + 1] = toFloat(start) + toFloat(direction);
+        vertexColors[2 * i] = colors[i];
+        vertexColors[2 * i + 1] = colors[i];
+        if (colors[i].alpha < 1.0F)
+            transparent.store(1, std::memory_order_relaxed);
+    }
+
+    const auto sphere = graphics::computeBoundingSphere(vertices);
+    const auto& system = graphics::GraphicsSystem::mInstance;
+    const std::string base =
+        PluginRegistrationService::getInstance().getResourcePath("utils/Graphics");
+    auto program = system.makeProgram(base + "shader/line/noShading/multiColor/vertex.glsl",
+                                      base + "shader/line/noShading/multiColor/fragment.glsl",
+                                      base + "shader/line/noShading/multiColor/geometry.glsl");
+    graphics::PrimitiveConfig config(graphics::RenderPrimitives::Lines);
+    config.renderBin(static_cast<graphics::RenderBin>(transparent.load()))
+        .vertexBuffer("in_vertex", system.makeBuffer(std::move(vertices)))
+        .vertexBuffer("in_color",
+                      system.makeBuffer(std::move(vertexColors), graphics::ColorChannel::RGBA))
+        .uniform("u_lineWidth", width)
+        .boundingSphere(sphere);
+    return system.makePrimitive(std::move(config), std::move(program));
+}
+
+DrawablePointer makeLines(const RendererPointer& renderer, const Color& color,
+                          const LargeVector<Arrow>& arrows, double width,
+                          const AnchorMapping& mapping)
+{
+    return makeLinesColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows,
+                                static_cast<float>(width), mapping);
+}
+
+DrawablePointer renderArrows(const RendererPointer& renderer, graphics::ObjectType type,
+                             const std::vector<Color>& colors, const LargeVector<Arrow>& arrows,
+                             double width, const AnchorMapping& mapping)
+{
+    traceNumber(arrows);
+    renderer->reserve(type, arrows.size());
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+    {
+        const auto [start, direction] = mapping(arrows[i].position, arrows[i].vector);
+        renderer->addArrow(start, direction, width * relativeWidth * norm(arrows[i].vector),
+                           colors[i], type == graphics::ObjectType::TubeArrow);
+    }
+    return renderer->commit();
+}
+
+DrawablePointer makeArrowsColorMapped(const RendererPointer& renderer,
+                                      const std::vector<Color>& colors,
+                                      const LargeVector<Arrow>& arrows, double width,
+                                      const AnchorMapping& mapping)
+{
+    return renderArrows(renderer, graphics::ObjectType::Arrow, colors, arrows, width, mapping);
+}
+
+DrawablePointer makeArrows(const RendererPointer& renderer, const Color& color,
+                           const LargeVector<Arrow>& arrows, double width,
+                           const AnchorMapping& mapping)
+{
+    return makeArrowsColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows, width,
+                                 mapping);
+}
+
+DrawablePointer makeTubeArrowsColorMapped(const RendererPointer& renderer,
+                                          const std::vector<Color>& colors,
+                                          const LargeVector<Arrow>& arrows, double width,
+                                          const AnchorMapping& mapping)
+{
+    return renderArrows(renderer, graphics::ObjectType::TubeArrow, colors, arrows, width, mapping);
+}
+
+DrawablePointer makeTubeArrows(const RendererPointer& renderer, const Color& color,
+                               const LargeVector<Arrow>& arrows, double width,
+                               const AnchorMapping& mapping)
+{
+    return makeTubeArrowsColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows,
+                                     width, mapping);
+}
+
+/// The two forms of the maker of a representation's drawable.
+struct DrawableMaker
+{
+    std::function<DrawablePointer(const RendererPointer&, const Color&, const LargeVector<Arrow>&,
+                                  double width, const AnchorMapping&)>
+        singleColor;
+    std::function<DrawablePointer(const RendererPointer&, const std::vector<Color>&,
+                                  const LargeVector<Arrow>&, double width, const AnchorMapping&)>
+        colorMapped;
+};
+
+DrawableMaker makerFor(const std::string& representation)
+{
+    if (representation == "tube arrow")
+        return {makeTubeArrows, makeTubeArrowsColorMapped};
+    if (representation == "arrow")
+        return {makeArrows, makeArrowsColorMapped};
+    if (representation == "line")
+        return {makeLines, makeLinesColorMapped};
+    throw logic_error("Invalid gui option for Representation.");
+}
+
+/// The length of the longest finite arrow.
+double longestOf(const LargeVector<Arrow>& arrows)
+{
+    double longest = 0.0;
+#pragma omp parallel for schedule(static) reduction(max : longest)
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+        if (const double length = norm(arrows[i].vector); std::isfinite(length))
+            longest = std::max(longest, length);
+    return longest;
+}
+
+/// A number with two significant digits, in its shortest form.
+std::string rounded(double number)
+{
+    std::array<char, 32> digits{};
+    const auto written =
+        std::to_chars(digits.begin(), digits.end(), number, std::chars_format::scientific, 1);
+    std::from_chars(digits.begin(), written.ptr, number);
+    return toText(number);
+}
+
+class ShowHedgehogsAlgorithmlgorithm : public VisAlgorithm
+{
+public:
+    struct Options : tavrin::Options
+    {
+        explicit Options(Control& control) : tavrin::Options(control)
+        {
+            addImpl<FieldTypes>(TypeListInput_t{}, "Field", "2D or 3D, vector or tensor field",
+                                definedOn<DomainTypes>(Domain::any), Required::No);
+            add<double>("Time", "Time", 0.0);
+            addGroup("Graphics");
+            add<InputChoices>("Representation", "Select representation glyph",
+                              {"line", "arrow", "tube arrow"}, "arrow");
+            add<double>("Scale", "", 1.0);
+            add<double>("Width Scale", "", 1.0);
+            add<InputChoices>("Vector anchor point at", "where the vector is anchored",
+                              {"origin", "center", "destination"}, "origin");
+            add<Color>("Color", "Hedgehogs color", Color{0.75F, 0.75F, 0.0F, 1.0F});
+            addImpl<ColorMapDataObject>(DataObjectInput_t{}, "Color Map", "Color transfer function",
+                                        InputDataObject::ignore, Required::No);
+        }
+
+        void optionChanged(const std::string&) override
+        {
+            setVisible("Color", get<ColorMapDataObject>("Color Map") == nullptr);
+        }
+    };
+
+    struct VisOutputs : tavrin::VisOutputs
+    {
+        explicit VisOutputs(Control& control) : tavrin::VisOutputs(control)
+        {
+            addGraphics("Hedgehogs");
+        }
+    };
+
+    using VisAlgorithm::VisAlgorithm;
+
+    void execute(const tavrin::Options& options, const volatile bool& abortFlag) override;
+
+private:
+    using StartAndDirection = std::pair<Tensor<double, 3>, Tensor<double, 3>>;
+
+    static StartAndDirection mapOrigin(Tensor<double, 3> position, Tensor<double, 3> vector)
+    {
+        return {position, vector};
+    }
+    static StartAndDirection mapCenter(Tensor<double, 3> position, Tensor<double, 3> vector)
+    {
+        return {position - 0.5 * vector, vector};
+    }
+    static StartAndDirection mapDestination(Tensor<double, 3> position, Tensor<double, 3> vector)
+    {
+        return {position - vector, vector};
+    }
+    static AnchorMapping mappingFor(const std::string& anchor);
+
+    template<std::size_t D, std::size_t N>
+    void exec(double scale, double time, const Function<Tensor<double, N>>& function,
+              const PointSet<D>& domain, const std::shared_ptr<const ColorMapDataObject>& colorMap,
+              LargeVector<Arrow>& arrows, std::vector<Color>& colors);
+
+    template<typename Fill>
+    void fillArrows(const std::string& title, std::size_t count, const Fill& fill);
+
+    void adviseOnScale(const LargeVector<Arrow>& arrows, double scale, double neighbourDistance);
+};
+
+void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, const volatile bool&)
+{
+    const auto renderer = std::make_shared<graphics::ObjectRenderer>(
+        graphics::GraphicsSystem::mInstance, graphics::ShadingType::Phong);
+    const auto field =
+        std::dynamic_pointer_cast<const FunctionBase>(options.get<FieldTypes>("Field"));
+    if (field == nullptr)
+    {
+        debugLog() << "Input Field not set." << std::endl;
+        return;
+    }
+    const auto scale = options.get<double>("Scale");
+    const auto widthScale = options.get<double>("Width Scale");
+    const auto time = options.get<double>("Time");
+    const auto color = options.get<Color>("Color");
+    const auto colorMap = options.get<ColorMapDataObject>("Color Map");
+    const DrawableMaker maker = makerFor(options.get<std::string>("Representation"));
+
+    LargeVector<Arrow> arrows;
+    std::vector<Color> colors;
+    bool isPointSet = false;
+    visitObject<FieldTypes>(
+        *field,
+        [&]<std::size_t N>(const Function<Tensor<double, N>>& function)
+        {
+            isPointSet = visitObject<DomainTypes>(
+                *function.domain(),
+                [&]<std::size_t D>(const PointSet<D>& domain)
+                {
+                    exec<D, N>(scale, time, function, domain, colorMap, arrows, colors);
+                    adviseOnScale(arrows, scale, typicalNeighbourDistance(domain));
+                });
+        });
+    if (!isPointSet)
+        throw logic_error("Invalid grid");
+
+    const auto mapping = mappingFor(options.get<std::string>("Vector anchor point at"));
+    setGraphics("Hedgehogs",
+                colorMap == nullptr
+                    ? maker.singleColor(renderer, color, arrows, widthScale, mapping)
+                    : maker.colorMapped(renderer, colors, arrows, widthScale, mapping));
+}
+
+AnchorMapping ShowHedgehogsAlgorithmlgorithm::mappingFor(const std::string& anchor)
+{
+    if (anchor == "origin")
+        return mapOrigin;
+    if (anchor == "center")
+        return mapCenter;
+    if (anchor == "destination")
+        return mapDestination;
+    return {};
+}
+
+template<std::size_t D, std::size_t N>
+void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
+                                          const Function<Tensor<double, N>>& function,
+                                          const PointSet<D>& domain,
+                                          const std::shared_ptr<const ColorMapDataObject>& colorMap,
+                                          LargeVector<Arrow>& arrows, std::vector<Color>& colors)
+{
+    auto evaluator = function.makeEvaluator();
+    // A time that the field does not have leaves the evaluator where it is, at the first step.
+    evaluator.reset(time);
+    arrows.resize(evaluator.size());
+    colors.resize(colorMap == nullptr ? 0 : evaluator.size());
+    const auto arrowAt = [&](const Tensor<double, D>& position, const Tensor<double, N>& value) {
+        return Arrow{padded(position), padded(scale * value)};
+    };
+
+    if (function.domainPart() == PointSetBase::Points)
+    {
+        fillArrows("creating vector point data", domain.numPoints(),
+                   [&](std::size_t i)
+                   {
+                       const auto value = evaluator.value(i);
+                       arrows[i] = arrowAt(domain.point(i), value);
+                       if (colorMap != nullptr)
+                           colors[i] = colorMap->mapValueToColorScaled(norm(value));
+                   });
+    }
+    else if (function.domainPart() == detail::Cells)
+    {
+        const auto* const complex = dynamic_cast<const EmbeddedCellComplex<D>*>(&domain);
+        if (complex == nullptr)
+            throw logic_error("Invalid grid");
+        fillArrows("creating vector cell data", complex->numCells(),
+                   [&](std::size_t i)
+                   {
+                       const auto value = evaluator.value(i);
+                       arrows[i] = arrowAt(centerOf(complex->cell(i), complex->pointSet()), value);
+                       // On purpose not scaled, unlike the colours of points.
+                       if (colorMap != nullptr)
+                           colors[i] = colorMap->colorMap().mapValueToColor(norm(value));
+                   });
+    }
+    else
+        throw logic_error("Grid is neither cell nor point based");
+}
+
+/// Calls `fill(i)` for all arrows, with a progress report.
+template<typename Fill>
+void ShowHedgehogsAlgorithmlgorithm::fillArrows(const std::string& title, std::size_t count,
+                                                const Fill& fill)
+{
+    Progress progress(*this, title, count, false);
+    const volatile bool neverAborts = false;
+    detail::forBlocks(count, arrowsPerBlock, progress, neverAborts,
+                      [&](std::size_t first, std::size_t size)
+                      {
+                          for (std::size_t i = first; i < first + size; ++i)
+                              fill(i);
+                      });
+}
+
+/// Arrows that are much longer or shorter than their neighbours are away make no picture.
+void ShowHedgehogsAlgorithmlgorithm::adviseOnScale(const LargeVector<Arrow>& arrows, double scale,
+                                                   double neighbourDistance)
+{
+    const double longest = longestOf(arrows);
+    const double better = scale * (neighbourDistance / longest);
+    const bool isFitting = longest * disproportion >= neighbourDistance &&
+                           longest <= neighbourDistance * disproportion;
+    if (isFitting || neighbourDistance == 0.0 || !std::isfinite(better))
+        return;
+    debugLog() << "hint: the longest arrow has the length " << rounded(longest)
+               << ", and neighbouring samples are " << rounded(neighbourDistance)
+               << " apart; with \"Scale\" " << rounded(better) << " both are equal" << std::endl;
+}
+
+const AlgorithmRegister<ShowHedgehogsAlgorithmlgorithm> registration("Field/Show Hedgehogs",
+                                                                     "Show hedgehogs.");
+
+}
