@@ -1,0 +1,53 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tavrin::bench
+{
+
+/// Registers one side of a comparison: `contender` doing the work of `row`. All sides of a row are
+/// run in turn in one process, so that a drift of the machine meets all of them.
+template<typename Work>
+void addContender(const std::string& row, const std::string& contender, const Work& work)
+{
+    benchmark::RegisterBenchmark((row + '|' + contender).c_str(),
+                                 [work](benchmark::State& state)
+                                 {
+                                     for (auto _ : state)
+                                         work();
+                                 })
+        ->Iterations(1)
+        ->Repetitions(7)
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+/// Prints a table with one line per row: the best time of each contender, and how many times as
+/// long each took as tavrin.
+class RatioReporter : public benchmark::BenchmarkReporter
+{
+public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;
+
+private:
+    struct Side
+    {
+        std::string contender;
+        double milliseconds;
+    };
+    struct Row
+    {
+        std::string name;
+        std::vector<Side> sides;
+    };
+
+    std::vector<Row> mRows;
+};
+
+}
