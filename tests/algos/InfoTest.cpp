@@ -1,0 +1,168 @@
+#include "AlgorithmTest.hpp"
+
+#include <tavrin/domain/Subdomain.hpp>
+
+#include <limits>
+
+namespace
+{
+
+using namespace tavrin;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+class InfoTest : public testing::Test
+{
+protected:
+    std::string reportOf(std::shared_ptr<const DataObject> field, bool extremes, bool median)
+    {
+        run.connect("Field", std::move(field));
+        run.setText("Compute min, max, average", toText(extremes));
+        run.setText("Compute median", toText(median));
+        run.execute(goOn);
+        return run.infoLog();
+    }
+
+    /// Without the line of the bounding box.
+    std::string statisticsOf(std::shared_ptr<const DataObject> field, bool extremes, bool median)
+    {
+        run.setText("Compute grid bounding box", "false");
+        return reportOf(std::move(field), extremes, median);
+    }
+
+    bool isBoxOptionVisible() const { return run.describe().options[1].isVisible; }
+
+    AlgorithmRun run{makeRun("Field/Info")};
+};
+
+TEST_F(InfoTest, ReportsTheBoxThenExtremesThenMedian)
+{
+    const auto grid = std::make_shared<UniformGrid<3>>(UniformGrid<3>::Layout{
+        .size = {2, 1, 3}, .origin = {-1.0, 0.5, 0.0}, .spacing = {2.0, 1.0, 1e-7}});
+    const auto field = addData(grid, detail::Cells, std::vector<Vector2>{{3.0, 4.0}, {0.0, -0.5}},
+                               Precision::Float64, {});
+    EXPECT_EQ(reportOf(field, true, true),
+              "The domain bounding box is spanned by [-1, 0.5, 0] and [1, 0.5, 2e-07]\n"
+              "A tensor with minimal norm has the norm 0.5, the value [0, -0.5] at index 1 of "
+              "Cells\n"
+              "A tensor with maximal norm has the norm 5, the value [3, 4] at index 0 of Cells\n"
+              "The median value of the field is [3, 4] with norm 5\n");
+    EXPECT_EQ(run.debugLog(), "");
+}
+
+TEST_F(InfoTest, TiesKeepTheLowestIndex)
+{
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({-3.0, 1.0, -1.0, 5.0, -5.0}), true, false),
+              "A tensor with minimal norm has the norm 1, the value [1] at index 1 of Points\n"
+              "A tensor with maximal norm has the norm 5, the value [5] at index 3 of Points\n");
+    std::vector<Vector3> same(2000, Vector3(1.0, 2.0, 2.0));
+    const auto report = statisticsOf(fieldOf(same), true, false);
+    EXPECT_EQ(
+        report,
+        "A tensor with minimal norm has the norm 3, the value [1, 2, 2] at index 0 of Points\n"
+        "A tensor with maximal norm has the norm 3, the value [1, 2, 2] at index 0 of Points\n");
+    same[1300] = same[1700] = Vector3{};
+    same[600] = same[599] = Vector3(9.0, 0.0, 0.0);
+    EXPECT_EQ(statisticsOf(fieldOf(same), true, false),
+              "A tensor with minimal norm has the norm 0, the value [0, 0, 0] at index 1300 of "
+              "Points\n"
+              "A tensor with maximal norm has the norm 9, the value [9, 0, 0] at index 599 of "
+              "Points\n");
+}
+
+TEST_F(InfoTest, TheMedianOfAnEvenCountIsTheUpperAndOfAnOddOneAveragesTheMiddleAndTheNext)
+{
+    const auto median = [&](std::shared_ptr<const FunctionBase> field)
+    { return statisticsOf(std::move(field), false, true); };
+    EXPECT_EQ(median(fieldOf<Scalar>({4.0, 1.0, 3.0, 2.0})),
+              "The median value of the field is [3] with norm 3\n");
+    EXPECT_EQ(median(fieldOf<Scalar>({1.0, 2.0, 3.0})),
+              "The median value of the field is [2.5] with norm 2.5\n");
+    EXPECT_EQ(median(fieldOf<Scalar>({-7.0})),
+              "The median value of the field is [-7] with norm 7\n");
+    EXPECT_EQ(median(fieldOf<Vector2>({{1.0, 9.0}, {2.0, 8.0}, {3.0, 7.0}, {4.0, 6.0}})),
+              "The median value of the field is [3, 8] with norm 8.544\n");
+    EXPECT_EQ(median(fieldOf<Matrix2>({{1.0, 0.0, 0.0, 1.0}, {3.0, 0.0, 0.0, 2.0}})),
+              "The median value of the field is [3, 0, 0, 2] with norm 3.60555\n");
+}
+
+TEST_F(InfoTest, TheMedianAgreesWithASortedList)
+{
+    for (const std::size_t count : {2U, 5U, 1000U, 4097U})
+    {
+        std::vector<Vector1> values(count);
+        std::vector<double> sorted(count);
+        for (std::size_t i = 0; i < count; ++i)
+            sorted[i] = values[i][0] = static_cast<double>(i * 7919 % 1009);
+        std::ranges::sort(sorted);
+        const double expected =
+            count % 2 == 0 ? sorted[count / 2] : (sorted[count / 2] + sorted[count / 2 + 1]) * 0.5;
+        std::ostringstream text;
+        text << "The median value of the field is [" << expected << "] with norm " << expected
+             << '\n';
+        EXPECT_EQ(statisticsOf(fieldOf(values), false, true), text.str()) << count;
+    }
+}
+
+TEST_F(InfoTest, AnswersForNothingAtAll)
+{
+    const auto none = std::make_shared<PointCloud<2>>(
+        std::make_shared<DefaultValueArray<Vector2>>(std::vector<Vector2>{}, Precision::Float64));
+    const std::string empty = "Field does not contain any values\n";
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({}, none), true, true), empty);
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({}, none), false, true), empty);
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({}, none), false, false), "");
+    EXPECT_EQ(statisticsOf(nullptr, true, true), "");
+    EXPECT_EQ(run.debugLog(), "Input field not set\n");
+}
+
+TEST_F(InfoTest, NamesAFieldThatItDoesNotKnow)
+{
+    EXPECT_EQ(reportOf(fieldOf<Vector242>({Vector242{}}), true, true),
+              "The domain bounding box is spanned by [0] and [0]\nUnknown field type.\n");
+}
+
+TEST_F(InfoTest, ShowsTheBoxOptionForPointSetsOnly)
+{
+    EXPECT_FALSE(isBoxOptionVisible());
+    const auto line = lineOf(2);
+    run.connect("Field", fieldOf<Scalar>({1.0, 2.0}, line));
+    EXPECT_TRUE(isBoxOptionVisible());
+    run.connect("Field", nullptr);
+    EXPECT_TRUE(isBoxOptionVisible());
+    const auto part =
+        std::make_shared<Subdomain>(line, PointSetBase::Points, std::vector<std::size_t>{1});
+    const auto onPart = fieldOf<Scalar>({1.0}, part);
+    run.connect("Field", onPart);
+    EXPECT_FALSE(isBoxOptionVisible());
+    // Hidden, but still true: it is the domain that has no box.
+    EXPECT_EQ(reportOf(onPart, false, false), "");
+}
+
+TEST_F(InfoTest, LeavesOutWhatIsNotANumberAndSaysSo)
+{
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({2.0, nan, 7.0, nan, 1.0}), true, false),
+              "A tensor with minimal norm has the norm 1, the value [1] at index 4 of Points\n"
+              "A tensor with maximal norm has the norm 7, the value [7] at index 2 of Points\n");
+    EXPECT_EQ(run.debugLog(), "hint: 2 of 5 values are not a number; they are neither minimal nor "
+                              "maximal, and the median means little\n");
+    // Nothing compares with a first value that is not a number.
+    EXPECT_NE(
+        statisticsOf(fieldOf<Scalar>({nan, 1.0}), true, true).find("the value [nan] at index 0"),
+        std::string::npos);
+}
+
+TEST_F(InfoTest, AbortedReportsWhatWasSeen)
+{
+    const volatile bool stop = true;
+    run.connect("Field", fieldOf<Scalar>({2.0, 1.0, 3.0}));
+    run.setText("Compute median", "true");
+    run.execute(stop);
+    EXPECT_EQ(run.infoLog(),
+              "The domain bounding box is spanned by [0] and [2]\n"
+              "A tensor with minimal norm has the norm 2, the value [2] at index 0 of Points\n"
+              "A tensor with maximal norm has the norm 2, the value [2] at index 0 of Points\n"
+              "The median value of the field is [2] with norm 2\n");
+}
+
+}

@@ -1,0 +1,377 @@
+#include "CommandLine.hpp"
+
+#include <tavrin/function/visit.hpp>
+#include <tavrin/io/Loader.hpp>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
+
+// What the commands answer.
+
+namespace
+{
+
+using nlohmann::json;
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// Runs a command that has to succeed without a word on standard error.
+std::string answerOf(const Workshop& workshop, const std::string& command)
+{
+    const Outcome outcome = workshop.run(command);
+    EXPECT_EQ(outcome.exitCode, 0) << command;
+    EXPECT_EQ(outcome.standardError, "") << command;
+    return outcome.standardOutput;
+}
+
+json optionNamed(const json& description, const std::string& name)
+{
+    for (const json& option : description["options"])
+        if (option["name"] == name)
+            return option;
+    return nullptr;
+}
+
+TEST(List, IsSortedAndAligned)
+{
+    const Workshop workshop;
+    const auto lines = linesOf(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list)"));
+    EXPECT_TRUE(std::ranges::is_sorted(lines));
+    const auto columnOf = [&](const std::string& name, const std::string& description)
+    {
+        const auto line = std::ranges::find_if(lines, [&](const std::string& text)
+                                               { return text.starts_with(name + ' '); });
+        return line == lines.end() ? std::string::npos : line->find(description);
+    };
+    EXPECT_NE(columnOf("Trial/Wait", "Waits"), std::string::npos);
+    EXPECT_EQ(columnOf("Trial/Wait", "Waits"), columnOf("Trial/Throw", "Throws"));
+
+    const json list = json::parse(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list --json)"));
+    EXPECT_EQ(list.size(), lines.size());
+    EXPECT_EQ(list.back(), json({{"name", "Trial/Wait"}, {"description", "Waits"}}));
+}
+
+TEST(Describe, FollowsTheValues)
+{
+    const Workshop workshop;
+    const std::string describe = R"(tavrin --plugin "$PLUGIN" describe Trial/Everything )";
+    const json plain = json::parse(answerOf(workshop, describe + "--json"));
+    EXPECT_EQ(plain["options"].size(), 10U);
+    EXPECT_EQ(optionNamed(plain, "Text")["visible"], false);
+    EXPECT_EQ(optionNamed(plain, "Text")["afterSeparator"], true);
+    EXPECT_EQ(optionNamed(plain, "Number (real)")["group"], "Values");
+    EXPECT_EQ(optionNamed(plain, "Field")["required"], true);
+    EXPECT_EQ(optionNamed(plain, "Colour")["default"], "#ff0000ff");
+
+    const json changed = json::parse(
+        answerOf(workshop,
+                 describe + R"(--json Flag=yes Field=flow.vtu "Number (real)=inf" Choice:=three)"));
+    EXPECT_EQ(optionNamed(changed, "Text")["visible"], true);
+    EXPECT_EQ(optionNamed(changed, "Field")["connected"], true);
+    EXPECT_EQ(optionNamed(changed, "Number (real)")["value"], "inf");
+    EXPECT_EQ(optionNamed(changed, "Choice")["value"], "three");
+}
+
+TEST(Describe, ShowsASheet)
+{
+    const Workshop workshop;
+    const std::string sheet = answerOf(
+        workshop, R"(tavrin --plugin "$PLUGIN" describe Trial/Everything Number=7 Grid=probe.vti)");
+    EXPECT_EQ(sheet, R"(Trial/Everything
+Takes everything
+
+Options:
+  Note           label
+                          All kinds
+                            of option
+  Field          data     a field (required)
+                          takes FILE#ARRAY
+  Grid           data     a grid
+                          takes FILE; connected
+  Fields         bundle   several fields
+                          takes FILE#ARRAY, several times
+  [Values]
+  Flag           boolean  a flag
+                          default: false
+  Number         integer  a whole number
+                          default: 3; now: 7
+  Number (real)  number   a number
+                          default: 0.5
+
+  Text           text     a text (hidden: not used with these values)
+                          default: some text
+  Colour         color    a colour
+                          default: #ff0000ff
+  Choice         choice   a choice
+                          default: one
+                          choices: one
+                                   two
+
+Example:
+  tavrin run Trial/Everything Field=FILE#ARRAY Grid=FILE Fields=FILE#ARRAY Choice=one
+)");
+}
+
+TEST(Info, TellsWhatAFileHolds)
+{
+    const Workshop workshop;
+    EXPECT_EQ(answerOf(workshop, "tavrin info flow.vtu"), R"(file    flow.vtu
+format  VTK XML unstructured grid
+grid    unstructured, 3-D
+points  2541
+cells   12000 (12000 Tetrahedra)
+x       -2 .. 2
+y       -1.6 .. 1.6
+z       -1.6 .. 1.6
+
+ARRAY     ON      COMPONENTS  STORED AS  VALUES      REFERENCE
+velocity  points  3           float64    3-D Vector  flow.vtu#velocity
+)");
+    const json series = json::parse(answerOf(workshop, "tavrin info double_gyre.pvd --json"));
+    EXPECT_EQ(series["size"], json({101, 51, 1}));
+    EXPECT_EQ(series["bounds"], json::parse("[[0.0, 2.0], [0.0, 1.0]]"));
+    EXPECT_EQ(series["cellTypes"], json({{"Quads", 5000}}));
+    EXPECT_EQ(series["timeSteps"].size(), 21U);
+    EXPECT_EQ(series["arrays"][0]["reference"], "double_gyre.pvd#velocity");
+    EXPECT_EQ(json::parse(answerOf(workshop, "tavrin info flow.vtu --json"))["size"], nullptr);
+}
+
+TEST(Info, IsValidJsonForAnyFileName)
+{
+    const Workshop workshop;
+    const json info =
+        json::parse(answerOf(workshop, "ln -s flow.vtu \"$(printf 'a\\377\"b')c.vtu\" && "
+                                       "tavrin info --json \"$(printf 'a\\377\"b')c.vtu\""));
+    EXPECT_EQ(info["file"], "a\xef\xbf\xbd\"bc.vtu");
+}
+
+TEST(Run, SetsOptionsAndPrintsTheReport)
+{
+    const Workshop workshop;
+    const std::string output = answerOf(
+        workshop,
+        R"(tavrin --plugin "$PLUGIN" run Trial/Everything Fields=abc_flow.vti Field=flow.vtu)"
+        R"( Number=-4 "Number (real)=2.5" "Text=a=b" Fields=quadratic.vtu "Choice:= x")"
+        R"( --report r.json)");
+    EXPECT_EQ(output, "printed\nvelocity + velocity + displacement; -4 2.5 a=b  x\n");
+    const json report = json::parse(workshop.read("r.json"));
+    EXPECT_EQ(report["algorithm"], "Trial/Everything");
+    EXPECT_EQ(report["options"], json({{"Field", "flow.vtu"},
+                                       {"Grid", nullptr},
+                                       {"Fields", {"abc_flow.vti", "quadratic.vtu"}},
+                                       {"Flag", "false"},
+                                       {"Number", "-4"},
+                                       {"Number (real)", "2.5"},
+                                       {"Text", "a=b"},
+                                       {"Colour", "#ff0000ff"},
+                                       {"Choice", " x"}}));
+    EXPECT_EQ(report["infoLog"],
+              json::array({"velocity + velocity + displacement; -4 2.5 a=b  x"}));
+    EXPECT_EQ(report["debugLog"], json::array());
+    EXPECT_EQ(report["outputs"], json::array());
+}
+
+TEST(Run, ReportsWhatItCost)
+{
+    const Workshop workshop;
+    answerOf(workshop,
+             R"(tavrin --plugin "$PLUGIN" run Trial/Wait Seconds=0.3 Input=double_gyre.pvd)"
+             R"( -o gyre.pvd --report r.json)");
+    const json report = json::parse(workshop.read("r.json"));
+    EXPECT_GE(report["seconds"]["execute"], 0.3);
+    EXPECT_GT(report["seconds"]["read"], 0.0);
+    EXPECT_GT(report["seconds"]["write"], 0.0);
+    EXPECT_GT(report["peakMemoryBytes"], 1000000);
+    EXPECT_EQ(
+        report["outputs"],
+        json::array(
+            {{{"port", "Field"}, {"file", "gyre.pvd"}, {"values", 21 * 5151}, {"timeSteps", 21}}}));
+}
+
+/// An interrupt may come at any time, also while files are read or written.
+TEST(Run, LeavesAllOrNothingWhenInterrupted)
+{
+    for (int milliseconds = 5; milliseconds <= 200; milliseconds += 13)
+    {
+        const Workshop workshop;
+        workshop.write("series.pvd", "an earlier result");
+        const Outcome outcome = workshop.run(
+            "tavrin run 'Field/Tensor Field Operator' 'Field A=double_gyre.pvd' -o series.pvd & "
+            "sleep 0." +
+            std::string(milliseconds < 100 ? (milliseconds < 10 ? "00" : "0") : "") +
+            std::to_string(milliseconds) + "; kill -TERM $!; wait $!");
+        const bool isEarlier = workshop.read("series.pvd") == "an earlier result";
+        EXPECT_EQ(workshop.temporaryFiles(), "");
+        EXPECT_EQ(isEarlier, outcome.exitCode != 0);
+        // Before the program is ready for it, the signal kills.
+        const bool isKnown =
+            outcome.exitCode == 0 || outcome.exitCode == 130 || outcome.exitCode == 143;
+        EXPECT_TRUE(isKnown) << outcome.exitCode;
+        if (outcome.exitCode == 130)
+        {
+            EXPECT_EQ(outcome.standardError, "interrupted\n");
+        }
+    }
+}
+
+TEST(Help, ExamplesWork)
+{
+    const Workshop workshop;
+    int examples = 0;
+    for (const char* const command :
+         {"list", "describe", "info", "run", "examples", "completion", "man"})
+        for (const std::string& line :
+             linesOf(answerOf(workshop, "tavrin " + std::string(command) + " --help")))
+            if (line.starts_with("  tavrin "))
+            {
+                answerOf(workshop, line);
+                ++examples;
+            }
+    EXPECT_GE(examples, 7);
+}
+
+TEST(Help, ComesInManyWays)
+{
+    const Workshop workshop;
+    const std::string help = answerOf(workshop, "tavrin");
+    EXPECT_EQ(answerOf(workshop, "tavrin --help"), help);
+    EXPECT_EQ(answerOf(workshop, "tavrin help"), help);
+    EXPECT_EQ(answerOf(workshop, "tavrin help run"), answerOf(workshop, "tavrin run -h"));
+    EXPECT_EQ(answerOf(workshop, "tavrin run 'Field/Tensor Field Operator' --help"),
+              answerOf(workshop, "tavrin describe 'Field/Tensor Field Operator'"));
+    for (const std::string& line : linesOf(help))
+        EXPECT_LE(line.size(), 130U) << line;
+}
+
+TEST(Man, IsCleanRoff)
+{
+    const Workshop workshop;
+    if (workshop.run("groff --version").exitCode != 0)
+        GTEST_SKIP() << "groff is not installed";
+    const std::string page = answerOf(
+        workshop, R"(tavrin --plugin "$PLUGIN" man | groff -ww -man -Tutf8 -P-cbou -rLL=100n)");
+    EXPECT_NE(page.find("Trial/Everything"), std::string::npos);
+    EXPECT_NE(page.find("FILE#ARRAY?key=value"), std::string::npos);
+}
+
+TEST(Completion, OffersWhatComesNext)
+{
+    struct Case
+    {
+        const char* words;
+        int current;
+        const char* offers;
+    };
+    // The words as bash splits them: at "=" where it is not quoted.
+    const Case cases[] = {
+        {"tavrin in", 1, "info "},
+        {"tavrin --th", 1, "--threads "},
+        {"tavrin --progress a", 2, "always auto "},
+        {"tavrin run --rep", 2, "--report "},
+        {"tavrin run Trial/E", 2, "Trial/Everything "},
+        {R"(tavrin run '"Field/Tensor F')", 2, "Field/Tensor Field Operator "},
+        {R"(tavrin run 'Field/Tensor\ F')", 2, R"(Field/Tensor\ Field\ Operator )"},
+        {"tavrin run --threads 2 Trial/Everything Nu", 5, R"(Number= Number\ \(real\)= )"},
+        {R"(tavrin run Trial/Everything '"Number (')", 3, "Number (real)= Number (real)=  "},
+        {"tavrin run Trial/Everything Choice =", 4, "one two "},
+        {"tavrin run Trial/Everything Flag = t", 5, "true "},
+        {R"(tavrin run Trial/Everything '"Choice=t')", 3, "Choice=two "},
+        {"tavrin run Trial/Everything Field = flo", 5, "flow.vtu "},
+        {"tavrin run Trial/Wait -o F", 4, "Field= "},
+        {"tavrin run Trial/Wait -o Field = flo", 6, "flow.vtu "},
+        {"tavrin info double", 2, "double_gyre.pvd double_gyre/ "},
+    };
+    const Workshop workshop;
+    if (workshop.run("bash --version").exitCode != 0)
+        GTEST_SKIP() << "bash is not installed";
+    answerOf(workshop, R"(tavrin --plugin "$PLUGIN" completion bash >tavrin.bash)");
+    for (const Case& row : cases)
+    {
+        workshop.write(
+            "try.bash",
+            "source tavrin.bash\nCOMP_WORDS=(" + std::string(row.words) +
+                ")\nCOMP_CWORD=" + std::to_string(row.current) +
+                "\n_tavrin\nprintf '%s\\n' \"${COMPREPLY[@]}\" | LC_ALL=C sort | tr '\\n' ' '\n");
+        EXPECT_EQ(answerOf(workshop, "bash try.bash"), row.offers) << row.words;
+    }
+}
+
+struct Range
+{
+    double low = INFINITY;
+    double high = -INFINITY;
+};
+
+/// The smallest and the largest of the finite values of a scalar field in a file.
+Range rangeOf(const std::filesystem::path& file)
+{
+    const volatile bool abortFlag = false;
+    tavrin::io::Loader loader([](const std::string&) {}, abortFlag);
+    const auto function = loader.loadFunction(tavrin::io::DataReference::parse(file.string()));
+    Range range;
+    tavrin::visitFunction<tavrin::TypeList<tavrin::Scalar>>(
+        *function,
+        [&](const auto& field)
+        {
+            const auto values = field.values();
+            for (std::size_t i = 0; i < values->size(); ++i)
+            {
+                const double value = (*values)[i][0];
+                if (!std::isfinite(value))
+                    continue;
+                range.low = std::min(range.low, value);
+                range.high = std::max(range.high, value);
+            }
+        });
+    return range;
+}
+
+/// The norm of one array of vectors or matrices of every file of real data agrees with what is known
+/// of it.
+TEST(RealData, NormsAreRight)
+{
+    const char* const folder = std::getenv("TAVRIN_TEST_DATA");
+    if (folder == nullptr)
+        GTEST_SKIP() << "TAVRIN_TEST_DATA is not set";
+    const Workshop workshop;
+    const json facts = json::parse(workshop.run("cat \"$REAL/facts.json\"").standardOutput);
+    int files = 0;
+    for (const auto& [file, fact] : facts.items())
+    {
+        const auto isNormed = [](const json& array) {
+            return array["components"] == 2 || array["components"] == 3 || array["components"] == 9;
+        };
+        const std::string on =
+            std::ranges::any_of(fact["point_data"], isNormed) ? "points" : "cells";
+        const json& arrays = fact[on == "points" ? "point_data" : "cell_data"];
+        const auto array = std::ranges::find_if(arrays, isNormed);
+        if (array == arrays.end())
+            continue;
+        const std::string name = std::ranges::find_if(arrays.items(), [&](const auto& item)
+                                                      { return isNormed(item.value()); })
+                                     .key();
+        SCOPED_TRACE(file + "#" + name);
+        answerOf(workshop, "tavrin run 'Field/Tensor Field Operator' \"Field A=$REAL/" + file +
+                               "#" + name + "?on=" + on + "\" -o norm.vtu");
+        const Range range = rangeOf(workshop.folder() / "norm.vtu");
+        const double high = (*array)["norm_max"];
+        EXPECT_NEAR(range.low, (*array)["norm_min"], 1e-8 * high);
+        EXPECT_NEAR(range.high, high, 1e-8 * high);
+        ++files;
+    }
+    EXPECT_GE(files, 20);
+}
+
+}

@@ -1,0 +1,93 @@
+#include "CommandLine.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// The folder of example data. CTest makes it before all tests; without CTest the first test does.
+fs::path exampleFolder()
+{
+    const fs::path folder = TAVRIN_CLI_EXAMPLES;
+    if (fs::exists(folder / "flow.vtu"))
+        return folder;
+    const std::string command = TAVRIN_PROGRAM " examples " + folder.string() + " >/dev/null";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    return folder;
+}
+
+std::string contentOf(const fs::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+}
+
+Workshop::Workshop()
+{
+    std::string pattern = (fs::temp_directory_path() / "tavrin-cli-XXXXXX").string();
+    mFolder = mkdtemp(pattern.data());
+    for (const auto& entry : fs::directory_iterator(exampleFolder()))
+        fs::create_symlink(entry.path(), mFolder / entry.path().filename());
+}
+
+Workshop::~Workshop()
+{
+    std::error_code ignored;
+    fs::remove_all(mFolder, ignored);
+}
+
+void Workshop::write(const std::string& name, const std::string& content) const
+{
+    std::ofstream(mFolder / name, std::ios::binary) << content;
+}
+
+std::string Workshop::read(const std::string& name) const
+{
+    return contentOf(mFolder / name);
+}
+
+std::string Workshop::temporaryFiles() const
+{
+    std::string names;
+    for (const auto& entry : fs::directory_iterator(mFolder))
+        if (entry.path().filename().string().starts_with('.'))
+            names += entry.path().filename().string() + ' ';
+    return names;
+}
+
+Outcome Workshop::run(const std::string& command) const
+{
+    const char* const real = std::getenv("TAVRIN_TEST_DATA");
+    const fs::path program = TAVRIN_PROGRAM;
+    const fs::path capture = mFolder / ".captured";
+    fs::create_directory(capture);
+    std::ofstream(capture / "script")
+        << "cd '" << mFolder.string() << "' || exit 99\n"
+        << "PATH='" << program.parent_path().string() << "':$PATH\n"
+        << "PLUGIN='" << TAVRIN_TRIAL_PLUGIN << "'\n"
+        << "LIBRARIES='" << program.parent_path().parent_path().string() << "/lib'\n"
+        << "REAL='" << (real != nullptr ? real : "") << "'\n"
+        << "unset TAVRIN_PLUGIN_PATH\n"
+        << command << '\n';
+    const int status =
+        std::system(("sh '" + (capture / "script").string() + "' >'" + (capture / "out").string() +
+                     "' 2>'" + (capture / "err").string() + "' </dev/null")
+                        .c_str());
+    Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+                    contentOf(capture / "out"), contentOf(capture / "err")};
+    fs::remove_all(capture);
+    return outcome;
+}

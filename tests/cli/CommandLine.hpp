@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// What a command did.
+struct Outcome
+{
+    int exitCode;
+    std::string standardOutput;
+    std::string standardError;
+};
+
+/// A folder of its own for each test, with links to the example data. Commands run in it, in a
+/// shell that finds `tavrin`, with these variables: PLUGIN is the plug-in of trial algorithms,
+/// LIBRARIES the folder of the program's libraries, REAL the folder of real data sets.
+class Workshop
+{
+public:
+    Workshop();
+    Workshop(const Workshop&) = delete;
+    Workshop& operator=(const Workshop&) = delete;
+    ~Workshop();
+
+    /// Runs a command line of the shell.
+    Outcome run(const std::string& command) const;
+
+    const std::filesystem::path& folder() const { return mFolder; }
+
+    void write(const std::string& name, const std::string& content) const;
+    std::string read(const std::string& name) const;
+
+    /// The names of hidden files, each with a blank behind.
+    std::string temporaryFiles() const;
+
+private:
+    std::filesystem::path mFolder;
+};

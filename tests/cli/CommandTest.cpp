@@ -1,0 +1,158 @@
+#include "CommandLine.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+// One line is one case: a command line, its exit code and all of its standard error. Whatever
+// fails must leave out.vtu and report.json as they were and no other file behind.
+
+namespace
+{
+
+struct Case
+{
+    const char* name;
+    const char* command;
+    int exitCode;
+    const char* standardError;
+};
+
+// "operate" is "tavrin run 'Field/Tensor Field Operator'", "trial NAME" runs a trial algorithm.
+const Case cases[] = {
+    // clang-format off
+    {"Works", R"(operate "Field A=flow.vtu#velocity" "Operator=Norm of Field A" -o Field=out.vtu)", 0, ""},
+    {"WorksWithoutPort", R"(operate "Field A=flow.vtu" -o out.vtu)", 0, ""},
+    {"WorksOnSeries", R"(operate "Field A=double_gyre.pvd" -o series.pvd && tavrin info series.pvd | grep -q 'time steps  21 from 0 to 10')", 0, ""},
+    {"WorksInPlaceOfLink", R"(ln -s out.vtu link.vtu; operate "Field A=flow.vtu" -o link.vtu && test -L link.vtu && tavrin info out.vtu | grep -q Norm)", 0, ""},
+    {"OptionsAnywhere", R"(tavrin -v run --threads=1 -oout.vtu 'Field/Tensor Field Operator' --progress never "Field A=flow.vtu" --report r.json)", 0, ""},
+    {"EmptyValueDisconnects", R"(operate "Field A=" -o out.vtu)", 1, "Input Field A was not set.\nerror: \"Field/Tensor Field Operator\" published nothing on \"Field\"\n"},
+
+    // Words
+    {"UnknownCommand", "tavrin lst --bogus", 2, "error: unknown command \"lst\"; did you mean \"list\"?\n"},
+    {"UnknownOption", "tavrin list --thread 3", 2, "error: unknown option \"--thread\"; did you mean \"--threads\"?\n"},
+    {"UnknownShortOption", "tavrin info -x flow.vtu", 2, "error: unknown option \"-x\"; see \"tavrin --help\"\n"},
+    {"MissingWord", "tavrin info", 2, "error: info needs FILE; see \"tavrin info --help\"\n"},
+    {"TooManyWords", "tavrin info flow.vtu probe.vti", 2, "error: unexpected word \"probe.vti\"; the usage is \"tavrin info FILE\"\n"},
+    {"WordAfterDashes", "tavrin info -- -x.vtu", 3, "error: -x.vtu: no such file\n"},
+    {"MissingValue", "tavrin run Trial/Throw -o", 2, "error: --output: 1 required PORT=FILE missing\n"},
+    {"EmptyThreads", "tavrin list --threads ''", 2, "error: --threads: \"\" is not a whole number from 1 to 1024\n"},
+    {"BadThreads", "tavrin list --threads many", 2, "error: --threads: \"many\" is not a whole number from 1 to 1024\n"},
+    {"TooManyThreads", "tavrin list --threads 5000", 2, "error: --threads: \"5000\" is not a whole number from 1 to 1024\n"},
+    {"BadProgress", "tavrin list --progress soon", 2, "error: --progress: \"soon\" is not auto, always or never\n"},
+    {"UnknownShell", "tavrin completion fish", 2, "error: there is no completion for \"fish\"; there is \"bash\"\n"},
+
+    // Algorithms and their options
+    {"UnknownAlgorithm", "tavrin run 'Field/Tensor Field Operatr'", 2, "error: unknown algorithm \"Field/Tensor Field Operatr\"; did you mean \"Field/Tensor Field Operator\"?\n"},
+    {"UnknownAlgorithmInHelp", "tavrin run 'Field/Tensor Feld Operator' --help", 2, "error: unknown algorithm \"Field/Tensor Feld Operator\"; did you mean \"Field/Tensor Field Operator\"?\n"},
+    {"UnknownName", R"(operate "Feld A=flow.vtu" -o out.vtu)", 2, "error: \"Field/Tensor Field Operator\" has no option \"Feld A\"; did you mean \"Field A\"?\n"},
+    {"NoAssignment", R"(operate "Field A" -o out.vtu)", 2, "error: \"Field A\" is not of the form NAME=VALUE\n"},
+    {"UnknownChoice", "trial Everything Choice=three", 2, "error: option \"Choice\": \"three\" is not among the choices \"one\", \"two\"\n"},
+    {"BadNumber", R"(operate "Scalar C=abc" -o out.vtu)", 2, "error: option \"Scalar C\": \"abc\" is not a number\n"},
+    {"BadWholeNumber", "trial Everything Number=1.5", 2, "error: option \"Number\": \"1.5\" is not a whole number\n"},
+    {"BadColour", "trial Everything Colour=red", 2, "error: option \"Colour\": \"red\" is not a colour: #rrggbb, #rrggbbaa, or r,g,b[,a] with components in 0..1\n"},
+    {"GivenTwice", R"(operate "Scalar C=1" "Scalar C=2" -o out.vtu)", 2, "error: option \"Scalar C\" is given twice\n"},
+    {"LabelTakesNothing", "trial Everything Note=x", 2, "error: option \"Note\" takes no text, it is a label\n"},
+    {"DataIsNotSetDirectly", "trial Everything Field:=flow.vtu", 2, "error: option \"Field\" takes no text, it is a data\n"},
+    {"ChoiceSetDirectly", R"(operate "Field A=flow.vtu" "Field B=flow.vtu" "Operator:=Nothing" -o out.vtu)", 1, "error: The chosen operator is not handled appropriately in code\n"},
+    {"MissingRequired", "trial Everything", 2, "error: Missing input for mandatory option \"Field\"\n"},
+
+    // Data references
+    {"MissingFile", R"(operate "Field A=nix.vtu" -o out.vtu)", 3, "error: nix.vtu: no such file\n"},
+    {"Folder", R"(mkdir d.vtu; operate "Field A=d.vtu" -o out.vtu)", 3, "error: d.vtu: is a folder\n"},
+    {"EmptyFile", R"(: >e.vtu; operate "Field A=e.vtu" -o out.vtu)", 3, "error: e.vtu: is empty\n"},
+    {"TruncatedFile", R"(head -c 500 flow.vtu >t.vtu; operate "Field A=t.vtu" -o out.vtu)", 3, "error: t.vtu: not a whole XML file: line 10, column 4, byte index 500: no element found\n"},
+    {"Noise", R"(head -c 5000 "$PLUGIN" >n.vtk; operate "Field A=n.vtk" -o out.vtu)", 3, "error: n.vtk: not a legacy VTK file\n"},
+    {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .pvd and .series\n"},
+    {"MissingArray", R"(operate "Field A=flow.vtu#velocty" -o out.vtu)", 2, "error: flow.vtu: no array \"velocty\"; did you mean \"velocity\"?\n"},
+    {"NoReference", R"(operate "Field A=#velocity" -o out.vtu)", 2, "error: \"#velocity\" names no file; a data reference is FILE#ARRAY?key=value&key=value\n"},
+    {"UnknownKey", R"(operate "Field A=flow.vtu?tim=1" -o out.vtu)", 2, "error: unknown key \"tim\" in a data reference; did you mean \"time\"?\n"},
+    {"MismatchingFields", R"(operate "Field A=flow.vtu" "Field B=abc_flow.vti" "Operator=Multiply (A*B)*C" -o out.vtu)", 1, "Input Fields do not match in domain or timesteps.\nerror: \"Field/Tensor Field Operator\" published nothing on \"Field\"\n"},
+    {"TypeNotTaken", R"(operate "Field A=flow.vtu" "Operator=Trace of Field A" -o out.vtu)", 1, "error: trace operation not available for the chosen data type\n"},
+
+    // Outputs
+    {"UnknownPort", R"(operate "Field A=flow.vtu" -o Feild=out.vtu)", 2, "error: \"Field/Tensor Field Operator\" has no output \"Feild\"; did you mean \"Field\"?\n"},
+    {"NoOutputs", "trial Throw -o out.vtu", 2, "error: \"Trial/Throw\" has no outputs; -o out.vtu asks for one\n"},
+    {"NothingAskedFor", R"(operate "Field A=nix.vtu")", 2, "error: the result would be lost; name an output: -o Field=FILE\n"},
+    {"WrongExtension", R"(operate "Field A=nix.vtu" -o out.stl)", 2, "error: out.stl: a data file cannot have the extension \".stl\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd\n"},
+    {"NoExtension", R"(operate "Field A=nix.vtu" -o Field=out)", 2, "error: out: a data file cannot have the extension \"\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd\n"},
+    {"NoFile", R"(operate "Field A=nix.vtu" -o Field=)", 2, "error: output \"Field\" needs a file, as in -o Field=FILE.vti\n"},
+    {"UnsuitableGrid", R"(operate "Field A=flow.vtu" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input; use .vtu, .pvd\n"},
+    {"UnsuitableSeries", R"(operate "Field A=double_gyre.pvd" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input with 21 time steps; use .pvd\n"},
+    {"SameOutputTwice", R"(operate "Field A=nix.vtu" -o new.vtu -o Field=./new.vtu)", 2, "error: ./new.vtu: is to be written twice\n"},
+    {"OutputIsInput", R"(operate "Field A=flow.vtu#velocity" -o ../$(basename "$PWD")/flow.vtu 2>&1 | sed 's/tavrin-cli-[^/]*/HERE/' >&2)", 0, "error: ../HERE/flow.vtu: is an input, and would be overwritten\n"},
+    {"OutputFolderMissing", R"(operate "Field A=nix.vtu" -o nix/out.vtu)", 3, "error: nix/out.vtu: the folder nix does not exist\n"},
+    {"OutputBelowFile", R"(operate "Field A=nix.vtu" -o report.json/out.vtu)", 3, "error: report.json/out.vtu: report.json is not a folder\n"},
+    {"OutputIsFolder", R"(mkdir d.vtu; operate "Field A=nix.vtu" -o d.vtu)", 3, "error: d.vtu: is a folder\n"},
+    {"ReportWithoutName", "trial Throw --report d/", 2, "error: \"d/\" names no file to write\n"},
+    {"OutputIsDevice", R"(trial Throw --report /dev/null)", 3, "error: /dev/null: exists and is not a regular file\n"},
+    {"DiskFull", R"(ulimit -f 16; operate "Field A=flow.vtu" -o out.vtu --report report.json)", 3, "error: out.vtu: File too large\n"},
+    {"FullStandardOutput", "tavrin list >/dev/full", 3, "error: standard output: No space left on device\n"},
+    {"ResultIsWrittenThough", R"(trial Wait Seconds=0 Input=flow.vtu -o out.vtu >/dev/full; tavrin info out.vtu | grep -q velocity && echo written >&2)", 0, "error: standard output: No space left on device\nwritten\n"},
+    {"ClosedStandardOutput", "{ tavrin man; echo $? >&2; } | true", 0, "0\n"},
+    {"NoStandardOutput", "tavrin list >&-", 0, ""},
+
+    // What an algorithm may do
+    {"Throws", "trial Throw", 1, "hint: try another\nerror: the matrix is singular\n"},
+    {"ThrowsLines", "trial Throw What=lines", 1, "hint: try another\nerror: first second [31m\n"},
+    {"ThrowsStandardException", "trial Throw What=standard", 1, "hint: try another\nerror: beyond the end\n"},
+    {"ThrowsNumber", "trial Throw What=number", 1, "hint: try another\nerror: an exception of unknown kind\n"},
+    {"RunsOutOfMemory", "trial Throw What=memory", 1, "hint: try another\nerror: not enough memory\n"},
+    {"FileFailsLate", "trial Throw What=file", 3, "hint: try another\nerror: step7.vtu: no such file\n"},
+    {"PrintsLogOfFailedRun", "trial Throw 2>&1 >/dev/null | tail -n 1 >&2; trial Throw 2>/dev/null | grep -q 'so far so good'", 0, "error: the matrix is singular\n"},
+    {"Backtrace", "trial Throw -v 2>&1 | grep -c -e '^a detail$' -e '^error: the matrix is singular$' -e '^#0 .* in .* +0x' >&2", 0, "3\n"},
+    {"ProgressLines", "trial Wait Seconds=1.5 Input=flow.vtu --progress always -o out.vtu 2>&1 | grep -c '^progress: wait [0-9]* %, [0-9.]* /s, [12] s left$' >&2", 0, "2\n"},
+    {"NoProgressWithoutTerminal", "trial Wait Seconds=0.5 Input=flow.vtu -o out.vtu", 0, ""},
+
+    // Interruption
+    {"Interrupted", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -INT $!; wait $!)", 130, "interrupted\n"},
+    {"Terminated", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -TERM $!; wait $!)", 130, "interrupted\n"},
+    {"InterruptedTwice", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Stubborn=true -o out.vtu & started; kill -INT $!; sleep 0.2; kill -TERM $!; { wait $!; } 2>/dev/null)", 143, ""},
+
+    // Plug-ins
+    {"PluginMissing", "tavrin --plugin nix.so --version && tavrin --plugin nix.so list >/dev/null", 0, "warning: plug-in nix.so: no such file\n"},
+    {"PluginIsNoLibrary", "tavrin --plugin flow.vtu list 2>&1 >/dev/null | sed 's/: [^:]*$/: REASON/' >&2", 0, "warning: plug-in flow.vtu: REASON\n"},
+    {"PluginFolderIsEmpty", "mkdir d; tavrin --plugin d list >/dev/null", 0, "warning: plug-in d: the folder holds no .so file\n"},
+    {"PluginTwice", "cp \"$PLUGIN\" b.so; tavrin --plugin \"$PLUGIN\" --plugin b.so list 2>&1 >/dev/null | tail -n 1 >&2", 0, "algorithm \"Trial/Everything\" already registered.\n"},
+    {"PluginPath", "mkdir d; cp \"$PLUGIN\" d; TAVRIN_PLUGIN_PATH=:nix.so:d: tavrin list | grep -q Trial/Wait", 0, "warning: plug-in nix.so: no such file\n"},
+    {"OwnPluginMissing", "cp -r \"$LIBRARIES\"/../bin/tavrin . && mkdir lib && cp \"$LIBRARIES\"/*.so* . && ./tavrin list 2>&1 | sed 's/.*plugins/PLACE/' >&2", 0, "PLACE/libflaimiob.so: no such file\n"},
+    // clang-format on
+};
+
+/// How GoogleTest shows a case.
+void PrintTo(const Case& row, std::ostream* stream)
+{
+    *stream << row.command;
+}
+
+constexpr const char* prelude = R"(
+operate() { tavrin run 'Field/Tensor Field Operator' "$@"; }
+trial() { name=$1; shift; tavrin --plugin "$PLUGIN" run "Trial/$name" "$@"; }
+started() { until test -e started; do sleep 0.02; done; }
+)";
+
+class Command : public testing::TestWithParam<Case>
+{};
+
+TEST_P(Command, EndsAsItShould)
+{
+    const Workshop workshop;
+    const auto earlier = "an earlier result";
+    workshop.write("out.vtu", earlier);
+    workshop.write("report.json", earlier);
+
+    const Outcome outcome = workshop.run(prelude + std::string(GetParam().command));
+
+    EXPECT_EQ(outcome.exitCode, GetParam().exitCode);
+    EXPECT_EQ(outcome.standardError, GetParam().standardError);
+    EXPECT_EQ(workshop.temporaryFiles(), "");
+    if (GetParam().exitCode == 0)
+        return;
+    EXPECT_EQ(workshop.read("out.vtu"), earlier);
+    EXPECT_EQ(workshop.read("report.json"), earlier);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cli, Command, testing::ValuesIn(cases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+}

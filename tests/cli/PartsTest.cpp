@@ -1,0 +1,66 @@
+#include <console/Console.hpp>
+#include <console/ProgressBar.hpp>
+#include <text/Layout.hpp>
+
+#include <gtest/gtest.h>
+
+// Texts that cannot be seen from outside the program, or only on a terminal.
+
+namespace
+{
+
+using namespace tavrin::app;
+
+TEST(Progress, TellsShareRateAndTimeLeft)
+{
+    EXPECT_EQ(progressText({"Norm", 450, 1000, 9.0}), "Norm 45 %, 50 /s, 11 s left");
+    EXPECT_EQ(progressText({"Norm", 3000000, 100000000, 1.0}), "Norm 3 %, 3 M/s, 33 s left");
+    EXPECT_EQ(progressText({"Norm", 1, 1000, 10.0}), "Norm 0 %, 0.1 /s, 2:46 h left");
+    EXPECT_EQ(progressText({"Norm", 0, 1000, 0.0}), "Norm 0 %, 0 /s");
+    EXPECT_EQ(progressText({"Norm", 1000, 1000, 2.0}), "Norm 100 %, 500 /s");
+    EXPECT_EQ(progressText({"Norm", 1200, 1000, 2.0}), "Norm 100 %, 600 /s");
+    EXPECT_EQ(progressText({"Norm", 5, 0, 2.0}), "Norm 5 done, 2.5 /s");
+}
+
+TEST(Progress, FitsTheTerminal)
+{
+    const ProgressState state{"Norm", 500, 1000, 10.0};
+    EXPECT_EQ(progressBar(state, 80), "Norm [############............] 50 %, 50 /s, 10 s left");
+    EXPECT_EQ(progressBar(state, 40), "Norm 50 %, 50 /s, 10 s left");
+    EXPECT_EQ(progressBar(state, 9), "Norm 50 %");
+}
+
+TEST(Layout, AlignsCharactersNotBytes)
+{
+    EXPECT_EQ(alignedColumns({{"gr\xc3\xb6\xc3\x9f"
+                               "e",
+                               "size"},
+                              {"x", "y"}},
+                             1),
+              " gr\xc3\xb6\xc3\x9f"
+              "e  size\n x      y\n");
+}
+
+TEST(Layout, WrapsBetweenWords)
+{
+    const std::string word(40, 'a');
+    EXPECT_EQ(wrapped(word + ' ' + word + ' ' + word, 2), word + ' ' + word + "\n  " + word);
+    const std::string longWord(200, 'b');
+    EXPECT_EQ(wrapped(longWord + " c", 2), longWord + "\n  c");
+}
+
+TEST(Layout, QuotesForTheShell)
+{
+    EXPECT_EQ(shellWord("Field=flow.vtu#velocity"), "Field=flow.vtu#velocity");
+    EXPECT_EQ(shellWord("Field A=f.vtu"), "\"Field A=f.vtu\"");
+    EXPECT_EQ(shellWord("a\"$b`\\"), "\"a\\\"\\$b\\`\\\\\"");
+    EXPECT_EQ(shellWord("a?b"), "\"a?b\"");
+    EXPECT_EQ(shellWord(""), "\"\"");
+}
+
+TEST(Console, KeepsAMessageInOneLine)
+{
+    EXPECT_EQ(oneLine("first\nsecond\x1b[1m\r\n"), "first second [1m");
+}
+
+}

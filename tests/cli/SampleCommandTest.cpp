@@ -1,0 +1,74 @@
+#include "CommandLine.hpp"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+
+// Sampling as a user does it, from files to files.
+
+namespace
+{
+
+const std::string sample = "tavrin run 'Field/Sample Field on Given Grid' ";
+
+nlohmann::json samplesOf(const Workshop& workshop)
+{
+    return nlohmann::json::parse(workshop.read("report.json")).at("samples");
+}
+
+TEST(SampleCommand, WritesASeriesThatOtherCommandsTake)
+{
+    const Workshop workshop;
+    const Outcome outcome =
+        workshop.run(sample + R"(Field=double_gyre.pvd Grid=probe.vti "Time=[0:10#0.5]-{3,4}" )"
+                              "-o 'Sampled Field=sampled.pvd' --report report.json");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.standardError, "");
+    EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 19 * 273}, {"outside", 0}}));
+    const Outcome info = workshop.run("tavrin info sampled.pvd");
+    EXPECT_NE(info.standardOutput.find("19 from 0 to 10"), std::string::npos);
+    EXPECT_NE(info.standardOutput.find("vtkValidPointMask"), std::string::npos);
+    // The marks of real samples do not make the array ambiguous.
+    const Outcome report = workshop.run("tavrin run Field/Info Field=sampled.pvd");
+    EXPECT_EQ(report.exitCode, 0) << report.standardError;
+}
+
+TEST(SampleCommand, SaysWhenNothingWasMet)
+{
+    const Workshop workshop;
+    const Outcome outcome = workshop.run(sample + "Field=double_gyre.pvd Grid=probe.vti Time=11,12 "
+                                                  "-o out.pvd --report report.json");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.standardError, "hint: all samples are 0, since no time lies in the range of "
+                                     "the field, 0 to 10\n");
+    EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 2 * 273}, {"outside", 2 * 273}}));
+}
+
+TEST(SampleCommand, TellsTheUserWhatIsWrong)
+{
+    const Workshop workshop;
+    const Outcome times =
+        workshop.run(sample + "Field=double_gyre.pvd Grid=probe.vti 'Time=[3:2]' -o out.pvd");
+    EXPECT_EQ(times.exitCode, 1);
+    EXPECT_TRUE(times.standardOutput.ends_with(
+        "ListParser encountered an error: \"First number in range must be smaller than the second "
+        "number.\".\n"));
+    EXPECT_EQ(
+        times.standardError,
+        "Found 0 time values.\n"
+        "error: \"Field/Sample Field on Given Grid\" published nothing on \"Sampled Field\"\n");
+
+    if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
+        return;
+    const Outcome field = workshop.run(sample + "Field=$REAL/notch_stress.vtk'#Nodal Stress-0' "
+                                                "Field=flow.vtu Grid=probe.vti -o out.vti");
+    EXPECT_EQ(field.exitCode, 1);
+    EXPECT_NE(field.standardError.find("hint: the field given is values of type Scalar on the "
+                                       "Points of a 3-D grid; values of type "),
+              std::string::npos)
+        << field.standardError;
+    EXPECT_TRUE(field.standardError.ends_with("error: unsupported field type occurred.\n"));
+}
+
+}

@@ -1,0 +1,615 @@
+#include <tavrin/domain/CurvilinearGrid.hpp>
+#include <tavrin/domain/RectilinearGrid.hpp>
+#include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/field/CellGeometry.hpp>
+#include <tavrin/field/CellLocator.hpp>
+#include <tavrin/field/SpatialOrder.hpp>
+#include <tavrin/value/WrappedValueArray.hpp>
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <random>
+
+namespace
+{
+
+using namespace tavrin;
+
+template<std::size_t D>
+using Points = std::vector<Tensor<double, D>>;
+template<std::size_t D>
+using Grid = std::shared_ptr<const EmbeddedCellComplex<D>>;
+
+template<std::size_t D>
+std::shared_ptr<const ValueArray<Tensor<double, D>>> stored(Points<D> points)
+{
+    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
+                                                                  Precision::Float64);
+}
+
+/// Points and cells of any type, collected one by one.
+template<std::size_t D>
+struct Mesh
+{
+    Points<D> points;
+    std::vector<CellType> types;
+    std::vector<std::int64_t> offsets{0};
+    std::vector<std::int64_t> connectivity;
+
+    void addCell(CellType type, const std::vector<std::int64_t>& vertices)
+    {
+        types.push_back(type);
+        connectivity.insert(connectivity.end(), vertices.begin(), vertices.end());
+        offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
+    }
+
+    /// A cell with vertices of its own.
+    void addCell(CellType type, const Points<D>& vertices)
+    {
+        std::vector<std::int64_t> indices(vertices.size());
+        std::iota(indices.begin(), indices.end(), static_cast<std::int64_t>(points.size()));
+        points.insert(points.end(), vertices.begin(), vertices.end());
+        addCell(type, indices);
+    }
+
+    std::shared_ptr<const UnstructuredGrid<D>> grid() const
+    {
+        return std::make_shared<UnstructuredGrid<D>>(
+            stored<D>(points), CellTable{types, IndexArray(offsets), IndexArray(connectivity)});
+    }
+};
+
+/// What `locate` says of a position: the cell and the weights, or nothing.
+template<std::size_t D>
+std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
+                               const Tensor<double, D>& position)
+{
+    typename CellLocator<D>::Hint hint;
+    Location location;
+    if (!grid.locator().locate(position, location, hint))
+        return std::nullopt;
+    double sum = 0.0;
+    for (std::size_t k = 0; k < location.numVertices; ++k)
+    {
+        EXPECT_TRUE(std::isfinite(location.weights[k]));
+        sum += location.weights[k];
+    }
+    EXPECT_NEAR(sum, 1.0, 1e-12);
+    return location;
+}
+
+template<std::size_t D>
+std::optional<std::size_t> cellAt(const EmbeddedCellComplex<D>& grid,
+                                  const Tensor<double, D>& position)
+{
+    const auto location = locate(grid, position);
+    return location ? std::optional(location->cell) : std::nullopt;
+}
+
+template<std::size_t D>
+Tensor<double, D> positionOf(const EmbeddedCellComplex<D>& grid, const Location& location)
+{
+    Tensor<double, D> position{};
+    for (std::size_t k = 0; k < location.numVertices; ++k)
+        position += location.weights[k] * grid.point(location.pointIndices[k]);
+    return position;
+}
+
+/// The lowest cell that contains a position, by asking all of them.
+template<std::size_t D>
+std::optional<std::size_t> cellByBruteForce(const UnstructuredGrid<D>& grid,
+                                            const Tensor<double, D>& position)
+{
+    double largest = 0.0;
+    for (const auto& [lower, upper] : {grid.boundingBox()[0], grid.boundingBox()[D - 1]})
+        largest = std::max({largest, std::abs(lower), std::abs(upper)});
+    for (std::size_t i = 0; i < grid.numCells(); ++i)
+    {
+        const Cell cell = grid.cell(i);
+        Points<D> vertices;
+        for (const std::size_t point : cell.pointIndices())
+            vertices.push_back(grid.point(point));
+        Reference at;
+        const CellGeometry<D> geometry(cell.type(), vertices.data(), coordinateRounding * largest);
+        if (geometry.contains(position, at))
+            return i;
+    }
+    return std::nullopt;
+}
+
+Vector3 randomVector(std::mt19937& random, double size = 1.0)
+{
+    std::uniform_real_distribution<double> coordinate(-size, size);
+    return {coordinate(random), coordinate(random), coordinate(random)};
+}
+
+template<std::size_t D>
+Tensor<double, D> firstCoordinates(const std::array<double, 3>& numbers)
+{
+    Tensor<double, D> vector;
+    std::copy_n(numbers.begin(), D, vector.begin());
+    return vector;
+}
+
+/// The vertices of a reference cell, moved by up to `distortion` and stretched and sheared.
+template<std::size_t D>
+Points<D> distortedCell(CellType type, double distortion, std::mt19937& random)
+{
+    const Matrix3 shear(2.0, 0.3, -0.4, 0.1, 1.5, 0.2, -0.2, 0.5, 0.8);
+    Points<D> vertices;
+    for (std::size_t k = 0; k < numVerticesOf(type); ++k)
+    {
+        const Reference at = vertexReference(type, k);
+        const Vector3 corner = Vector3(at[0], at[1], at[2]) + randomVector(random, distortion);
+        const Vector3 moved = multiply(shear, corner) + Vector3(100.0, -50.0, 7.0);
+        vertices.push_back(firstCoordinates<D>({moved[0], moved[1], moved[2]}));
+    }
+    return vertices;
+}
+
+/// Positions inside the cell of one type, found again with their weights.
+template<std::size_t D>
+void expectInversion(CellType type, double distortion)
+{
+    SCOPED_TRACE(std::string(nameOf(type)) + " in " + std::to_string(D) + "-D");
+    std::mt19937 random(11);
+    const bool isSubparametric = type >= CellType::SubparametricQuadraticLine &&
+                                 type <= CellType::SubparametricQuadraticHexahedron;
+    const CellType shape = isSubparametric ? linearTypeOf(type) : type;
+    for (int trial = 0; trial < 20; ++trial)
+    {
+        Mesh<D> mesh;
+        mesh.addCell(type, distortedCell<D>(type, distortion, random));
+        const auto grid = mesh.grid();
+        for (int i = 0; i < 10; ++i)
+        {
+            const Vector3 cube = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
+            const Reference at{cube[0], cube[1], cube[2]};
+            if (distanceOutside(type, at) > 0.0)
+                continue;
+            std::vector<double> weights(numVerticesOf(shape));
+            shapeFunctions(shape, at, weights);
+            Tensor<double, D> position{};
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                position += weights[k] * mesh.points[k];
+            const auto location = locate<D>(*grid, position);
+            ASSERT_TRUE(location);
+            std::vector<double> expected(numVerticesOf(type));
+            shapeFunctions(type, at, expected);
+            for (std::size_t k = 0; k < expected.size(); ++k)
+                EXPECT_NEAR(location->weights[k], expected[k], 1e-11);
+        }
+    }
+}
+
+TEST(Inversion, FindsTheWeightsInRegularAndDistortedCellsOfEveryType)
+{
+    for (std::size_t i = 0; i < numCellTypes; ++i)
+    {
+        const auto type = static_cast<CellType>(i);
+        if (type == CellType::Invalid || type == CellType::Points)
+            continue;
+        for (const double distortion : {0.0, 0.02, 0.08})
+        {
+            // Curved lines and surfaces in space hold their positions to rounding alone.
+            expectInversion<3>(type, distortion);
+            if (dimensionOf(type) <= 2)
+                expectInversion<2>(type, distortion);
+            if (dimensionOf(type) <= 1)
+                expectInversion<1>(type, distortion);
+        }
+    }
+}
+
+TEST(Inversion, ReachesVerticesAndTheApexOfAPyramid)
+{
+    std::mt19937 random(3);
+    for (const CellType type : {CellType::Pyramids, CellType::QuadraticPyramid, CellType::Prisms,
+                                CellType::TriquadraticHexahedron})
+    {
+        Mesh<3> mesh;
+        mesh.addCell(type, distortedCell<3>(type, 0.05, random));
+        const auto grid = mesh.grid();
+        for (std::size_t k = 0; k < mesh.points.size(); ++k)
+        {
+            const auto location = locate<3>(*grid, mesh.points[k]);
+            ASSERT_TRUE(location) << nameOf(type) << k;
+            EXPECT_NEAR(location->weights[k], 1.0, 1e-11);
+        }
+    }
+}
+
+TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
+{
+    // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.
+    const Points<3> cube{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                         {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+    const auto mapped = [&](auto map)
+    {
+        Points<3> vertices = cube;
+        std::ranges::transform(vertices, vertices.begin(), map);
+        return vertices;
+    };
+    const std::vector<Points<3>> shapes{
+        mapped([](const Vector3& p) { return Vector3(p[0] * p[1], p[1], p[2] * p[1]); }),
+        mapped([](const Vector3& p) { return Vector3(p[0], p[1], 1e-7 * p[2]); }),
+        mapped([](const Vector3& p) { return Vector3(p[0], p[1], -p[2]); }),
+        mapped([](const Vector3& p)
+               { return Vector3(p[0] - p[1] * p[2], p[1] + p[0] * p[2], p[2]); })};
+    std::mt19937 random(5);
+    for (const Points<3>& shape : shapes)
+    {
+        Mesh<3> mesh;
+        mesh.addCell(CellType::Hexahedra, shape);
+        const auto grid = mesh.grid();
+        for (int i = 0; i < 200; ++i)
+        {
+            const Vector3 cubePoint = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
+            std::array<double, 8> weights;
+            shapeFunctions(CellType::Hexahedra, {cubePoint[0], cubePoint[1], cubePoint[2]},
+                           weights);
+            Vector3 position{};
+            for (std::size_t k = 0; k < 8; ++k)
+                position += weights[k] * shape[k];
+            const auto location = locate<3>(*grid, position);
+            ASSERT_TRUE(location);
+            EXPECT_LT(norm(positionOf<3>(*grid, *location) - position), 1e-14);
+        }
+        for (const Vector3& vertex : shape)
+            EXPECT_TRUE(locate<3>(*grid, vertex));
+    }
+}
+
+TEST(Locator, PassesOverDegenerateCells)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    Mesh<3> mesh;
+    for (const CellType type : {CellType::Tetrahedra, CellType::Hexahedra, CellType::Pyramids,
+                                CellType::Prisms, CellType::QuadraticTetrahedron, CellType::Quads})
+    {
+        Points<3> flat;
+        for (std::size_t k = 0; k < numVerticesOf(type); ++k)
+            flat.push_back({0.1 * static_cast<double>(k), 0.3, 0.3});
+        mesh.addCell(type, flat);
+        mesh.addCell(type, Points<3>(flat.size(), {0.3, 0.3, 0.3}));
+        flat.back() = {nan, infinity, 0.3};
+        mesh.addCell(type, flat);
+    }
+    mesh.addCell(CellType::Invalid, Points<3>{});
+    mesh.addCell(CellType::Tetrahedra, Points<3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    const auto grid = mesh.grid();
+    EXPECT_EQ(cellAt<3>(*grid, {0.3, 0.3, 0.3}), grid->numCells() - 1);
+    EXPECT_EQ(cellAt<3>(*grid, {0.1, 0.3, 0.3}), grid->numCells() - 1);
+    for (const double outside : {nan, infinity, -infinity, 1e300})
+        EXPECT_FALSE(locate<3>(*grid, {0.2, 0.2, outside}));
+}
+
+TEST(Locator, FindsNothingInGridsWithoutCells)
+{
+    EXPECT_FALSE(locate<3>(*Mesh<3>().grid(), {}));
+    EXPECT_FALSE(locate<3>(UniformGrid<3>({.size = {0, 0, 0}}), {}));
+    EXPECT_FALSE(locate<2>(CurvilinearGrid<2>({0, 0, 0}, stored<2>({})), {}));
+    EXPECT_FALSE(locate<1>(RectilinearGrid<1>(RectilinearGrid<1>::Coordinates{}), {}));
+}
+
+TEST(Locator, CountsCellsOfFewerDimensionsWherePositionsLieOnThem)
+{
+    Mesh<3> mesh;
+    mesh.addCell(CellType::Triangles, Points<3>{{0, 0, 1}, {1, 0, 1}, {0, 1, 2}});
+    mesh.addCell(CellType::Lines, Points<3>{{0, 0, 0}, {1, 2, 3}});
+    mesh.addCell(CellType::Points, Points<3>{{5, 5, 5}});
+    mesh.addCell(CellType::Tetrahedra, Points<3>{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {0, 0, 4}});
+    const auto grid = mesh.grid();
+    EXPECT_EQ(cellAt<3>(*grid, {0.25, 0.25, 1.25}), 0U);
+    EXPECT_EQ(cellAt<3>(*grid, {0.25, 0.25, 1.25 + 1e-10}), 0U);
+    EXPECT_EQ(cellAt<3>(*grid, {0.25, 0.25, 1.25 + 1e-6}), 3U);
+    EXPECT_EQ(cellAt<3>(*grid, {0.5, 1.0, 1.5}), 1U);
+    EXPECT_EQ(cellAt<3>(*grid, {5, 5, 5}), 2U);
+    EXPECT_FALSE(locate<3>(*grid, {5, 5, 5.0 + 1e-9}));
+}
+
+/// One grid of n points per axis of the same box, as every kind of grid.
+std::vector<Grid<3>> sameGrids(std::size_t n, const Vector3& origin, const Vector3& spacing)
+{
+    const auto uniform = std::make_shared<UniformGrid<3>>(UniformGrid<3>::Layout{
+        .size = {n, n, n}, .origin = origin, .spacing = spacing, .firstIndex = {3, 0, -2}});
+    const auto turned = std::make_shared<UniformGrid<3>>(
+        UniformGrid<3>::Layout{.size = {n, n, n},
+                               .origin = origin,
+                               .spacing = {-spacing[0], spacing[1], spacing[2]},
+                               .firstIndex = {3, 0, -2},
+                               .direction = {-1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}});
+    RectilinearGrid<3>::Coordinates coordinates;
+    Mesh<3> mesh;
+    for (std::size_t i = 0; i < uniform->numPoints(); ++i)
+        mesh.points.push_back(uniform->point(i));
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        for (std::size_t i = 0, step = axis == 0 ? 1 : axis == 1 ? n : n * n; i < n; ++i)
+            coordinates[axis].push_back(mesh.points[i * step][axis]);
+    for (std::size_t i = 0; i < uniform->numCells(); ++i)
+    {
+        const Cell cell = uniform->cell(i);
+        const auto indices = cell.pointIndices();
+        mesh.addCell(CellType::Hexahedra,
+                     std::vector<std::int64_t>(indices.begin(), indices.end()));
+    }
+    return {uniform, turned, std::make_shared<RectilinearGrid<3>>(coordinates),
+            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored<3>(mesh.points)),
+            mesh.grid()};
+}
+
+TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
+{
+    constexpr std::size_t n = 4;
+    // Whether the coordinates ascend or descend, are round numbers or have an end of digits.
+    for (const auto& [origin, spacing] :
+         {std::pair(Vector3(0.0, 0.0, 0.0), Vector3(1.0, 2.0, -0.5)),
+          std::pair(Vector3(5e6, -3e5, 0.1), Vector3(-0.1, 0.01, 0.3))})
+        for (const auto& grid : sameGrids(n, origin, spacing))
+            for (std::size_t i = 0; i < grid->numPoints(); ++i)
+            {
+                const std::array<std::size_t, 3> at{i % n, i / n % n, i / n / n};
+                const auto lower = [&](std::size_t axis)
+                { return at[axis] == 0 ? 0 : at[axis] - 1; };
+                const Vector3 point = grid->point(i);
+                const auto lowest = lower(0) + lower(1) * (n - 1) + lower(2) * (n - 1) * (n - 1);
+                EXPECT_EQ(cellAt<3>(*grid, point), lowest);
+                for (std::size_t axis = 0; axis < 3; ++axis)
+                    for (const double direction : {-HUGE_VAL, HUGE_VAL})
+                    {
+                        Vector3 beside = point;
+                        beside[axis] = std::nextafter(point[axis], direction);
+                        EXPECT_EQ(cellAt<3>(*grid, beside), lowest);
+                        const bool isOutward = (at[axis] == 0 && direction * spacing[axis] < 0) ||
+                                               (at[axis] == n - 1 && direction * spacing[axis] > 0);
+                        beside[axis] += std::copysign(1e-4 * spacing[axis], direction);
+                        EXPECT_EQ(cellAt<3>(*grid, beside).has_value(), !isOutward);
+                    }
+            }
+}
+
+TEST(Locator, TakesFlatGridsInSpace)
+{
+    const double c = std::cos(0.3);
+    const double s = std::sin(0.3);
+    const UniformGrid<3> plane({.size = {3, 1, 4},
+                                .origin = {1.0, 2.0, 3.0},
+                                .spacing = {2.0, 0.0, 0.5},
+                                .direction = {c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0}});
+    const Vector3 middle = Vector3(1.0, 2.0, 3.0) + 3.0 * Vector3(c, s, 0.0) + Vector3(0, 0, 0.6);
+    EXPECT_EQ(cellAt<3>(plane, middle), 3U);
+    EXPECT_LT(norm(positionOf<3>(plane, *locate<3>(plane, middle)) - middle), 1e-14);
+    EXPECT_FALSE(locate<3>(plane, middle + 1e-6 * Vector3(-s, c, 0.0)));
+    const RectilinearGrid<3> line({std::vector{1.0}, {2.0, 4.0, 8.0}, {3.0}});
+    EXPECT_EQ(cellAt<3>(line, {1.0, 5.0, 3.0}), 1U);
+    EXPECT_FALSE(locate<3>(line, {1.0, 5.0, 3.0 + 1e-6}));
+    const UniformGrid<2> point({.size = {1, 1, 1}, .origin = {0.1, 0.2}});
+    EXPECT_EQ(cellAt<2>(point, {0.1, 0.2}), 0U);
+    EXPECT_FALSE(locate<2>(point, {0.1, 0.2001}));
+    EXPECT_FALSE(
+        locate<2>(UniformGrid<2>({.size = {2, 2, 1}, .spacing = {1, 1}, .direction = {1, 1, 1, 1}}),
+                  {0.0, 0.0}));
+}
+
+/// Cells of all types that lie over each other in any order, with shared vertices and without.
+template<std::size_t D>
+Mesh<D> heap(std::size_t cells, std::mt19937& random)
+{
+    Mesh<D> mesh;
+    for (std::size_t i = 0; i < cells; ++i)
+    {
+        const auto type = static_cast<CellType>(1 + random() % (numCellTypes - 1));
+        if (type == CellType::Invalid || dimensionOf(type) > D || dimensionOf(type) + 1 < D)
+            continue;
+        const auto place = firstCoordinates<D>({randomVector(random, 3.0).begin()[0],
+                                                randomVector(random, 3.0).begin()[1],
+                                                randomVector(random, 3.0).begin()[2]});
+        Points<D> vertices = distortedCell<D>(type, 0.1, random);
+        for (auto& vertex : vertices)
+            vertex = vertex + place - distortedCell<D>(CellType::Points, 0.0, random)[0];
+        mesh.addCell(type, vertices);
+    }
+    return mesh;
+}
+
+template<std::size_t D>
+std::vector<Tensor<double, D>> queriesFor(const Mesh<D>& mesh, std::mt19937& random)
+{
+    std::vector<Tensor<double, D>> queries = mesh.points;
+    for (std::size_t i = 0; i < mesh.points.size(); ++i)
+    {
+        const auto& point = mesh.points[i];
+        const auto& other = mesh.points[random() % mesh.points.size()];
+        queries.push_back(0.5 * (point + mesh.points[(i + 1) % mesh.points.size()]));
+        queries.push_back(0.75 * point + 0.25 * other);
+    }
+    return queries;
+}
+
+template<std::size_t D>
+void expectBruteForce(const Mesh<D>& mesh, std::mt19937& random)
+{
+    const auto grid = mesh.grid();
+    for (const auto& query : queriesFor(mesh, random))
+        ASSERT_EQ(cellAt<D>(*grid, query), cellByBruteForce(*grid, query)) << query;
+}
+
+/// Six tetrahedra in each cube of a distorted lattice, in shuffled order.
+Mesh<3> tetrahedra(std::size_t n, double distortion, std::mt19937& random)
+{
+    Mesh<3> mesh;
+    for (std::size_t i = 0; i < n * n * n; ++i)
+        mesh.points.push_back(Vector3(static_cast<double>(i % n), static_cast<double>(i / n % n),
+                                      static_cast<double>(i / n / n)) +
+                              randomVector(random, distortion));
+    std::vector<std::vector<std::int64_t>> cells;
+    const std::array<std::size_t, 3> steps{1, n, n * n};
+    for (std::size_t i = 0; i < n * n * n; ++i)
+        for (std::array<std::size_t, 3> axes{0, 1, 2};
+             i % n < n - 1 && i / n % n < n - 1 && i / n / n < n - 1;)
+        {
+            std::vector<std::int64_t> cell{static_cast<std::int64_t>(i)};
+            for (const std::size_t axis : axes)
+                cell.push_back(cell.back() + static_cast<std::int64_t>(steps[axis]));
+            cells.push_back(cell);
+            if (!std::ranges::next_permutation(axes).found)
+                break;
+        }
+    std::ranges::shuffle(cells, random);
+    for (const auto& cell : cells)
+        mesh.addCell(CellType::Tetrahedra, cell);
+    return mesh;
+}
+
+TEST(Locator, AgreesWithAskingEveryCell)
+{
+    std::mt19937 random(1);
+    expectBruteForce(heap<3>(300, random), random);
+    expectBruteForce(heap<2>(300, random), random);
+    expectBruteForce(heap<1>(300, random), random);
+    expectBruteForce(tetrahedra(6, 0.2, random), random);
+    // Folded: some tetrahedra are inverted and overlap others.
+    expectBruteForce(tetrahedra(5, 0.7, random), random);
+    // One on top of the other, more than a leaf holds.
+    Mesh<3> pile;
+    for (int i = 0; i < 40; ++i)
+        pile.addCell(CellType::Tetrahedra, Points<3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    expectBruteForce(pile, random);
+}
+
+TEST(Locator, FindsCellsFarFromTheOriginAndOfAnySize)
+{
+    std::mt19937 random(2);
+    for (const double scale : {1e-140, 1e-6, 1e120})
+    {
+        Mesh<3> mesh = tetrahedra(4, 0.1, random);
+        for (Vector3& point : mesh.points)
+            point = scale * (point + Vector3(1e6, 0.0, -1e5));
+        // Geometrically shrinking cells, down to one that single precision cannot tell from a point.
+        Vector3 corner = mesh.points.back();
+        for (double size = 0.5 * scale; size > 1e-5 * scale; size *= 0.5)
+        {
+            mesh.addCell(CellType::Tetrahedra, Points<3>{corner, corner + size * Vector3(1, 0, 0),
+                                                         corner + size * Vector3(0, 1, 0),
+                                                         corner + size * Vector3(0, 0, 1)});
+            corner += size * Vector3(1, 1, 1);
+        }
+        const auto grid = mesh.grid();
+        for (std::size_t cell = 0; cell < grid->numCells(); ++cell)
+        {
+            Vector3 middle{};
+            for (const std::size_t point : grid->cell(cell).pointIndices())
+                middle += 0.25 * grid->point(point);
+            EXPECT_EQ(cellAt<3>(*grid, middle), cell);
+        }
+    }
+}
+
+TEST(Locator, ReadsPointsAndCellsOfEveryPrecision)
+{
+    std::mt19937 random(4);
+    Mesh<3> mesh = tetrahedra(4, 0.2, random);
+    std::vector<float> narrow;
+    for (Vector3& point : mesh.points)
+        for (double& coordinate : point)
+        {
+            narrow.push_back(static_cast<float>(coordinate));
+            coordinate = static_cast<double>(narrow.back());
+        }
+    const std::vector<std::int32_t> offsets(mesh.offsets.begin(), mesh.offsets.end());
+    const std::vector<std::int32_t> connectivity(mesh.connectivity.begin(),
+                                                 mesh.connectivity.end());
+    const UnstructuredGrid<3> grid(std::make_shared<WrappedValueArray<Vector3, float>>(
+                                       narrow.data(), mesh.points.size(), 3, nullptr),
+                                   {mesh.types, IndexArray(std::span(offsets), nullptr),
+                                    IndexArray(std::span(connectivity), nullptr)});
+    const auto wide = mesh.grid();
+    for (const Vector3& query : queriesFor(mesh, random))
+        EXPECT_EQ(cellAt<3>(grid, query), cellAt<3>(*wide, query));
+}
+
+/// The bits of all answers to queries in an order, with one hint for all.
+template<std::size_t D>
+std::vector<std::uint64_t> answers(const EmbeddedCellComplex<D>& grid,
+                                   const CellLocator<D>& locator,
+                                   const std::vector<Tensor<double, D>>& queries,
+                                   const std::vector<std::size_t>& order)
+{
+    std::vector<std::uint64_t> bits(queries.size());
+    typename CellLocator<D>::Hint hint;
+    Location location;
+    for (const std::size_t i : order)
+        if (locator.locate(queries[i], location, hint))
+        {
+            bits[i] = location.cell;
+            for (std::size_t k = 0; k < location.numVertices; ++k)
+                bits[i] = bits[i] * 31 + std::bit_cast<std::uint64_t>(location.weights[k]) +
+                          location.pointIndices[k] + grid.numCells();
+        }
+    return bits;
+}
+
+TEST(Locator, AnswersTheSameInAnyOrderAndWithAnyNumberOfThreads)
+{
+    std::mt19937 random(6);
+    const Mesh<3> mesh = heap<3>(9000, random);
+    std::vector<Grid<3>> grids = sameGrids(24, {-3.0, -3.0, -3.0}, {0.25, 0.25, 0.25});
+    grids.push_back(mesh.grid());
+    std::vector<Vector3> queries;
+    for (int i = 0; i < 3000; ++i)
+        queries.push_back(i % 3 == 0 ? randomVector(random, 4.0)
+                                     : mesh.points[random() % mesh.points.size()]);
+    std::vector<std::size_t> order(queries.size());
+    std::iota(order.begin(), order.end(), 0U);
+    const int threads = omp_get_max_threads();
+    for (const Grid<3>& grid : grids)
+    {
+        const auto expected = answers<3>(*grid, grid->locator(), queries, order);
+        for (const int count : {1, 2, 3, 8})
+        {
+            omp_set_num_threads(count);
+            const auto locator = makeLocator<3>(*grid);
+            std::ranges::shuffle(order, random);
+            EXPECT_EQ(answers<3>(*grid, *locator, queries, order), expected);
+        }
+        omp_set_num_threads(threads);
+    }
+}
+
+TEST(SpatialOrder, BringsNeighboursTogetherAndKeepsEveryPosition)
+{
+    std::mt19937 random(8);
+    Points<3> positions;
+    for (int i = 0; i < 5000; ++i)
+        positions.push_back(randomVector(random));
+    positions[17][1] = std::numeric_limits<double>::quiet_NaN();
+    positions[23][2] = std::numeric_limits<double>::infinity();
+    const auto order = spatialOrder<3>(positions);
+    auto sorted = order;
+    std::ranges::sort(sorted);
+    ASSERT_EQ(sorted.size(), positions.size());
+    double distance = 0.0;
+    for (std::size_t i = 0; i < sorted.size(); ++i)
+    {
+        EXPECT_EQ(sorted[i], i);
+        const double step = norm(positions[order[i]] - positions[order[i == 0 ? 0 : i - 1]]);
+        distance += std::isfinite(step) ? step : 0.0;
+    }
+    // Without order it is about 1.3 for each.
+    EXPECT_LT(distance / static_cast<double>(order.size()), 0.2);
+
+    Points<1> line;
+    for (int i = 0; i < 5000; ++i)
+        line.push_back({i * 0.5});
+    EXPECT_TRUE(spatialOrder<1>(line).empty());
+    EXPECT_TRUE(spatialOrder<2>({}).empty());
+}
+
+}

@@ -1,0 +1,149 @@
+#include "ReaderSamples.hpp"
+
+namespace
+{
+
+using namespace samples;
+
+class Series : public ReaderTest
+{
+protected:
+    static std::string step(const std::string& value, const std::string& lastPoint = "0 1 0")
+    {
+        return gridFile(3, "0 0 0  1 0 0  " + lastPoint, 1, "0 1 2", "3", "5",
+                        "<CellData>" + dataArray("type=\"Float64\" Name=\"c\"", value) +
+                            "</CellData>");
+    }
+
+    static std::string pvd(const std::vector<std::pair<std::string, std::string>>& steps)
+    {
+        std::string sets;
+        for (const auto& [time, file] : steps)
+            sets += "<DataSet timestep=\"" + time + "\" part=\"0\" file=\"" + file + "\"/>\n";
+        return vtkFile("Collection", "<Collection>" + sets + "</Collection>");
+    }
+
+    std::string fileErrorOf(const std::string& text)
+    {
+        return withoutFolder(errorOf<FileError>([&] { load(text); }));
+    }
+};
+
+TEST_F(Series, IsOneFunctionWhoseStepsAreLoadedWhenRead)
+{
+    create("steps/a.vtu", step("1"));
+    create("steps/b.vtu", step("2"));
+    create("steps/c.vtu", step("3"));
+    // Not in the order of time.
+    create("s.pvd", pvd({{"10", "steps/c.vtu"}, {"0", "steps/a.vtu"}, {"2.5", "steps/b.vtu"}}));
+    create("s.vtu.series", R"({"file-series-version": "1.0", "files": [
+        {"name": "steps/c.vtu", "time": 10}, {"name": "steps/a.vtu", "time": 0},
+        {"name": "steps/b.vtu", "time": 2.5}]})");
+    for (const std::string name : {"s.pvd", "s.vtu.series"})
+    {
+        const auto function = load(name + "#c");
+        EXPECT_EQ(function->timeSteps(), (std::vector<double>{0.0, 2.5, 10.0}));
+        EXPECT_FALSE(function->values()->isInMemory());
+        EXPECT_EQ(valuesOf<Scalar>(*function), (std::vector<Scalar>{{1.0}, {2.0}, {3.0}}));
+        const auto single = load(name + "?time=2.5000000001");
+        EXPECT_EQ(single->timeSteps(), std::vector<double>{2.5});
+        EXPECT_EQ(valuesOf<Scalar>(*single), std::vector<Scalar>{{2.0}});
+        EXPECT_EQ(single->domain(), function->domain());
+        const FileInfo info = loader().inspect(reference(name));
+        EXPECT_EQ(info.format, "time series of 3 files");
+        EXPECT_EQ(info.timeSteps, function->timeSteps());
+    }
+    EXPECT_EQ(usageErrorOf("s.pvd?time=3"), "s.pvd: no step at t = 3; there is 0, 2.5, 10");
+    EXPECT_EQ(usageErrorOf("s.pvd#d"), "s.pvd: no array \"d\"; there is \"c\"");
+}
+
+TEST_F(Series, OutlivesItsLoader)
+{
+    create("a.vtu", step("1"));
+    create("b.vtu", step("2"));
+    create("s.pvd", pvd({{"0", "a.vtu"}, {"1", "b.vtu"}}));
+    std::shared_ptr<const FunctionBase> function;
+    {
+        Loader other({}, neverAbort);
+        function = other.loadFunction(reference("s.pvd"));
+    }
+    EXPECT_EQ(valuesOf<Scalar>(*function), (std::vector<Scalar>{{1.0}, {2.0}}));
+}
+
+TEST_F(Series, NamesTheStepThatIsMissingOrDiffers)
+{
+    create("a.vtu", step("1"));
+    create("b.vtu", step("2", "0 2 0"));
+    create("more.vtu",
+           gridFile(4, "0 0 0 1 0 0 0 1 0 1 1 0", 1, "0 1 2", "3", "5",
+                    "<CellData>" + dataArray("type=\"Float64\" Name=\"c\"", "1") + "</CellData>"));
+    create("other.vtu", gridFile(3, "0 0 0 1 0 0 0 1 0", 1, "0 1 2", "3", "5"));
+    create("missing.pvd", pvd({{"0", "a.vtu"}, {"10", "x/missing.vtu"}}));
+    create("points.pvd", pvd({{"0", "a.vtu"}, {"1", "a.vtu"}, {"2", "more.vtu"}}));
+    create("array.pvd", pvd({{"0", "a.vtu"}, {"1", "other.vtu"}}));
+    create("moved.pvd", pvd({{"0", "a.vtu"}, {"1e-3", "b.vtu"}}));
+    EXPECT_EQ(fileErrorOf("missing.pvd"),
+              "missing.pvd: step 1 at t = 10: x/missing.vtu: no such file");
+    EXPECT_EQ(fileErrorOf("points.pvd"),
+              "points.pvd: step 2 at t = 2: more.vtu: the grid differs from that of "
+              "step 0; use ?time=2 to take one step alone");
+    EXPECT_EQ(fileErrorOf("array.pvd"),
+              "array.pvd: step 1 at t = 1: other.vtu: no array \"c\" on cells");
+    EXPECT_EQ(loadValues<Scalar>("points.pvd?time=2"), std::vector<Scalar>{{1.0}});
+
+    // Where only the coordinates differ it shows when the step is loaded.
+    const auto moved = load("moved.pvd");
+    EXPECT_EQ(withoutFolder(errorOf<FileError>([&] { valuesOf<Scalar>(*moved); })),
+              "moved.pvd: step 1 at t = 0.001: b.vtu: the grid differs from that of step 0; use "
+              "?time=0.001 to take one step alone");
+
+    loader().inspect(reference("missing.pvd"));
+    EXPECT_EQ(warnings(), std::vector<std::string>{
+                              "missing.pvd: step 1 at t = 10: x/missing.vtu: no such file"});
+}
+
+TEST_F(Series, RefusesListsThatAreNone)
+{
+    create("a.vtu", step("1"));
+    create("twice.pvd", pvd({{"0", "a.vtu"}, {"10", "a.vtu"}, {"10.0", "a.vtu"}}));
+    create("empty.pvd", pvd({}));
+    create("time.pvd", pvd({{"soon", "a.vtu"}}));
+    create("nan.pvd", pvd({{"nan", "a.vtu"}}));
+    create("nested.pvd", pvd({{"0", "twice.pvd"}}));
+    create("grid.pvd", step("1"));
+    create("cut.pvd", pvd({{"0", "a.vtu"}}).substr(0, 60));
+    create("cut.series", R"({"files": [{"name": "a.vtu", "time")");
+    create("odd.series", R"({"files": [{"name": "a.vtu", "time": 0}, {"name": 3, "time": 1}]})");
+    create("no.series", "[1, 2]");
+    EXPECT_EQ(complaintAbout("twice.pvd"),
+              "twice.pvd: lists several files for t = 10; a step must be one file");
+    EXPECT_EQ(complaintAbout("empty.pvd"), "empty.pvd: lists no files");
+    EXPECT_EQ(complaintAbout("time.pvd"), "time.pvd: a timestep is not a number");
+    EXPECT_EQ(complaintAbout("nan.pvd"), "nan.pvd: a time is not finite");
+    EXPECT_EQ(complaintAbout("nested.pvd"),
+              "nested.pvd: lists \"twice.pvd\", which is a list of files itself");
+    EXPECT_EQ(complaintAbout("grid.pvd"),
+              "grid.pvd: not a collection of files: its root element is not <VTKFile "
+              "type=\"Collection\">");
+    EXPECT_TRUE(complaintAbout("cut.pvd").starts_with("cut.pvd: not a whole XML file: "));
+    EXPECT_EQ(complaintAbout("cut.series"), "cut.series: not a whole JSON file");
+    EXPECT_EQ(complaintAbout("odd.series"),
+              "odd.series: file 1 of the series needs a \"name\" and a number \"time\"");
+    EXPECT_EQ(complaintAbout("no.series"),
+              "no.series: not a series of files: it has no list \"files\"");
+}
+
+TEST_F(Series, StopsWhenTheAbortFlagIsSet)
+{
+    create("a.vtu", step("1"));
+    create("b.vtu", step("2"));
+    create("s.pvd", pvd({{"0", "a.vtu"}, {"1", "b.vtu"}}));
+    volatile bool abortFlag = false;
+    Loader other({}, abortFlag);
+    const auto function = other.loadFunction(reference("s.pvd"));
+    abortFlag = true;
+    EXPECT_THROW(valuesOf<Scalar>(*function), Aborted);
+    EXPECT_THROW(other.loadFunction(reference("a.vtu")), Aborted);
+}
+
+}
