@@ -28,13 +28,13 @@ constexpr std::array<std::uint8_t, 256> makeBase64Digits()
     digits.fill(foreign);
     std::uint8_t digit = 0;
     for (const auto& [first, last] : {std::pair{'A', 'Z'}, {'a', 'z'}, {'0', '9'}})
-        for (int character = first; character <= last; ++character)
-            digits[static_cast<std::size_t>(character)] = digit++;
+        for (char character = first; character <= last; ++character)
+            digits[static_cast<unsigned char>(character)] = digit++;
     digits['+'] = 62;
     digits['/'] = 63;
     digits['='] = padding;
     for (const char character : {' ', '\t', '\n', '\r'})
-        digits[static_cast<std::size_t>(character)] = blank;
+        digits[static_cast<unsigned char>(character)] = blank;
     return digits;
 }
 

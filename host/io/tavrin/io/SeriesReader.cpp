@@ -88,6 +88,7 @@ void SeriesReader::requireAlike(const DataFile& first, std::size_t step) const
 std::vector<double> SeriesReader::times() const
 {
     std::vector<double> times;
+    times.reserve(mCollection.steps.size());
     for (const Collection::Step& step : mCollection.steps)
         times.push_back(step.time);
     return times;

@@ -3,6 +3,7 @@
 #include <tavrin/base/LargeVector.hpp>
 #include <tavrin/io/Malformed.hpp>
 
+#include <algorithm>
 #include <cstring>
 
 namespace tavrin::io
@@ -47,10 +48,10 @@ IndexArray toIndices(const StoredArray& array)
     visitPrecision(array.precision,
                    [&]<typename Stored>()
                    {
-                       if (std::is_floating_point_v<Stored>)
+                       if constexpr (std::is_floating_point_v<Stored>)
                            throw Malformed("cell offsets or connectivity are no whole numbers");
-                       for (std::size_t i = 0; i < widened.size(); ++i)
-                           widened[i] = static_cast<std::int64_t>(array.as<Stored>()[i]);
+                       else
+                           std::copy_n(array.as<Stored>(), widened.size(), widened.begin());
                    });
     return IndexArray(std::move(widened));
 }

@@ -339,13 +339,13 @@ private:
     std::size_t longestAxis(const FloatBox<D>& middles, const Item* items, std::uint32_t begin,
                             std::uint32_t end) const
     {
-        constexpr std::uint32_t samples = 4;
+        constexpr std::uint64_t samples = 4;
         std::array<float, D> size;
         size.fill(std::numeric_limits<float>::min());
-        for (std::uint32_t i = 0; i < samples; ++i)
+        for (std::uint64_t i = 0; i < samples; ++i)
         {
             const auto place = static_cast<std::uint32_t>(begin + std::uint64_t{end - begin} *
-                                                                      (2 * std::uint64_t{i} + 1) / (2 * samples));
+                                                                      (2 * i + 1) / (2 * samples));
             const FloatBox<D>& box = mBoxes[items[place].cell];
             for (std::size_t axis = 0; axis < D; ++axis)
                 size[axis] += box.upper[axis] - box.lower[axis];
