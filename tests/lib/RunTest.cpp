@@ -136,7 +136,7 @@ TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
     EXPECT_EQ(usageErrorOf([&] { run.setText("Number", "abc"); }),
               "option \"Number\": \"abc\" is not a number");
     EXPECT_EQ(usageErrorOf([&] { run.setText("Mode", "dance"); }),
-              "option \"Mode\": \"dance\" is not among the choices \"publish\", \"withdraw\", "
+              "option \"Mode\": \"dance\" is not among the choices; there are \"publish\", \"withdraw\", "
               "\"misuse\"");
     EXPECT_EQ(usageErrorOf([&] { run.setText("Grid", "x"); }),
               "option \"Grid\" takes no text, it is a data");

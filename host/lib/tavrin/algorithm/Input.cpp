@@ -1,5 +1,7 @@
 #include <tavrin/algorithm/Input.hpp>
 
+#include <tavrin/base/Suggestion.hpp>
+
 #include <algorithm>
 #include <array>
 
@@ -8,14 +10,6 @@ namespace tavrin
 
 namespace
 {
-
-std::string quotedList(const std::vector<std::string>& texts)
-{
-    std::string list;
-    for (const std::string& text : texts)
-        list += (list.empty() ? "\"" : ", \"") + text + "\"";
-    return list;
-}
 
 /// "a 2-D grid or a 3-D grid".
 std::string alternatives(const RTTICollection& types)
@@ -68,8 +62,8 @@ InputChoices::InputChoices(std::string name, std::string description,
         [this](const std::string& text)
         {
             if (std::ranges::find(mChoices, text) == mChoices.end())
-                throw usage_error("\"" + text + "\" is not among the choices " +
-                                  quotedList(mChoices));
+                throw usage_error("\"" + text + "\" is not among the choices" +
+                                  suggestionFor(text, mChoices));
             return text;
         });
 }
