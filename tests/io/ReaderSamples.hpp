@@ -88,6 +88,24 @@ private:
                    neverAbort};
 };
 
+/// Real files, where a folder of them is given.
+class RealFilesTest : public ReaderTest
+{
+protected:
+    void SetUp() override
+    {
+        ReaderTest::SetUp();
+        if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
+            GTEST_SKIP() << "TAVRIN_TEST_DATA names no folder";
+        mData = std::getenv("TAVRIN_TEST_DATA");
+    }
+
+    const std::filesystem::path& data() const { return mData; }
+
+private:
+    std::filesystem::path mData;
+};
+
 inline std::string vtkFile(const std::string& type, const std::string& content,
                            const std::string& attributes = "")
 {

@@ -8,22 +8,7 @@ namespace
 using namespace samples;
 
 /// Real files against what was found out about them by other means.
-class RealData : public ReaderTest
-{
-protected:
-    void SetUp() override
-    {
-        ReaderTest::SetUp();
-        if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
-            GTEST_SKIP() << "TAVRIN_TEST_DATA names no folder";
-        mData = std::getenv("TAVRIN_TEST_DATA");
-    }
-
-    const std::filesystem::path& data() const { return mData; }
-
-private:
-    std::filesystem::path mData;
-};
+using RealData = RealFilesTest;
 
 const std::map<std::string, std::string> precisionNames{
     {"float", "float32"},   {"double", "float64"},  {"int", "int32"},          {"long", "int64"},
