@@ -1,5 +1,7 @@
 #include "run/ArrowSegments.hpp"
 
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/graphics/ObjectRenderer.hpp>
 #include <tavrin/io/DataReference.hpp>
 #include <tavrin/io/Loader.hpp>
@@ -46,11 +48,9 @@ class ArrowSegments : public testing::Test
 protected:
     void write(const graphics::Drawable& drawable, const std::string& extension)
     {
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        mFile = testing::TempDir() + "tavrin-segments-" + test->name() + extension;
+        mFile = mFolder / ("segments" + extension);
         io::writeFunctions(app::arrowSegments(drawable), mFile, goOn);
     }
-    ~ArrowSegments() override { std::filesystem::remove(mFile); }
 
     template<typename T>
     std::shared_ptr<const Function<T>> read(const std::string& name)
@@ -60,6 +60,7 @@ protected:
     }
 
 private:
+    TemporaryFolder mFolder;
     std::filesystem::path mFile;
     io::Loader mLoader{[](const std::string& line) { ADD_FAILURE() << line; }, goOn};
 };

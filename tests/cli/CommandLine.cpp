@@ -37,16 +37,8 @@ std::string contentOf(const fs::path& file)
 
 Workshop::Workshop()
 {
-    std::string pattern = (fs::temp_directory_path() / "tavrin-cli-XXXXXX").string();
-    mFolder = mkdtemp(pattern.data());
     for (const auto& entry : fs::directory_iterator(exampleFolder()))
         fs::create_symlink(entry.path(), mFolder / entry.path().filename());
-}
-
-Workshop::~Workshop()
-{
-    std::error_code ignored;
-    fs::remove_all(mFolder, ignored);
 }
 
 void Workshop::write(const std::string& name, const std::string& content) const
@@ -62,7 +54,7 @@ std::string Workshop::read(const std::string& name) const
 std::string Workshop::temporaryFiles() const
 {
     std::string names;
-    for (const auto& entry : fs::directory_iterator(mFolder))
+    for (const auto& entry : fs::directory_iterator(folder()))
         if (entry.path().filename().string().starts_with('.'))
             names += entry.path().filename().string() + ' ';
     return names;
@@ -75,7 +67,7 @@ Outcome Workshop::run(const std::string& command) const
     const fs::path capture = mFolder / ".captured";
     fs::create_directory(capture);
     std::ofstream(capture / "script")
-        << "cd '" << mFolder.string() << "' || exit 99\n"
+        << "cd '" << folder().string() << "' || exit 99\n"
         << "PATH='" << program.parent_path().string() << "':$PATH\n"
         << "PLUGIN='" << TAVRIN_TRIAL_PLUGIN << "'\n"
         << "LIBRARIES='" << program.parent_path().parent_path().string() << "/lib'\n"

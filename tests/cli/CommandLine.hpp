@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TemporaryFolder.hpp>
+
 #include <filesystem>
 #include <string>
 
@@ -18,14 +20,11 @@ class Workshop
 {
 public:
     Workshop();
-    Workshop(const Workshop&) = delete;
-    Workshop& operator=(const Workshop&) = delete;
-    ~Workshop();
 
     /// Runs a command line of the shell.
     Outcome run(const std::string& command) const;
 
-    const std::filesystem::path& folder() const { return mFolder; }
+    const std::filesystem::path& folder() const { return mFolder.path(); }
 
     void write(const std::string& name, const std::string& content) const;
     std::string read(const std::string& name) const;
@@ -34,5 +33,5 @@ public:
     std::string temporaryFiles() const;
 
 private:
-    std::filesystem::path mFolder;
+    TemporaryFolder mFolder;
 };

@@ -81,7 +81,7 @@ const Case cases[] = {
     {"UnsuitableGrid", R"(operate "Field A=flow.vtu" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input; use .vtu, .pvd\n"},
     {"UnsuitableSeries", R"(operate "Field A=double_gyre.pvd" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input with 21 time steps; use .pvd\n"},
     {"SameOutputTwice", R"(operate "Field A=nix.vtu" -o new.vtu -o Field=./new.vtu)", 2, "error: ./new.vtu: is to be written twice\n"},
-    {"OutputIsInput", R"(operate "Field A=flow.vtu#velocity" -o ../$(basename "$PWD")/flow.vtu 2>&1 | sed 's/tavrin-cli-[^/]*/HERE/' >&2)", 0, "error: ../HERE/flow.vtu: is an input, and would be overwritten\n"},
+    {"OutputIsInput", R"(operate "Field A=flow.vtu#velocity" -o ../$(basename "$PWD")/flow.vtu 2>&1 | sed 's/tavrin-test-[^/]*/HERE/' >&2)", 0, "error: ../HERE/flow.vtu: is an input, and would be overwritten\n"},
     {"OutputFolderMissing", R"(operate "Field A=nix.vtu" -o nix/out.vtu)", 3, "error: nix/out.vtu: the folder nix does not exist\n"},
     {"OutputBelowFile", R"(operate "Field A=nix.vtu" -o report.json/out.vtu)", 3, "error: report.json/out.vtu: report.json is not a folder\n"},
     {"OutputIsFolder", R"(mkdir d.vtu; operate "Field A=nix.vtu" -o d.vtu)", 3, "error: d.vtu: is a folder\n"},

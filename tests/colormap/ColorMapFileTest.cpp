@@ -1,3 +1,5 @@
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/colormap/ColorMapReference.hpp>
 
 #include <gtest/gtest.h>
@@ -14,17 +16,6 @@ using namespace tavrin;
 class ColorMapFileTest : public testing::Test
 {
 protected:
-    ColorMapFileTest()
-    {
-        // One folder per test: tests run at the same time.
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        folder = std::filesystem::path(testing::TempDir()) /
-                 ("tavrin-colormap-" + std::string(test->name()));
-        std::filesystem::create_directories(folder);
-        file = folder / "map@2.json";
-    }
-    ~ColorMapFileTest() override { std::filesystem::remove_all(folder); }
-
     void write(const std::string& text) const { std::ofstream(file) << text; }
 
     /// What is said of a file with this text, behind its name.
@@ -55,8 +46,8 @@ protected:
         return "none";
     }
 
-    std::filesystem::path folder;
-    std::filesystem::path file;
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder / "map@2.json";
 };
 
 const std::string twoMaps = R"([

@@ -2,6 +2,8 @@
 #include "examples/ExampleFields.hpp"
 #include "examples/Trigonometry.hpp"
 
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/io/Loader.hpp>
@@ -231,9 +233,8 @@ TEST(ExampleData, HasTheSameBitsEverywhere)
 
 TEST(ExampleData, IsWrittenSmallAndReadWithoutNamingAnArray)
 {
-    std::string name = (std::filesystem::temp_directory_path() / "tavrin-test-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    const std::filesystem::path folder = std::filesystem::path(name) / "new" / "folder";
+    const TemporaryFolder temporary;
+    const std::filesystem::path folder = temporary / "new/folder";
     const volatile bool neverAbort = false;
     const auto files = writeExamples(folder, neverAbort);
     EXPECT_EQ(files.size(), 7U);
@@ -250,7 +251,6 @@ TEST(ExampleData, IsWrittenSmallAndReadWithoutNamingAnArray)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
         bytes += entry.is_regular_file() ? entry.file_size() : 0;
     EXPECT_LT(bytes, 6'000'000U);
-    std::filesystem::remove_all(name);
 }
 
 }

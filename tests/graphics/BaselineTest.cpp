@@ -1,5 +1,7 @@
 #include "Painting.hpp"
 
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/base/Exceptions.hpp>
 
 #include <cairo.h>
@@ -152,10 +154,10 @@ TEST_F(PaintingTest, PngFilesHoldThePixels)
     Image image{.width = 3, .height = 2, .rgba = {}};
     for (std::uint8_t i = 0; i < 6; ++i)
         image.rgba.insert(image.rgba.end(), {i, static_cast<std::uint8_t>(40 * i), 7, 255});
-    const fs::path file = fs::path(testing::TempDir()) / "tavrin-pixels.png";
+    const TemporaryFolder folder;
+    const fs::path file = folder / "pixels.png";
     writePng(image, file);
     EXPECT_EQ(readPng(file).rgba, image.rgba);
-    fs::remove(file);
     image.rgba.pop_back();
     EXPECT_THROW(encodePng(image), runtime_error);
     EXPECT_THROW(encodePng({}), runtime_error);

@@ -1,5 +1,7 @@
 #include "Painting.hpp"
 
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
 
@@ -331,7 +333,8 @@ TEST_F(PaintingTest, FailuresSayWhatAndWhere)
     };
     EXPECT_EQ(failureOf({.drawables = {withVertexShader("missing.glsl")}}, keepGoing),
               "missing.glsl: the shader cannot be read");
-    const std::string broken = testing::TempDir() + "broken.glsl";
+    const TemporaryFolder folder;
+    const std::string broken = folder / "broken.glsl";
     std::ofstream(broken) << "void main()\n{\n    nonsense\n}\n";
     const std::string failure = failureOf({.drawables = {withVertexShader(broken)}}, keepGoing);
     EXPECT_TRUE(failure.starts_with(broken + ": ")) << failure;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
@@ -8,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -25,22 +26,14 @@ inline const volatile bool neverAbort = false;
 class TemporaryFolderTest : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "tavrin-test-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        mFolder = name;
-    }
-    void TearDown() override { std::filesystem::remove_all(mFolder); }
-
-    const std::filesystem::path& folder() const { return mFolder; }
+    const std::filesystem::path& folder() const { return mFolder.path(); }
 
     /// What is in the folder, sorted, folders with a slash behind.
     std::vector<std::string> listing() const
     {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(mFolder))
-            names.push_back(entry.path().lexically_relative(mFolder).string() +
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder()))
+            names.push_back(entry.path().lexically_relative(folder()).string() +
                             (entry.is_directory() ? "/" : ""));
         std::ranges::sort(names);
         return names;
@@ -79,7 +72,7 @@ protected:
     }
 
 private:
-    std::filesystem::path mFolder;
+    TemporaryFolder mFolder;
 };
 
 /// Numbers that are easily lost on the way through a file.

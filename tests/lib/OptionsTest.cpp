@@ -174,7 +174,8 @@ TEST_F(OptionsTest, AChoiceRefusesOtherTextsUnlessSetDirectly)
     }
     catch (const usage_error& error)
     {
-        EXPECT_STREQ(error.what(), "\"three\" is not among the choices; there are \"one\", \"two\"");
+        EXPECT_STREQ(error.what(),
+                     "\"three\" is not among the choices; there are \"one\", \"two\"");
     }
     choice.fromStringUnchecked("three");
     EXPECT_EQ(options.get<std::string>("Choice"), "three");

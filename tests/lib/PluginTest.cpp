@@ -1,3 +1,5 @@
+#include <TemporaryFolder.hpp>
+
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
 
@@ -11,13 +13,9 @@ namespace
 using namespace tavrin;
 namespace fs = std::filesystem;
 
-/// An empty folder for the time of a test.
 class PluginTest : public testing::Test
 {
 protected:
-    PluginTest() { fs::create_directories(folder); }
-    ~PluginTest() override { fs::remove_all(folder); }
-
     static std::string failureOf(const fs::path& library)
     {
         try
@@ -31,8 +29,7 @@ protected:
         return "loaded";
     }
 
-    const fs::path folder =
-        fs::temp_directory_path() / ("tavrin-plugin-test-" + std::to_string(getpid()));
+    const TemporaryFolder folder;
     const fs::path flaimiob =
         PluginRegistrationService::getInstance().pluginFolder() / "libflaimiob.so";
 };
@@ -65,7 +62,7 @@ TEST_F(PluginTest, LoadedUnderASecondNameReportsDuplicatesAndKeepsTheFirst)
 TEST_F(PluginTest, ThatCannotBeLoadedGivesAReason)
 {
     EXPECT_EQ(failureOf(folder / "none.so"), (folder / "none.so").string() + ": no such file");
-    EXPECT_EQ(failureOf(folder), folder.string() + ": not a file");
+    EXPECT_EQ(failureOf(folder.path()), folder.path().string() + ": not a file");
     const fs::path text = folder / "text.so";
     std::ofstream(text) << "this is no library at all, but long enough to look at its beginning\n";
     EXPECT_EQ(failureOf(text), text.string() + ": not a shared library");
@@ -95,10 +92,9 @@ TEST_F(PluginTest, WhoseInitialisationThrowsIsRefused)
 TEST_F(PluginTest, ResourcesAreFoundInTheFolderNamedFirst)
 {
     auto& service = PluginRegistrationService::getInstance();
-    fs::create_directories(folder / "utils" / "Things");
-    ASSERT_EQ(setenv("TAVRIN_RESOURCE_PATH", (":" + folder.string()).c_str(), 1), 0);
-    EXPECT_EQ(service.getResourcePath("utils/Things"),
-              (folder / "utils" / "Things").string() + "/");
+    fs::create_directories(folder / "utils/Things");
+    ASSERT_EQ(setenv("TAVRIN_RESOURCE_PATH", (":" + folder.path().string()).c_str(), 1), 0);
+    EXPECT_EQ(service.getResourcePath("utils/Things"), (folder / "utils/Things").string() + "/");
     try
     {
         service.getResourcePath("utils/None");
@@ -108,7 +104,7 @@ TEST_F(PluginTest, ResourcesAreFoundInTheFolderNamedFirst)
     {
         const std::string text = error.what();
         EXPECT_NE(text.find("resources \"utils/None\" not found"), std::string::npos) << text;
-        EXPECT_NE(text.find(folder.string()), std::string::npos) << text;
+        EXPECT_NE(text.find(folder.path().string()), std::string::npos) << text;
     }
     unsetenv("TAVRIN_RESOURCE_PATH");
 }

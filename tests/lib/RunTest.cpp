@@ -135,9 +135,10 @@ TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
               "\"Test/Echo\" has no option \"Numbr\"; did you mean \"Number\"?");
     EXPECT_EQ(usageErrorOf([&] { run.setText("Number", "abc"); }),
               "option \"Number\": \"abc\" is not a number");
-    EXPECT_EQ(usageErrorOf([&] { run.setText("Mode", "dance"); }),
-              "option \"Mode\": \"dance\" is not among the choices; there are \"publish\", \"withdraw\", "
-              "\"misuse\"");
+    EXPECT_EQ(
+        usageErrorOf([&] { run.setText("Mode", "dance"); }),
+        "option \"Mode\": \"dance\" is not among the choices; there are \"publish\", \"withdraw\", "
+        "\"misuse\"");
     EXPECT_EQ(usageErrorOf([&] { run.setText("Grid", "x"); }),
               "option \"Grid\" takes no text, it is a data");
     EXPECT_EQ(usageErrorOf([&] { run.connect("Number", grid()); }),
