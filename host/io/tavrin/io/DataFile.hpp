@@ -2,6 +2,7 @@
 
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/io/DataReference.hpp>
+#include <tavrin/io/FileCells.hpp>
 #include <tavrin/io/StoredArray.hpp>
 
 #include <filesystem>
@@ -10,19 +11,6 @@
 
 namespace tavrin::io
 {
-
-/// The cells of an unstructured grid as a file lists them, with VTK's cell type numbers. Nothing is
-/// checked but that there is one offset more than there are types.
-struct FileCells
-{
-    std::vector<std::uint8_t> types;
-    IndexArray offsets{std::vector<std::int64_t>{0}};
-    IndexArray connectivity{std::vector<std::int64_t>{}};
-    /// The faces of polyhedra, one after the other: the number of faces, and for each face the
-    /// number of its points and the points. That of cell i begins at faceStarts[i].
-    IndexArray faces{std::vector<std::int64_t>{}};
-    std::vector<std::int64_t> faceStarts;
-};
 
 /// One opened data file: what it says about itself, and its arrays, which are read when asked for.
 /// All reading throws `Malformed` and `Aborted`.
@@ -107,28 +95,6 @@ std::size_t numCellsOf(const GridSize& size);
 
 /// Whether an array of this name marks ghosts, and by which bits.
 std::optional<std::uint8_t> ghostMask(const std::string& name, Association association);
-
-/// The lists of cells of a file put one after the other.
-class CellCollector
-{
-public:
-    /// Adds cells whose vertices count from `firstPoint`. A single list is taken over as it is.
-    void add(IndexArray offsets, IndexArray connectivity, std::size_t firstPoint);
-
-    IndexArray offsets();
-    IndexArray connectivity();
-
-private:
-    struct Part
-    {
-        IndexArray offsets;
-        IndexArray connectivity;
-        std::size_t firstPoint;
-    };
-    void merge();
-
-    std::vector<Part> mParts;
-};
 
 /// The extension in small letters, ".vtu".
 std::string extensionOf(const std::filesystem::path& path);

@@ -2,10 +2,9 @@
 
 #include <tavrin/io/Malformed.hpp>
 #include <tavrin/io/TextNumbers.hpp>
+#include <tavrin/io/XmlCells.hpp>
+#include <tavrin/io/XmlElements.hpp>
 #include <tavrin/io/XmlValues.hpp>
-
-#include <vtkCellType.h>
-#include <vtkXMLDataElement.h>
 
 #include <cmath>
 #include <cstring>
@@ -45,80 +44,10 @@ const Kind& kindOf(vtkXMLDataElement& root, const std::filesystem::path& path)
     return *kind;
 }
 
-vtkXMLDataElement* child(vtkXMLDataElement& element, const char* name)
-{
-    return element.FindNestedElementWithName(name);
-}
-
-/// Calls `visitor(element)` for the child elements of a name.
-template<typename Visitor>
-void forChildren(vtkXMLDataElement* element, const char* name, const Visitor& visitor)
-{
-    for (int i = 0; element != nullptr && i < element->GetNumberOfNestedElements(); ++i)
-    {
-        vtkXMLDataElement& nested = *element->GetNestedElement(i);
-        if (std::strcmp(nested.GetName(), name) == 0)
-            visitor(nested);
-    }
-}
-
-/// The last array of a name among the children, as `DataFile::addArray` keeps the last.
-vtkXMLDataElement* findArray(vtkXMLDataElement* section, const std::string& name)
-{
-    vtkXMLDataElement* found = nullptr;
-    forChildren(section, "DataArray",
-                [&](vtkXMLDataElement& array)
-                {
-                    if (XmlValues::attribute(array, "Name") == name)
-                        found = &array;
-                });
-    return found;
-}
-
-vtkXMLDataElement& requireArray(vtkXMLDataElement* section, const std::string& name,
-                                const std::string& where)
-{
-    vtkXMLDataElement* const array = findArray(section, name);
-    if (array == nullptr)
-        throw Malformed("the array \"" + name + "\" of its " + where + " is missing");
-    return *array;
-}
-
-/// The only array of a section, such as that of Points.
-vtkXMLDataElement& onlyArray(vtkXMLDataElement& piece, const char* section)
-{
-    vtkXMLDataElement* found = nullptr;
-    forChildren(child(piece, section), "DataArray",
-                [&](vtkXMLDataElement& array) { found = &array; });
-    if (found == nullptr)
-        throw Malformed(std::string("a piece has no ") + section);
-    return *found;
-}
-
 constexpr const char* sectionOf(Association association)
 {
     return association == Association::Points ? "PointData" : "CellData";
 }
-
-/// The lists of cells of polygonal data, in the order of their cell data.
-struct PolySection
-{
-    const char* name;
-    const char* count;
-    /// VTK's types of cells of `ownVertices` vertices, of one more, and of any other number.
-    std::size_t ownVertices;
-    std::uint8_t ownType;
-    std::uint8_t nextType;
-    std::uint8_t anyType;
-};
-
-constexpr std::array polySections{
-    PolySection{"Verts", "NumberOfVerts", 1, VTK_VERTEX, VTK_POLY_VERTEX, VTK_POLY_VERTEX},
-    PolySection{"Lines", "NumberOfLines", 2, VTK_LINE, VTK_POLY_LINE, VTK_POLY_LINE},
-    PolySection{"Polys", "NumberOfPolys", 3, VTK_TRIANGLE, VTK_QUAD, VTK_POLYGON},
-    PolySection{"Strips", "NumberOfStrips", 3, VTK_TRIANGLE, VTK_TRIANGLE_STRIP,
-                VTK_TRIANGLE_STRIP},
-};
 
 class XmlFile : public DataFile
 {
@@ -152,11 +81,6 @@ private:
                                const Section& section);
     StoredArray readNamed(Association association, const std::string& name, Precision precision,
                           std::size_t components);
-    void readCellList(vtkXMLDataElement* section, const std::string& name, std::size_t cells,
-                      std::size_t firstPoint, CellCollector& collector, FileCells& result,
-                      const PolySection* poly);
-    void readFaces(const Piece& piece, FileCells& cells);
-
     XmlValues mValues;
     vtkXMLDataElement* mGrid = nullptr;
     bool mIsPolyData = false;
@@ -212,11 +136,7 @@ void XmlFile::readPieces()
                     else
                     {
                         piece.points = XmlValues::countAttribute(element, "NumberOfPoints");
-                        if (!mIsPolyData)
-                            piece.cells = XmlValues::countAttribute(element, "NumberOfCells");
-                        else
-                            for (const PolySection& section : polySections)
-                                piece.cells += XmlValues::countAttribute(element, section.count);
+                        piece.cells = XmlCells::countOf(element, mIsPolyData);
                     }
                     if (piece.points > 0)
                         mPieces.push_back(piece);
@@ -444,102 +364,12 @@ StoredArray XmlFile::readCoordinates(std::size_t axis)
     return result;
 }
 
-void XmlFile::readCellList(vtkXMLDataElement* section, const std::string& name, std::size_t cells,
-                           std::size_t firstPoint, CellCollector& collector, FileCells& result,
-                           const PolySection* poly)
-{
-    if (cells == 0)
-        return;
-    vtkXMLDataElement& ends = requireArray(section, "offsets", name);
-    const auto precision = XmlValues::precisionOf(ends);
-    if (!precision)
-        throw Malformed("the offsets of its " + name + " have no type of number");
-    mValues.require(ends, cells);
-    // A file lists where each cell ends; the first one begins at 0.
-    StoredArray offsets = StoredArray::allocate(*precision, cells + 1, 1);
-    std::memset(offsets.data, 0, offsets.bytesPerTuple());
-    StoredArray rest = offsets;
-    rest.data += offsets.bytesPerTuple();
-    rest.tuples = cells;
-    mValues.read(ends, rest);
-    IndexArray starts = toIndices(offsets);
-
-    const std::int64_t length = starts[cells];
-    if (length < 0)
-        throw Malformed("the offsets of its " + name + " are negative");
-    const StoredArray vertices = mValues.read(requireArray(section, "connectivity", name),
-                                              static_cast<std::size_t>(length), 1);
-    if (poly != nullptr)
-        for (std::size_t cell = 0; cell < cells; ++cell)
-        {
-            const auto count = static_cast<std::size_t>(starts[cell + 1] - starts[cell]);
-            result.types.push_back(count == poly->ownVertices       ? poly->ownType
-                                   : count == poly->ownVertices + 1 ? poly->nextType
-                                                                    : poly->anyType);
-        }
-    collector.add(std::move(starts), toIndices(vertices), firstPoint);
-}
-
-void XmlFile::readFaces(const Piece& piece, FileCells& cells)
-{
-    vtkXMLDataElement* const section = child(*piece.element, "Cells");
-    const std::size_t first = cells.types.size() - piece.cells;
-    if (std::find(cells.types.begin() + static_cast<std::ptrdiff_t>(first), cells.types.end(),
-                  VTK_POLYHEDRON) == cells.types.end())
-        return;
-    if (mPieces.size() > 1)
-        throw Malformed("polyhedra in a file of several pieces are not supported");
-    const StoredArray endArray =
-        mValues.read(requireArray(section, "faceoffsets", "Cells"), piece.cells, 1);
-    const IndexArray ends = toIndices(endArray);
-    std::int64_t start = 0;
-    for (std::size_t cell = 0; cell < piece.cells; ++cell)
-    {
-        cells.faceStarts.push_back(start);
-        start = std::max(start, ends[cell]);
-    }
-    cells.faces = toIndices(
-        mValues.read(requireArray(section, "faces", "Cells"), static_cast<std::size_t>(start), 1));
-}
-
 FileCells XmlFile::readCells()
 {
-    FileCells cells;
-    CellCollector collector;
-    std::size_t firstPoint = 0;
+    XmlCells cells(mValues, mIsPolyData);
     for (const Piece& piece : mPieces)
-    {
-        if (mIsPolyData)
-        {
-            for (const PolySection& section : polySections)
-                readCellList(child(*piece.element, section.name), section.name,
-                             XmlValues::countAttribute(*piece.element, section.count), firstPoint,
-                             collector, cells, &section);
-        }
-        else if (piece.cells > 0)
-        {
-            vtkXMLDataElement* const section = child(*piece.element, "Cells");
-            readCellList(section, "Cells", piece.cells, firstPoint, collector, cells, nullptr);
-            const StoredArray types =
-                mValues.read(requireArray(section, "types", "Cells"), piece.cells, 1);
-            visitPrecision(types.precision,
-                           [&]<typename Stored>()
-                           {
-                               for (std::size_t i = 0; i < types.tuples; ++i)
-                               {
-                                   const auto type = static_cast<double>(types.as<Stored>()[i]);
-                                   cells.types.push_back(type >= 0 && type < 256
-                                                             ? static_cast<std::uint8_t>(type)
-                                                             : std::uint8_t{255});
-                               }
-                           });
-            readFaces(piece, cells);
-        }
-        firstPoint += piece.points;
-    }
-    cells.offsets = collector.offsets();
-    cells.connectivity = collector.connectivity();
-    return cells;
+        cells.add(*piece.element, piece.points);
+    return cells.take();
 }
 
 }
