@@ -97,20 +97,33 @@ TEST_P(ArrowPaintingTest, ArrowsAreWhereTheyShouldBe)
 {
     const Image image = paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.05, red, GetParam()},
                                      {{0, 0, 0}, {0, 1, 0}, 0.05, blue, GetParam()}});
-    // Seen straight on, three per cent of margin: x to the right at the bottom, y upwards at the left.
-    EXPECT_TRUE(isRed(pixelAt(image, 60, 116)));
-    EXPECT_TRUE(isBlue(pixelAt(image, 4, 60)));
+    // Seen straight on, x to the right at the bottom, y upwards at the left; three per cent of
+    // margin are left, and half of the heads.
+    EXPECT_TRUE(isRed(pixelAt(image, 60, 107)));
+    EXPECT_TRUE(isBlue(pixelAt(image, 12, 60)));
     EXPECT_EQ(pixelAt(image, 60, 60).green, 255);
     // The head is wider than the shaft, and at the far end.
     const auto thickness = [&](std::size_t x)
     {
         std::size_t count = 0;
-        for (std::size_t y = 100; y < 120; ++y)
+        for (std::size_t y = 90; y < 120; ++y)
             count += isRed(pixelAt(image, x, y)) ? 1 : 0;
         return count;
     };
     EXPECT_GE(thickness(86), thickness(50) + 2);
     EXPECT_LE(thickness(114), thickness(50));
+}
+
+TEST_P(ArrowPaintingTest, ThickArrowsAreNotCut)
+{
+    for (const Vector3& direction : {Vector3(1, 0, 0), Vector3(1, 2, 0), Vector3(1, 1, 1)})
+    {
+        const Image image = paintArrows({{{0, 0, 0}, direction, 0.6, red, GetParam()}});
+        EXPECT_GT(countInk(image), 1000U);
+        for (std::size_t i = 0; i < 120; ++i)
+            for (const auto& [x, y] : {std::pair(i, 0UL), {i, 119UL}, {0UL, i}, {119UL, i}})
+                EXPECT_EQ(pixelAt(image, x, y).green, 255) << x << " " << y;
+    }
 }
 
 TEST_P(ArrowPaintingTest, FarFromTheOriginNothingChanges)
@@ -291,8 +304,8 @@ TEST_F(PaintingTest, OddScenesArePainted)
 TEST_F(PaintingTest, LargePicturesHaveNoSeams)
 {
     const Image image =
-        paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.01, red, true}}, {.width = 2200, .height = 20});
-    for (std::size_t x = 20; x < 2180; ++x)
+        paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.002, red, true}}, {.width = 2200, .height = 20});
+    for (std::size_t x = 20; x < 2100; ++x)
         ASSERT_TRUE(isRed(pixelAt(image, x, 10))) << x;
 }
 

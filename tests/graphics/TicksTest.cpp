@@ -18,6 +18,7 @@ TEST(Ticks, AreRoundNumbersWithinTheLimits)
     EXPECT_EQ(Ticks::between(1.0, -1.0, 4).labels,
               (Texts{"\u22121.0", "\u22120.5", "0.0", "0.5", "1.0"}));
     EXPECT_EQ(Ticks::between(0.0, 1.0, 5).titleSuffix, "");
+    EXPECT_EQ(Ticks::between(-1.6, 1.6, 2).labels, (Texts{"\u22121", "0", "1"}));
 }
 
 TEST(Ticks, LeaveToTheTitleWhatAllHaveInCommon)

@@ -8,11 +8,10 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-constexpr float shaftRadius = 0.5F;
-constexpr float tubeHeadRadius = 1.55F;
-constexpr float flatHeadRadius = 2.1F;
-/// Where the head begins.
-constexpr float neck = 0.68F;
+constexpr float shaftRadius = ArrowMesh::shaftRadius;
+constexpr float tubeHeadRadius = ArrowMesh::tubeHeadRadius;
+constexpr float flatHeadRadius = ArrowMesh::flatHeadRadius;
+constexpr float neck = ArrowMesh::neck;
 
 class Builder
 {

@@ -19,6 +19,13 @@ struct ArrowMesh
         Tensor<float, 3> normal;
     };
 
+    /// In widths.
+    static constexpr float shaftRadius = 0.5F;
+    static constexpr float tubeHeadRadius = 1.55F;
+    static constexpr float flatHeadRadius = 2.1F;
+    /// Where the head begins, as a share of the length.
+    static constexpr float neck = 0.68F;
+
     std::vector<Vertex> vertices;
     std::vector<std::uint16_t> indices;
     /// Faces the eye whatever the direction of the arrow, and is shaded so.

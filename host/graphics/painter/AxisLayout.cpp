@@ -30,6 +30,8 @@ struct Edge
     Pixel pixelTo;
     /// Away from the box, in the picture.
     Pixel outwards;
+    /// How far the scene reaches beyond it, in pixels.
+    double beyond = 0.0;
 
     double length() const { return norm(pixelTo - pixelFrom); }
     bool isUpright() const
@@ -65,9 +67,11 @@ double reach(std::span<const Pixel> pixels, const Pixel& direction)
     return farthest;
 }
 
-/// The edge along an axis that is best written on: at the silhouette, at the left if it is upright
-/// in the picture, and else at the bottom.
-std::optional<Edge> findEdge(const ProjectedBox& box, std::size_t axis)
+/// The edge along an axis that is best written on: at the silhouette, where the scene reaches no
+/// more than so many pixels beyond it; at the left if it is upright in the picture, and else at the
+/// bottom.
+std::optional<Edge> findEdge(const ProjectedBox& box, std::span<const Pixel> scene,
+                             std::size_t axis, double mostBeyond)
 {
     std::optional<Edge> best;
     double bestPlace = 0.0;
@@ -80,7 +84,8 @@ std::optional<Edge> findEdge(const ProjectedBox& box, std::size_t axis)
                   .to = box.corners[corner | bit],
                   .pixelFrom = box.pixels[corner],
                   .pixelTo = box.pixels[corner | bit],
-                  .outwards = {}};
+                  .outwards = {},
+                  .beyond = 0.0};
         if (!(edge.length() > 1.0))
             continue;
         const Pixel along = (edge.pixelTo - edge.pixelFrom) / edge.length();
@@ -93,9 +98,13 @@ std::optional<Edge> findEdge(const ProjectedBox& box, std::size_t axis)
             edge.outwards *= -1.0;
         if (reach(box.pixels, edge.outwards) > dot(edge.pixelFrom, edge.outwards) + 0.5)
             continue;
+        edge.beyond =
+            std::max(0.0, reach(scene, edge.outwards) - dot(edge.pixelFrom, edge.outwards));
+        const bool isFree = edge.beyond <= mostBeyond;
+        const bool isBestFree = best && best->beyond <= mostBeyond;
         const Pixel edgeMiddle = 0.5 * (edge.pixelFrom + edge.pixelTo);
         const double place = edge.isUpright() ? -edgeMiddle[0] : edgeMiddle[1];
-        if (!best || place > bestPlace + 0.5)
+        if (!best || (isFree != isBestFree ? isFree : place > bestPlace + 0.5))
         {
             best = edge;
             bestPlace = place;
@@ -131,15 +140,16 @@ public:
     {
     }
 
-    /// `clearance`: how far beyond the edge the scene reaches, in pixels.
-    void write(const Edge& edge, std::size_t axis, double clearance)
+    /// `mostBeyond`: how far from the edge the numbers may be, in pixels, to be clear of the scene.
+    void write(const Edge& edge, std::size_t axis, double mostBeyond)
     {
         const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mStyle.fontSize;
         const double wanted = std::clamp(edge.length() / spacing, 2.0, 7.0);
         const Ticks ticks =
             Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted));
         const double tickLength = 0.35 * mStyle.fontSize;
-        const double numberGap = std::max(clearance, tickLength) + 0.4 * mStyle.fontSize;
+        const double numberGap =
+            std::max(std::min(edge.beyond, mostBeyond), tickLength) + 0.4 * mStyle.fontSize;
 
         std::vector<Label> numbers;
         double numberExtent = 0.0;
@@ -208,14 +218,13 @@ Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
     AxisWriter writer(placement, camera, canvas, style);
     for (std::size_t axis = 0; axis < outline.dimension; ++axis)
     {
-        const std::optional<Edge> edge = findEdge(box, axis);
+        // Seen straight on, a number far from its tick is still in line with it.
+        const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
+        const std::optional<Edge> edge = findEdge(box, scene, axis, mostBeyond);
         // What is seen nearly from its end has no room for numbers.
         if (!edge || edge->length() < 4.0 * style.fontSize)
             continue;
-        const double beyond = reach(scene, edge->outwards) - dot(edge->pixelFrom, edge->outwards);
-        // Seen straight on, a number far from its tick is still in line with it.
-        const double farthest = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
-        writer.write(*edge, axis, std::clamp(beyond, 0.0, farthest));
+        writer.write(*edge, axis, mostBeyond);
     }
     return writer.take();
 }

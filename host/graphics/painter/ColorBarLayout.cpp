@@ -36,7 +36,7 @@ ColorBarLayout::ColorBarLayout(const ColorBar& bar, const Frame& picture, const 
     : mColorBar(bar)
 {
     const double barWidth = std::round(1.1 * style.fontSize);
-    const double barHeight = std::round(0.66 * picture.height);
+    const double barHeight = std::round(std::min(0.66 * picture.height, 36.0 * style.fontSize));
     const double tickLength = 0.3 * style.fontSize;
     const double gap = 0.35 * style.fontSize;
 

@@ -1,5 +1,7 @@
 #include "SceneExtent.hpp"
 
+#include "ArrowMesh.hpp"
+
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/graphics/ArrowBatch.hpp>
 #include <tavrin/graphics/Primitive.hpp>
@@ -44,10 +46,15 @@ void visitPositions(const ArrowBatch& batch, Visitor& visitor)
     for (const ArrowGlyph& arrow : batch.arrows())
     {
         const Position end = arrow.start + arrow.direction;
-        if (!isFinite(arrow.start) || !isFinite(end))
+        const bool isSeen = std::isfinite(arrow.width) && arrow.color.alpha > 0.0F;
+        if (!isSeen || !isFinite(arrow.start) || !isFinite(end))
             continue;
-        visitor(arrow.start);
-        visitor(end);
+        const double width = std::abs(arrow.width);
+        const double headRadius =
+            width * (arrow.tube ? ArrowMesh::tubeHeadRadius : ArrowMesh::flatHeadRadius);
+        visitor(arrow.start, width * ArrowMesh::shaftRadius);
+        visitor(arrow.start + ArrowMesh::neck * arrow.direction, headRadius);
+        visitor(end, 0.0);
     }
 }
 
@@ -62,19 +69,20 @@ void visitPositions(const Primitive& primitive, Visitor& visitor)
     {
         const Position position(values[i], values[i + 1], values[i + 2]);
         if (isFinite(position))
-            visitor(position);
+            visitor(position, 0.0);
     }
 }
 
-/// Calls the visitor with all positions between which the scene extends; the origin in an empty one.
+/// Calls the visitor with all positions between which the scene extends, and with how far it
+/// reaches around them; with the origin in an empty scene.
 template<typename Visitor>
 void visitPositions(const Scene& scene, const std::optional<Box>& outline, Visitor visitor)
 {
     bool isEmpty = true;
-    const auto visit = [&](const Position& position)
+    const auto visit = [&](const Position& position, double radius)
     {
         isEmpty = false;
-        visitor(position);
+        visitor(position, radius);
     };
     for (const auto& drawable : scene.drawables)
     {
@@ -87,9 +95,9 @@ void visitPositions(const Scene& scene, const std::optional<Box>& outline, Visit
     }
     if (outline)
         for (const Position& corner : cornersOf(outline->lower, outline->upper))
-            visit(corner);
+            visit(corner, 0.0);
     if (isEmpty)
-        visitor(Position{});
+        visitor(Position{}, 0.0);
 }
 
 bool isTransparent(const Drawable& drawable)
@@ -101,7 +109,7 @@ bool isTransparent(const Drawable& drawable)
     return primitive != nullptr && primitive->config().renderBin() == RenderBin::Transparent;
 }
 
-/// The directions in which it matters how far a scene reaches: to eight sides, also a little tilted
+/// The directions, of length 1, in which it matters how far a scene reaches: to eight sides, also a little tilted
 /// towards the eye as the sides of a perspective view are, and towards and away from the eye.
 std::vector<Position> directionsToTheSidesOf(const Camera::Axes& axes)
 {
@@ -111,6 +119,8 @@ std::vector<Position> directionsToTheSidesOf(const Camera::Axes& axes)
             for (const double y : {-1.0, 0.0, 1.0})
                 if (x != 0.0 || y != 0.0)
                     directions.push_back(x * axes.right + y * axes.up + tilt * axes.back);
+    for (Position& direction : directions)
+        direction /= norm(direction);
     return directions;
 }
 
@@ -146,7 +156,7 @@ SceneExtent::SceneExtent(const Scene& scene, const std::optional<View>& wantedVi
                             { return drawable != nullptr && isTransparent(*drawable); });
 
     Extent extent;
-    visitPositions(scene, outline, [&](const Position& position) { extent.add(position); });
+    visitPositions(scene, outline, [&](const Position& position, double) { extent.add(position); });
     placement.center = middleOf(extent);
     const Position halfSize = 0.5 * extent.upper - 0.5 * extent.lower;
     const double largest = *std::ranges::max_element(halfSize);
@@ -157,16 +167,17 @@ SceneExtent::SceneExtent(const Scene& scene, const std::optional<View>& wantedVi
     std::vector<double> reached(directions.size(), -Extent::infinity);
     extremes.resize(directions.size());
     visitPositions(scene, outline,
-                   [&](const Position& position)
+                   [&](const Position& position, double radius)
                    {
                        const Position placed = placement(position);
+                       const double placedRadius = placement.scale * radius;
                        for (std::size_t i = 0; i < directions.size(); ++i)
                        {
-                           const double reach = dot(placed, directions[i]);
+                           const double reach = dot(placed, directions[i]) + placedRadius;
                            if (reach > reached[i])
                            {
                                reached[i] = reach;
-                               extremes[i] = placed;
+                               extremes[i] = placed + placedRadius * directions[i];
                            }
                        }
                    });

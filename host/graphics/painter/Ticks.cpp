@@ -73,9 +73,12 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
     if (!(range > 1e-13 * magnitude) || !(range > 1e-300))
         return {{low}, {withTypographicMinus(fmt::format("{:.6g}", low))}, {}};
 
-    const double step = roundedUp(range / mostSteps);
-    const double first = std::ceil(low / step - 1e-6);
-    const double last = std::floor(high / step + 1e-6);
+    double step = roundedUp(range / mostSteps);
+    const auto first = [&] { return std::ceil(low / step - 1e-6); };
+    const auto last = [&] { return std::floor(high / step + 1e-6); };
+    // One number makes no scale.
+    while (last() < first() + 1.0)
+        step = roundedUp(0.4 * step);
     const double offset = commonOffset(low, high, step);
     const double largest = std::max(std::abs(low - offset), std::abs(high - offset));
     int exponent = exponentOf(largest);
@@ -83,7 +86,7 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
         exponent = 0;
     const double unit = std::pow(10.0, exponent);
     const int decimals = std::max(0, -exponentOf(step / unit));
-    for (double i = first; i <= last; ++i)
+    for (double i = first(); i <= last(); ++i)
     {
         // The rounding of a sum of steps is not to be seen; neither is a zero with a sign.
         const double value = i * step;

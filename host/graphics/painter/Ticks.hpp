@@ -15,7 +15,8 @@ struct Ticks
     /// in typographic characters. Empty where the labels are the values themselves.
     std::string titleSuffix;
 
-    /// Multiples of 1, 2 or 5 times a power of ten between the limits, which may be in any order.
+    /// Multiples of 1, 2 or 5 times a power of ten between the limits, which may be in any order:
+    /// two at least, and no more steps between them than wanted unless it takes more for that.
     /// Equal limits have one. None where a limit is not finite.
     static Ticks between(double low, double high, unsigned mostSteps);
 };
