@@ -390,6 +390,16 @@ TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
     // Nothing to compare with.
     EXPECT_EQ(hintOf(fieldOf<Vector2>({{1e9, 0.0}})), "");
     EXPECT_EQ(hintOf(fieldOf<Vector2>({{0.0, 0.0}, {0.0, 0.0}})), "");
+
+    // Lines end at single precision numbers; arrows do not.
+    const auto far =
+        fieldOf<Vector3>({{0.5, 0.0, 0.0}}, cloudOf<3>({Vector3(8388608.0, 0.0, 0.0)}));
+    EXPECT_EQ(hintOf(far), "");
+    run.setText("Representation", "line");
+    run.execute(goOn);
+    EXPECT_EQ(run.debugLog(),
+              "hint: the longest line has the length 0.5, and its ends are rounded "
+              "to multiples of about 1 here; the other representations are exact\n");
 }
 
 }

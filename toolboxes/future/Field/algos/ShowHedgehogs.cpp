@@ -1,3 +1,4 @@
+#include "HedgehogAdvice.hpp"
 #include "NeighbourDistance.hpp"
 
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
@@ -6,8 +7,6 @@
 #include <tavrin/function/visit.hpp>
 #include <tavrin/graphics/ObjectRenderer.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
-
-#include <charconv>
 
 namespace
 {
@@ -34,9 +33,6 @@ using DrawablePointer = std::shared_ptr<graphics::Drawable>;
 
 /// The thickness of an arrow of "Width Scale" 1, as a share of its length.
 constexpr double relativeWidth = 0.05;
-
-/// An arrow should be neither so many times longer nor shorter than its neighbours are away.
-constexpr double disproportion = 20.0;
 
 /// The arrows are filled in blocks that fit into the nearest cache.
 constexpr std::size_t arrowsPerBlock = 512;
@@ -188,25 +184,15 @@ DrawableMaker makerFor(const std::string& representation)
     throw logic_error("Invalid gui option for Representation.");
 }
 
-/// The length of the longest finite arrow.
-double longestOf(const LargeVector<Arrow>& arrows)
+/// The greatest finite norm of a member of the arrows.
+double greatestOf(Tensor<double, 3> Arrow::*member, const LargeVector<Arrow>& arrows)
 {
-    double longest = 0.0;
-#pragma omp parallel for schedule(static) reduction(max : longest)
+    double greatest = 0.0;
+#pragma omp parallel for schedule(static) reduction(max : greatest)
     for (std::size_t i = 0; i < arrows.size(); ++i)
-        if (const double length = norm(arrows[i].vector); std::isfinite(length))
-            longest = std::max(longest, length);
-    return longest;
-}
-
-/// A number with two significant digits, in its shortest form.
-std::string rounded(double number)
-{
-    std::array<char, 32> digits{};
-    const auto written =
-        std::to_chars(digits.begin(), digits.end(), number, std::chars_format::scientific, 1);
-    std::from_chars(digits.begin(), written.ptr, number);
-    return toText(number);
+        if (const double length = norm(arrows[i].*member); std::isfinite(length))
+            greatest = std::max(greatest, length);
+    return greatest;
 }
 
 class ShowHedgehogsAlgorithmlgorithm : public VisAlgorithm
@@ -273,8 +259,6 @@ private:
 
     template<typename Fill>
     void fillArrows(const std::string& title, std::size_t count, const Fill& fill);
-
-    void adviseOnScale(const LargeVector<Arrow>& arrows, double scale, double neighbourDistance);
 };
 
 void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, const volatile bool&)
@@ -293,25 +277,32 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
     const auto time = options.get<double>("Time");
     const auto color = options.get<Color>("Color");
     const auto colorMap = options.get<ColorMapDataObject>("Color Map");
-    const DrawableMaker maker = makerFor(options.get<std::string>("Representation"));
+    const auto representation = options.get<std::string>("Representation");
+    const DrawableMaker maker = makerFor(representation);
 
     LargeVector<Arrow> arrows;
     std::vector<Color> colors;
+    double neighbourDistance = 0.0;
     bool isPointSet = false;
-    visitObject<FieldTypes>(
-        *field,
-        [&]<std::size_t N>(const Function<Tensor<double, N>>& function)
-        {
-            isPointSet = visitObject<DomainTypes>(
-                *function.domain(),
-                [&]<std::size_t D>(const PointSet<D>& domain)
-                {
-                    exec<D, N>(scale, time, function, domain, colorMap, arrows, colors);
-                    adviseOnScale(arrows, scale, typicalNeighbourDistance(domain));
-                });
-        });
+    visitObject<FieldTypes>(*field,
+                            [&]<std::size_t N>(const Function<Tensor<double, N>>& function)
+                            {
+                                isPointSet = visitObject<DomainTypes>(
+                                    *function.domain(),
+                                    [&]<std::size_t D>(const PointSet<D>& domain)
+                                    {
+                                        exec<D, N>(scale, time, function, domain, colorMap, arrows,
+                                                   colors);
+                                        neighbourDistance = typicalNeighbourDistance(domain);
+                                    });
+                            });
     if (!isPointSet)
         throw logic_error("Invalid grid");
+
+    const double longest = greatestOf(&Arrow::vector, arrows);
+    debugLog() << adviceOnScale(longest, scale, neighbourDistance);
+    if (representation == "line")
+        debugLog() << adviceOnPrecision(longest, greatestOf(&Arrow::position, arrows));
 
     const auto mapping = mappingFor(options.get<std::string>("Vector anchor point at"));
     setGraphics("Hedgehogs",
@@ -390,21 +381,6 @@ void ShowHedgehogsAlgorithmlgorithm::fillArrows(const std::string& title, std::s
                           for (std::size_t i = first; i < first + size; ++i)
                               fill(i);
                       });
-}
-
-/// Arrows that are much longer or shorter than their neighbours are away make no picture.
-void ShowHedgehogsAlgorithmlgorithm::adviseOnScale(const LargeVector<Arrow>& arrows, double scale,
-                                                   double neighbourDistance)
-{
-    const double longest = longestOf(arrows);
-    const double better = scale * (neighbourDistance / longest);
-    const bool isFitting = longest * disproportion >= neighbourDistance &&
-                           longest <= neighbourDistance * disproportion;
-    if (isFitting || neighbourDistance == 0.0 || !std::isfinite(better))
-        return;
-    debugLog() << "hint: the longest arrow has the length " << rounded(longest)
-               << ", and neighbouring samples are " << rounded(neighbourDistance)
-               << " apart; with \"Scale\" " << rounded(better) << " both are equal" << std::endl;
 }
 
 const AlgorithmRegister<ShowHedgehogsAlgorithmlgorithm> registration("Field/Show Hedgehogs",
