@@ -9,6 +9,16 @@ function(tavrin_add_plugin name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TAVRIN_PLUGIN_SUBDIR}")
 endfunction()
 
+# tavrin_publish_library(<name> <folder of headers>)
+# Installs a library with its headers, for the program and for plug-ins that are built elsewhere.
+function(tavrin_publish_library name headers)
+    target_include_directories(${name} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+    install(TARGETS ${name} EXPORT tavrin-targets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    install(DIRECTORY ${headers}
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+        FILES_MATCHING PATTERN "*.hpp")
+endfunction()
+
 # tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])
 # One GoogleTest program; ctest knows each of its tests by itself.
 function(tavrin_add_test name)
