@@ -93,6 +93,29 @@ const Case cases[] = {
     {"ClosedStandardOutput", "{ tavrin man; echo $? >&2; } | true", 0, "0\n"},
     {"NoStandardOutput", "tavrin list >&-", 0, ""},
 
+    // Pictures
+    {"Picture", R"(draw Field=flow.vtu "Color Map=viridis" --size 200x150 && head -c 24 out.png | tail -c 8 | od -An -tx1 >&2)", 0, " 00 00 00 c8 00 00 00 96\n"},
+    {"ScaleIsAdvised", "draw Field=flow.vtu Scale=1000 --size 20x20", 0, "hint: the longest arrow has the length 1500, and neighbouring samples are 0.32 apart; with \"Scale\" 0.21 both are equal\n"},
+    {"NoVectors", "draw Field=plate_with_hole.vts", 2, "error: option \"Field\": it takes a function of type 2-D Vector or a function of type 3-D Vector, not a function of type 3x3 Matrix on Points\n"},
+    {"NothingToDraw", "draw", 1, "Input Field not set.\nerror: \"Field/Show Hedgehogs\" published nothing on \"Hedgehogs\"\n"},
+    {"UnknownColorMap", R"(draw Field=flow.vtu "Color Map=virids")", 2, "error: unknown colour map \"virids\"; did you mean \"viridis\"?\n"},
+    {"MissingColorMapFile", R"(draw Field=flow.vtu "Color Map=nix.json")", 3, "error: nix.json: no such file\n"},
+    {"BrokenColorMapFile", R"(echo '{"broken' >m.json; draw Field=flow.vtu "Color Map=m.json")", 3, "error: m.json: is not valid JSON at line 1, column 9\n"},
+    {"UnknownRepresentation", "draw Field=flow.vtu Representation=cone", 2, "error: option \"Representation\": \"cone\" is not among the choices; there are \"line\", \"arrow\", \"tube arrow\"\n"},
+    {"RepresentationSetDirectly", "draw Field=flow.vtu Representation:=cone", 1, "error: Invalid gui option for Representation.\n"},
+    {"UnknownAnchor", R"(draw Field=flow.vtu "Vector anchor point at=tail")", 2, "error: option \"Vector anchor point at\": \"tail\" is not among the choices; there are \"origin\", \"center\", \"destination\"\n"},
+    {"AnchorSetDirectly", R"(draw Field=flow.vtu "Vector anchor point at:=tail" Representation=line)", 1, "error: bad_function_call\n"},
+    {"NoPixels", "draw Field=flow.vtu --size 0x0", 2, "error: a picture of 0x0 pixels cannot be painted; each side takes 1 to 16384\n"},
+    {"TooManyPixels", "draw Field=flow.vtu --size 100000x100000", 2, "error: a picture of 100000x100000 pixels cannot be painted; each side takes 1 to 16384\n"},
+    {"NegativeSize", "draw Field=flow.vtu --size -5x10", 2, "error: --size: \"-5x10\" is not of the form WIDTHxHEIGHT, as in 1600x1200\n"},
+    {"NoBackground", "draw Field=flow.vtu --background dark", 2, "error: --background: \"dark\" is not a colour: #rrggbb, #rrggbbaa, or r,g,b[,a] with components in 0..1\n"},
+    {"NoView", "draw Field=flow.vtu --view top", 2, "error: \"top\" is not a view; use x, -x, y, -y, z, -z, iso or AZIMUTH,ELEVATION in degrees, the elevation in -90 to 90\n"},
+    {"PictureExtension", "tavrin run 'Field/Show Hedgehogs' Field=nix.vtu -o out.jpg", 2, "error: out.jpg: a picture cannot have the extension \".jpg\"; use .png, .vtp\n"},
+    {"NoEgl", "mkdir lib; : >lib/libEGL.so.1; LD_LIBRARY_PATH=lib draw Field=flow.vtu", 1, "error: no OpenGL 3.3 context without a display: the library libEGL.so.1 cannot be loaded\n"},
+    {"NoOpenGlAtAll", "mkdir lib; : >lib/libepoxy.so.0; LD_LIBRARY_PATH=lib draw Field=flow.vtu", 1, "error: pictures cannot be painted: lib/libepoxy.so.0: file too short\n"},
+    {"NoOpenGlNeeded", R"(mkdir lib; for name in epoxy.so.0 EGL.so.1 GL.so.1 cairo.so.2; do : >lib/lib$name; done; export LD_LIBRARY_PATH=$PWD/lib
+        tavrin run Field/Info Field=flow.vtu >/dev/null && operate "Field A=flow.vtu" -o out.vtu && tavrin run 'Field/Show Hedgehogs' Field=flow.vtu -o arrows.vtp >/dev/null)", 0, ""},
+
     // What an algorithm may do
     {"Throws", "trial Throw", 1, "hint: try another\nerror: the matrix is singular\n"},
     {"ThrowsLines", "trial Throw What=lines", 1, "hint: try another\nerror: first second [31m\n"},
@@ -129,6 +152,7 @@ void PrintTo(const Case& row, std::ostream* stream)
 constexpr const char* prelude = R"(
 operate() { tavrin run 'Field/Tensor Field Operator' "$@"; }
 trial() { name=$1; shift; tavrin --plugin "$PLUGIN" run "Trial/$name" "$@"; }
+draw() { tavrin run 'Field/Show Hedgehogs' "$@" -o out.png >/dev/null || { code=$?; ls out.png 2>/dev/null; return $code; } }
 started() { until test -e started; do sleep 0.02; done; }
 )";
 

@@ -29,8 +29,8 @@ std::pair<std::size_t, std::size_t> parseSize(const std::string& text)
         {
             const long width = lexicalCast<long>(text.substr(0, cross));
             const long height = lexicalCast<long>(text.substr(cross + 1));
-            return {static_cast<std::size_t>(std::max(0L, width)),
-                    static_cast<std::size_t>(std::max(0L, height))};
+            if (width >= 0 && height >= 0)
+                return {static_cast<std::size_t>(width), static_cast<std::size_t>(height)};
         }
     }
     catch (const bad_lexical_cast&)
