@@ -1,4 +1,5 @@
 #include "HedgehogBench.hpp"
+#include "InfoBench.hpp"
 #include "LocatorBench.hpp"
 #include "OperatorBench.hpp"
 #include "RatioReporter.hpp"
@@ -16,6 +17,7 @@ int main(int argc, char** argv)
 
     tavrin::bench::addOperatorRows();
     tavrin::bench::addHedgehogRows();
+    tavrin::bench::addInfoRows();
     tavrin::bench::addLocatorRows();
     tavrin::bench::addSampleRows();
 
