@@ -150,6 +150,33 @@ TEST_F(InfoTest, LeavesOutWhatIsNotANumberAndSaysSo)
     EXPECT_NE(
         statisticsOf(fieldOf<Scalar>({nan, 1.0}), true, true).find("the value [nan] at index 0"),
         std::string::npos);
+    EXPECT_EQ(run.debugLog(), "hint: 1 of 2 values are not a number; the first is one of them, and "
+                              "nothing compares with it, and the median means little\n");
+}
+
+TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
+{
+    // Extremes in every place of the blocks that are looked at together, twice each.
+    std::vector<Vector3> values(2000, Vector3(3.0, 4.0, 0.0));
+    for (const std::size_t index : {1U, 31U, 511U, 512U, 1023U, 1500U, 1998U})
+    {
+        auto changed = values;
+        changed[index] = changed[index + 1] = Vector3(0.0, -1e-200, 0.0);
+        changed[index - 1] = changed[1999] = Vector3(0.0, 0.0, 1e200);
+        const auto text = statisticsOf(fieldOf<Vector3>(changed), true, false);
+        const auto at = [](std::size_t i) { return " at index " + std::to_string(i) + " of"; };
+        EXPECT_NE(text.find("norm 0, the value [0, -1e-200, 0]" + at(index)), std::string::npos)
+            << text;
+        EXPECT_NE(text.find("norm inf, the value [0, 0, 1e+200]" + at(index - 1)),
+                  std::string::npos)
+            << text;
+    }
+    // The absolute value of a scalar has no square that could vanish.
+    EXPECT_EQ(statisticsOf(fieldOf<Scalar>({-1e200, 2e-200, 1e-200}), true, false),
+              "A tensor with minimal norm has the norm 1e-200, the value [1e-200] at index 2 of "
+              "Points\n"
+              "A tensor with maximal norm has the norm 1e+200, the value [-1e+200] at index 0 of "
+              "Points\n");
 }
 
 TEST_F(InfoTest, AbortedReportsWhatWasSeen)

@@ -61,7 +61,7 @@ void expectSmallest(const Points& points, const BoundingSphere& sphere)
 
 TEST(BoundingSphere, IsKnownForSimpleSets)
 {
-    EXPECT_EQ(computeBoundingSphere({}), BoundingSphere{});
+    EXPECT_EQ(computeBoundingSphere(Points{}), BoundingSphere{});
     EXPECT_EQ(computeBoundingSphere({{1.0F, 2.0F, 3.0F}}), (BoundingSphere{{1.0, 2.0, 3.0}, 0.0}));
     EXPECT_EQ(computeBoundingSphere(Points(7, {1.0F, 2.0F, 3.0F})),
               (BoundingSphere{{1.0, 2.0, 3.0}, 0.0}));

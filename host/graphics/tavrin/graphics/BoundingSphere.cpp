@@ -13,7 +13,7 @@ namespace
 {
 
 using Position = Tensor<double, 3>;
-using Points = std::vector<Tensor<float, 3>>;
+using Points = std::span<const Tensor<float, 3>>;
 
 /// How much farther than the radius a point may be and still count as enclosed. A point that is
 /// farther by a share d may enlarge the smallest sphere by no more than d * d / 2, which vanishes in
@@ -42,7 +42,7 @@ struct Farthest
 };
 
 /// The first of the finite points that are farthest from the centre; distance -1 if there is none.
-Farthest findFarthest(const Points& points, const Position& origin, const Position& center)
+Farthest findFarthest(Points points, const Position& origin, const Position& center)
 {
     // The square of a float's distance is finite, so an infinite square tells a point that is not.
     constexpr double largest = std::numeric_limits<double>::max();
@@ -152,7 +152,7 @@ SupportedSphere smallestAroundFew(const std::vector<Position>& points)
 
 }
 
-BoundingSphere computeBoundingSphere(const Points& points)
+BoundingSphere computeBoundingSphere(Points points)
 {
     const Farthest first = findFarthest(points, Position{}, Position{});
     if (first.distance < 0.0)

@@ -2,6 +2,7 @@
 
 #include <tavrin/value/Tensor.hpp>
 
+#include <span>
 #include <vector>
 
 namespace tavrin::graphics
@@ -24,6 +25,10 @@ struct BoundingSphere
 ///
 /// Walks from the smallest sphere of few points to the farthest point outside until there is none,
 /// as in B. Gaertner, "Fast and Robust Smallest Enclosing Balls", ESA 1999.
-TAVRIN_API BoundingSphere computeBoundingSphere(const std::vector<Tensor<float, 3>>& points);
+TAVRIN_API BoundingSphere computeBoundingSphere(std::span<const Tensor<float, 3>> points);
+inline BoundingSphere computeBoundingSphere(const std::vector<Tensor<float, 3>>& points)
+{
+    return computeBoundingSphere(std::span(points));
+}
 
 }

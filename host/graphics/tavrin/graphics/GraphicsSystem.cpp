@@ -9,15 +9,23 @@ namespace
 {
 
 /// A buffer that shares the vector's memory: its elements are floats and nothing else.
-template<typename Element>
-std::shared_ptr<VertexBuffer> makeBufferOf(std::vector<Element> elements)
+template<typename Vector>
+std::shared_ptr<VertexBuffer> makeBufferOf(Vector elements)
 {
+    using Element = typename Vector::value_type;
     constexpr std::size_t numComponents = sizeof(Element) / sizeof(float);
     static_assert(std::is_standard_layout_v<Element> && alignof(Element) == alignof(float));
-    const auto owner = std::make_shared<const std::vector<Element>>(std::move(elements));
+    const auto owner = std::make_shared<const Vector>(std::move(elements));
     const std::span values(reinterpret_cast<const float*>(owner->data()),
                            owner->size() * numComponents);
     return std::make_shared<VertexBuffer>(owner, values, numComponents);
+}
+
+void check(ColorChannel channel)
+{
+    if (channel != ColorChannel::RGBA)
+        throw logic_error("colour layout " + std::to_string(static_cast<int>(channel)) +
+                          " is not known; use 4 (RGBA)");
 }
 
 }
@@ -32,9 +40,20 @@ std::shared_ptr<VertexBuffer> GraphicsSystem::makeBuffer(std::vector<Tensor<floa
 std::shared_ptr<VertexBuffer> GraphicsSystem::makeBuffer(std::vector<Color> colors,
                                                          ColorChannel channel)
 {
-    if (channel != ColorChannel::RGBA)
-        throw logic_error("colour layout " + std::to_string(static_cast<int>(channel)) +
-                          " is not known; use 4 (RGBA)");
+    check(channel);
+    return makeBufferOf(std::move(colors));
+}
+
+std::shared_ptr<VertexBuffer> GraphicsSystem::makeLargeBuffer(
+    LargeVector<Tensor<float, 3>> vertices)
+{
+    return makeBufferOf(std::move(vertices));
+}
+
+std::shared_ptr<VertexBuffer> GraphicsSystem::makeLargeBuffer(LargeVector<Color> colors,
+                                                              ColorChannel channel)
+{
+    check(channel);
     return makeBufferOf(std::move(colors));
 }
 

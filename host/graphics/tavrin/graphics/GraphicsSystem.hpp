@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/base/LargeVector.hpp>
 #include <tavrin/graphics/ArrowBatch.hpp>
 #include <tavrin/graphics/Primitive.hpp>
 
@@ -29,6 +30,10 @@ public:
     /// As many components per vertex as there are channels. Moving the vector in saves a copy.
     static std::shared_ptr<VertexBuffer> makeBuffer(std::vector<Color> colors,
                                                     ColorChannel channel);
+    /// The same for many vertices, in memory that was filled by several threads.
+    static std::shared_ptr<VertexBuffer> makeLargeBuffer(LargeVector<Tensor<float, 3>> vertices);
+    static std::shared_ptr<VertexBuffer> makeLargeBuffer(LargeVector<Color> colors,
+                                                         ColorChannel channel);
 
     /// Throws nothing: files are read when something is painted.
     static std::shared_ptr<const ShaderProgram> makeProgram(std::filesystem::path vertex,

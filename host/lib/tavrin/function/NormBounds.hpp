@@ -20,20 +20,43 @@ struct NormBounds
     /// How many values are best looked at together.
     static constexpr std::size_t valuesPerBlock = 512;
 
-    /// The bounds widened by the norms of more values, which are written to `norms`.
+    /// The bounds widened by the norms of more values, at most `valuesPerBlock`.
     template<typename T>
-    TAVRIN_FOR_SEVERAL_PROCESSORS NormBounds widenedBy(std::span<const T> values,
-                                                       double* norms) const
+    TAVRIN_FOR_SEVERAL_PROCESSORS NormBounds widenedBy(std::span<const T> values) const
     {
-        NormBounds bounds = *this;
-        for (std::size_t i = 0; i < values.size(); ++i)
-            norms[i] = norm(values[i]);
+        // The root never swaps two numbers: it is enough to take that of the extremes.
+        constexpr bool hasOneComponent = T::size == 1;
+        std::array<double, valuesPerBlock> squares;
+        std::size_t numNot = 0;
         for (std::size_t i = 0; i < values.size(); ++i)
         {
-            bounds.least = norms[i] < bounds.least ? norms[i] : bounds.least;
-            bounds.greatest = norms[i] > bounds.greatest ? norms[i] : bounds.greatest;
-            bounds.notANumber += norms[i] != norms[i] ? 1 : 0;
+            squares[i] = hasOneComponent ? norm(values[i]) : dot(values[i], values[i]);
+            numNot += squares[i] != squares[i] ? 1 : 0;
         }
+        // So many minima and maxima side by side keep a processor busy.
+        constexpr std::size_t lanes = 32;
+        const std::size_t padded = (values.size() + lanes - 1) / lanes * lanes;
+        for (std::size_t i = values.size(); i < padded; ++i)
+            squares[i] = std::numeric_limits<double>::quiet_NaN();
+        std::array<double, lanes> leasts;
+        std::array<double, lanes> greatests;
+        leasts.fill(std::numeric_limits<double>::infinity());
+        greatests.fill(-std::numeric_limits<double>::infinity());
+        for (std::size_t i = 0; i < padded; i += lanes)
+            for (std::size_t lane = 0; lane < lanes; ++lane)
+            {
+                const double square = squares[i + lane];
+                leasts[lane] = square < leasts[lane] ? square : leasts[lane];
+                greatests[lane] = square > greatests[lane] ? square : greatests[lane];
+            }
+        NormBounds bounds = *this;
+        bounds.notANumber += numNot;
+        if (numNot == values.size())
+            return bounds;
+        const auto root = [](double square)
+        { return hasOneComponent ? square : std::sqrt(square); };
+        bounds.least = std::min(least, root(std::ranges::min(leasts)));
+        bounds.greatest = std::max(greatest, root(std::ranges::max(greatests)));
         return bounds;
     }
 };
@@ -45,12 +68,10 @@ NormBounds boundNorms(const ValueArray<T>& values)
 {
     NormBounds bounds;
     std::array<T, NormBounds::valuesPerBlock> scratch;
-    std::array<double, NormBounds::valuesPerBlock> norms;
     for (std::size_t first = 0; first < values.size(); first += scratch.size())
     {
         const std::size_t count = std::min(scratch.size(), values.size() - first);
-        bounds =
-            bounds.widenedBy(values.read(first, std::span(scratch).first(count)), norms.data());
+        bounds = bounds.widenedBy(values.read(first, std::span(scratch).first(count)));
     }
     return bounds;
 }

@@ -151,16 +151,17 @@ void InfoAlgorithm::reportExtremes(const Function<T>& field, const volatile bool
     std::size_t minIndex = 0;
     std::size_t maxIndex = 0;
     std::array<T, NormBounds::valuesPerBlock> scratch;
-    std::array<double, NormBounds::valuesPerBlock> norms;
     for (std::size_t first = 0; first < count && !abortFlag; first += scratch.size())
     {
         const auto values = evaluator.read(
             first, std::span(scratch).first(std::min(scratch.size(), count - first)));
-        const NormBounds before = std::exchange(bounds, bounds.widenedBy(values, norms.data()));
+        const NormBounds before = std::exchange(bounds, bounds.widenedBy(values));
         // A block is searched only if it holds a new extreme; the first such value is taken.
-        const auto indexOf = [&](double wanted) {
-            return first +
-                   static_cast<std::size_t>(std::ranges::find(norms, wanted) - norms.begin());
+        const auto indexOf = [&](double wanted)
+        {
+            const auto found =
+                std::ranges::find(values, wanted, [](const T& v) { return norm(v); });
+            return first + static_cast<std::size_t>(found - values.begin());
         };
         if (bounds.least < before.least)
             minIndex = indexOf(bounds.least);
@@ -180,9 +181,11 @@ void InfoAlgorithm::reportExtremes(const Function<T>& field, const volatile bool
     report("maximal", maxIndex);
     if (bounds.notANumber > 0)
         debugLog() << "hint: " << bounds.notANumber << " of " << count
-                   << " values are not a number; they are neither minimal nor maximal, and the "
-                      "median means little"
-                   << std::endl;
+                   << " values are not a number; "
+                   << (std::isnan(firstNorm)
+                           ? "the first is one of them, and nothing compares with it"
+                           : "they are neither minimal nor maximal")
+                   << ", and the median means little" << std::endl;
 }
 
 template<typename T>

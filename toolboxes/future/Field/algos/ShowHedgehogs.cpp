@@ -28,6 +28,9 @@ struct Arrow
 using AnchorMapping = std::function<std::pair<Tensor<double, 3>, Tensor<double, 3>>(
     Tensor<double, 3> position, Tensor<double, 3> vector)>;
 
+/// One per arrow.
+using Colors = LargeVector<Color>;
+
 using RendererPointer = std::shared_ptr<graphics::ObjectRenderer>;
 using DrawablePointer = std::shared_ptr<graphics::Drawable>;
 
@@ -67,13 +70,13 @@ void traceNumber(const LargeVector<Arrow>& arrows)
     std::cout << "Number of Arrows: " << arrows.size() << std::endl;
 }
 
-DrawablePointer makeLinesColorMapped(const RendererPointer&, const std::vector<Color>& colors,
+DrawablePointer makeLinesColorMapped(const RendererPointer&, const Colors& colors,
                                      const LargeVector<Arrow>& arrows, float width,
                                      const AnchorMapping& mapping)
 {
     traceNumber(arrows);
-    std::vector<Tensor<float, 3>> vertices(2 * arrows.size());
-    std::vector<Color> vertexColors(2 * arrows.size());
+    LargeVector<Tensor<float, 3>> vertices(2 * arrows.size());
+    LargeVector<Color> vertexColors(2 * arrows.size());
     std::atomic<int> transparent = 0;
     // No exception may leave the parallel loop.
     if (!mapping && !arrows.empty())
@@ -99,9 +102,9 @@ DrawablePointer makeLinesColorMapped(const RendererPointer&, const std::vector<C
                                       base + "shader/line/noShading/multiColor/geometry.glsl");
     graphics::PrimitiveConfig config(graphics::RenderPrimitives::Lines);
     config.renderBin(static_cast<graphics::RenderBin>(transparent.load()))
-        .vertexBuffer("in_vertex", system.makeBuffer(std::move(vertices)))
+        .vertexBuffer("in_vertex", system.makeLargeBuffer(std::move(vertices)))
         .vertexBuffer("in_color",
-                      system.makeBuffer(std::move(vertexColors), graphics::ColorChannel::RGBA))
+                      system.makeLargeBuffer(std::move(vertexColors), graphics::ColorChannel::RGBA))
         .uniform("u_lineWidth", width)
         .boundingSphere(sphere);
     return system.makePrimitive(std::move(config), std::move(program));
@@ -111,13 +114,13 @@ DrawablePointer makeLines(const RendererPointer& renderer, const Color& color,
                           const LargeVector<Arrow>& arrows, double width,
                           const AnchorMapping& mapping)
 {
-    return makeLinesColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows,
+    return makeLinesColorMapped(renderer, Colors(arrows.size(), color), arrows,
                                 static_cast<float>(width), mapping);
 }
 
 DrawablePointer renderArrows(const RendererPointer& renderer, graphics::ObjectType type,
-                             const std::vector<Color>& colors, const LargeVector<Arrow>& arrows,
-                             double width, const AnchorMapping& mapping)
+                             const Colors& colors, const LargeVector<Arrow>& arrows, double width,
+                             const AnchorMapping& mapping)
 {
     traceNumber(arrows);
     renderer->reserve(type, arrows.size());
@@ -130,8 +133,7 @@ DrawablePointer renderArrows(const RendererPointer& renderer, graphics::ObjectTy
     return renderer->commit();
 }
 
-DrawablePointer makeArrowsColorMapped(const RendererPointer& renderer,
-                                      const std::vector<Color>& colors,
+DrawablePointer makeArrowsColorMapped(const RendererPointer& renderer, const Colors& colors,
                                       const LargeVector<Arrow>& arrows, double width,
                                       const AnchorMapping& mapping)
 {
@@ -142,12 +144,10 @@ DrawablePointer makeArrows(const RendererPointer& renderer, const Color& color,
                            const LargeVector<Arrow>& arrows, double width,
                            const AnchorMapping& mapping)
 {
-    return makeArrowsColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows, width,
-                                 mapping);
+    return makeArrowsColorMapped(renderer, Colors(arrows.size(), color), arrows, width, mapping);
 }
 
-DrawablePointer makeTubeArrowsColorMapped(const RendererPointer& renderer,
-                                          const std::vector<Color>& colors,
+DrawablePointer makeTubeArrowsColorMapped(const RendererPointer& renderer, const Colors& colors,
                                           const LargeVector<Arrow>& arrows, double width,
                                           const AnchorMapping& mapping)
 {
@@ -158,8 +158,8 @@ DrawablePointer makeTubeArrows(const RendererPointer& renderer, const Color& col
                                const LargeVector<Arrow>& arrows, double width,
                                const AnchorMapping& mapping)
 {
-    return makeTubeArrowsColorMapped(renderer, std::vector<Color>(arrows.size(), color), arrows,
-                                     width, mapping);
+    return makeTubeArrowsColorMapped(renderer, Colors(arrows.size(), color), arrows, width,
+                                     mapping);
 }
 
 /// The two forms of the maker of a representation's drawable.
@@ -168,8 +168,8 @@ struct DrawableMaker
     std::function<DrawablePointer(const RendererPointer&, const Color&, const LargeVector<Arrow>&,
                                   double width, const AnchorMapping&)>
         singleColor;
-    std::function<DrawablePointer(const RendererPointer&, const std::vector<Color>&,
-                                  const LargeVector<Arrow>&, double width, const AnchorMapping&)>
+    std::function<DrawablePointer(const RendererPointer&, const Colors&, const LargeVector<Arrow>&,
+                                  double width, const AnchorMapping&)>
         colorMapped;
 };
 
@@ -184,15 +184,27 @@ DrawableMaker makerFor(const std::string& representation)
     throw logic_error("Invalid gui option for Representation.");
 }
 
-/// The greatest finite norm of a member of the arrows.
-double greatestOf(Tensor<double, 3> Arrow::*member, const LargeVector<Arrow>& arrows)
+struct Lengths
 {
-    double greatest = 0.0;
-#pragma omp parallel for schedule(static) reduction(max : greatest)
+    /// Of the longest arrow.
+    double longest = 0.0;
+    /// From the origin to the farthest position.
+    double farthest = 0.0;
+};
+
+/// Of what is finite.
+Lengths lengthsOf(const LargeVector<Arrow>& arrows)
+{
+    constexpr auto finite = [](double length) { return std::isfinite(length) ? length : 0.0; };
+    double longest = 0.0;
+    double farthest = 0.0;
+#pragma omp parallel for schedule(static) reduction(max : longest, farthest)
     for (std::size_t i = 0; i < arrows.size(); ++i)
-        if (const double length = norm(arrows[i].*member); std::isfinite(length))
-            greatest = std::max(greatest, length);
-    return greatest;
+    {
+        longest = std::max(longest, finite(norm(arrows[i].vector)));
+        farthest = std::max(farthest, finite(norm(arrows[i].position)));
+    }
+    return {longest, farthest};
 }
 
 class ShowHedgehogsAlgorithmlgorithm : public VisAlgorithm
@@ -255,7 +267,7 @@ private:
     template<std::size_t D, std::size_t N>
     void exec(double scale, double time, const Function<Tensor<double, N>>& function,
               const PointSet<D>& domain, const std::shared_ptr<const ColorMapDataObject>& colorMap,
-              LargeVector<Arrow>& arrows, std::vector<Color>& colors);
+              LargeVector<Arrow>& arrows, Colors& colors);
 
     template<typename Fill>
     void fillArrows(const std::string& title, std::size_t count, const Fill& fill);
@@ -281,7 +293,7 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
     const DrawableMaker maker = makerFor(representation);
 
     LargeVector<Arrow> arrows;
-    std::vector<Color> colors;
+    Colors colors;
     double neighbourDistance = 0.0;
     bool isPointSet = false;
     visitObject<FieldTypes>(*field,
@@ -299,10 +311,10 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
     if (!isPointSet)
         throw logic_error("Invalid grid");
 
-    const double longest = greatestOf(&Arrow::vector, arrows);
+    const auto [longest, farthest] = lengthsOf(arrows);
     debugLog() << adviceOnScale(longest, scale, neighbourDistance);
     if (representation == "line")
-        debugLog() << adviceOnPrecision(longest, greatestOf(&Arrow::position, arrows));
+        debugLog() << adviceOnPrecision(longest, farthest);
 
     const auto mapping = mappingFor(options.get<std::string>("Vector anchor point at"));
     setGraphics("Hedgehogs",
@@ -327,7 +339,7 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
                                           const Function<Tensor<double, N>>& function,
                                           const PointSet<D>& domain,
                                           const std::shared_ptr<const ColorMapDataObject>& colorMap,
-                                          LargeVector<Arrow>& arrows, std::vector<Color>& colors)
+                                          LargeVector<Arrow>& arrows, Colors& colors)
 {
     auto evaluator = function.makeEvaluator();
     // A time that the field does not have leaves the evaluator where it is, at the first step.
