@@ -8,11 +8,6 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-constexpr float shaftRadius = ArrowMesh::shaftRadius;
-constexpr float tubeHeadRadius = ArrowMesh::tubeHeadRadius;
-constexpr float flatHeadRadius = ArrowMesh::flatHeadRadius;
-constexpr float neck = ArrowMesh::neck;
-
 class Builder
 {
 public:
