@@ -8,6 +8,11 @@
 #include <tavrin/io/Writer.hpp>
 
 #include <gtest/gtest.h>
+#include <vtkCellData.h>
+#include <vtkDataArray.h>
+#include <vtkNew.h>
+#include <vtkPolyData.h>
+#include <vtkXMLPolyDataReader.h>
 
 #include <limits>
 
@@ -52,6 +57,8 @@ protected:
         io::writeFunctions(app::arrowSegments(drawable), mFile, goOn);
     }
 
+    const std::filesystem::path& file() const { return mFile; }
+
     template<typename T>
     std::shared_ptr<const Function<T>> read(const std::string& name)
     {
@@ -85,6 +92,26 @@ TEST_F(ArrowSegments, OfArrowsComeBackFromAFileExactly)
         EXPECT_EQ(grid->point(1), Vector3(1e7 + 0.1, 2.0, 2.0));
         EXPECT_EQ(grid->point(grid->cell(1).pointIndex(1)), Vector3(4.0, 5.0, 6.0));
     }
+}
+
+TEST_F(ArrowSegments, OpenInOtherTools)
+{
+    write(*arrows(), ".vtp");
+    vtkNew<vtkXMLPolyDataReader> reader;
+    reader->SetFileName(file().c_str());
+    reader->Update();
+    vtkPolyData* const segments = reader->GetOutput();
+    EXPECT_EQ(segments->GetNumberOfLines(), 2);
+    EXPECT_EQ(segments->GetNumberOfCells(), 2);
+    ASSERT_EQ(segments->GetNumberOfPoints(), 4);
+    EXPECT_EQ(segments->GetPoint(1)[0], 1e7 + 0.1);
+    vtkDataArray* const vectors = segments->GetCellData()->GetArray("vector");
+    vtkDataArray* const colors = segments->GetCellData()->GetArray("color");
+    ASSERT_TRUE(vectors != nullptr && colors != nullptr);
+    EXPECT_EQ(vectors->GetNumberOfComponents(), 3);
+    EXPECT_EQ(vectors->GetComponent(0, 2), -1.0);
+    EXPECT_EQ(colors->GetNumberOfComponents(), 4);
+    EXPECT_EQ(colors->GetComponent(0, 3), 0.25);
 }
 
 TEST_F(ArrowSegments, OfLinesAreTheirVertices)
