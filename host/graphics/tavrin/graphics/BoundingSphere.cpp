@@ -1,5 +1,7 @@
 #include <tavrin/graphics/BoundingSphere.hpp>
 
+#include <tavrin/base/Processors.hpp>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -41,11 +43,26 @@ struct Farthest
     double distance = -1.0;
 };
 
-/// The first of the finite points that are farthest from the centre; distance -1 if there is none.
-Farthest findFarthest(Points points, const Position& origin, const Position& center)
+/// The largest squared distance of a finite point; -1 if there is none.
+TAVRIN_FOR_SEVERAL_PROCESSORS double largestSquare(Points points, const Position& origin,
+                                                   const Position& center)
 {
     // The square of a float's distance is finite, so an infinite square tells a point that is not.
     constexpr double largest = std::numeric_limits<double>::max();
+    double maximum = -1.0;
+#pragma omp simd reduction(max : maximum)
+    for (std::size_t i = 0; i < points.size(); ++i)
+    {
+        const double square = squaredDistance(points[i], origin, center);
+        const double finite = square <= largest ? square : -1.0;
+        maximum = maximum > finite ? maximum : finite;
+    }
+    return maximum;
+}
+
+/// The first of the finite points that are farthest from the centre; distance -1 if there is none.
+Farthest findFarthest(Points points, const Position& origin, const Position& center)
+{
     constexpr std::size_t blockSize = 4096;
     const std::size_t numBlocks = (points.size() + blockSize - 1) / blockSize;
     std::vector<double> maxima(numBlocks);
@@ -55,15 +72,9 @@ Farthest findFarthest(Points points, const Position& origin, const Position& cen
 #pragma omp parallel for schedule(static) if (numBlocks > 8)
     for (std::size_t block = 0; block < numBlocks; ++block)
     {
-        double maximum = -1.0;
-#pragma omp simd reduction(max : maximum)
-        for (std::size_t i = block * blockSize; i < blockEnd(block); ++i)
-        {
-            const double square = squaredDistance(points[i], origin, center);
-            const double finite = square <= largest ? square : -1.0;
-            maximum = maximum > finite ? maximum : finite;
-        }
-        maxima[block] = maximum;
+        const std::size_t first = block * blockSize;
+        maxima[block] =
+            largestSquare(points.subspan(first, blockEnd(block) - first), origin, center);
     }
 
     const auto best = std::max_element(maxima.begin(), maxima.end());
