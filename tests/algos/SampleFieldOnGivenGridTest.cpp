@@ -420,9 +420,10 @@ std::shared_ptr<const EmbeddedCellComplex<3>> distortedGrid(bool isListed)
         return structured;
     std::vector<std::int64_t> offsets{0};
     std::vector<std::int64_t> connectivity;
-    for (std::size_t cell = 0; cell < structured->numCells(); ++cell)
+    for (std::size_t i = 0; i < structured->numCells(); ++i)
     {
-        for (const std::size_t point : structured->cell(cell).pointIndices())
+        const Cell cell = structured->cell(i);
+        for (const std::size_t point : cell.pointIndices())
             connectivity.push_back(static_cast<std::int64_t>(point));
         offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
     }

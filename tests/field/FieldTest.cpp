@@ -73,7 +73,8 @@ Grid<D> unstructuredGrid()
     std::vector<CellType> types;
     for (std::size_t i = 0; i < uniform->numCells(); ++i)
     {
-        for (const std::size_t point : uniform->cell(i).pointIndices())
+        const Cell cell = uniform->cell(i);
+        for (const std::size_t point : cell.pointIndices())
             connectivity.push_back(static_cast<std::int64_t>(point));
         offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
         types.push_back(uniform->cellType(i));

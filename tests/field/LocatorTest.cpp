@@ -502,12 +502,13 @@ TEST(Locator, FindsCellsFarFromTheOriginAndOfAnySize)
             corner += size * Vector3(1, 1, 1);
         }
         const auto grid = mesh.grid();
-        for (std::size_t cell = 0; cell < grid->numCells(); ++cell)
+        for (std::size_t i = 0; i < grid->numCells(); ++i)
         {
+            const Cell cell = grid->cell(i);
             Vector3 middle{};
-            for (const std::size_t point : grid->cell(cell).pointIndices())
+            for (const std::size_t point : cell.pointIndices())
                 middle += 0.25 * grid->point(point);
-            EXPECT_EQ(cellAt<3>(*grid, middle), cell);
+            EXPECT_EQ(cellAt<3>(*grid, middle), i);
         }
     }
 }

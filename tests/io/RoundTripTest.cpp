@@ -49,8 +49,12 @@ bool haveSameCells(const Domain& a, const Domain& b)
         return left == right;
     bool result = left->numCells() == right->numCells();
     for (std::size_t i = 0; result && i < left->numCells(); ++i)
-        result = left->cellType(i) == right->cellType(i) &&
-                 std::ranges::equal(left->cell(i).pointIndices(), right->cell(i).pointIndices());
+    {
+        const Cell cell = left->cell(i);
+        const Cell other = right->cell(i);
+        result = cell.type() == other.type() &&
+                 std::ranges::equal(cell.pointIndices(), other.pointIndices());
+    }
     return result;
 }
 

@@ -28,7 +28,9 @@ public:
     /// The point index of vertex k.
     std::size_t pointIndex(std::size_t k) const { return mVertices[k]; }
 
-    std::span<const std::size_t> pointIndices() const { return {mVertices.data(), mNumVertices}; }
+    /// Valid as long as the cell is, so it cannot be asked of a temporary one.
+    std::span<const std::size_t> pointIndices() const& { return {mVertices.data(), mNumVertices}; }
+    std::span<const std::size_t> pointIndices() const&& = delete;
 
 private:
     CellType mType;
