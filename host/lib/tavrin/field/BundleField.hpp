@@ -50,6 +50,13 @@ public:
         return PointSetBase::BoundingBox(std::move(bounds));
     }
 
+    /// Whether one of the members is.
+    bool isSearched() const override
+    {
+        return std::ranges::any_of(mMembers,
+                                   [](const auto& member) { return member->isSearched(); });
+    }
+
 private:
     class Evaluator;
 

@@ -36,6 +36,10 @@ public:
     /// A box that no position with a value lies outside of, infinite where the field is.
     virtual PointSetBase::BoundingBox boundingBox() const = 0;
 
+    /// Whether it takes a search through stored cells to find a position, which is faster for
+    /// positions that come one after the other and lie together.
+    virtual bool isSearched() const { return false; }
+
     static const RTTI_TypeId& classTypeId();
     bool isA(const RTTI_TypeId& id) const override;
 };

@@ -45,6 +45,13 @@ public:
 
     PointSetBase::BoundingBox boundingBox() const override { return mGrid->boundingBox(); }
 
+    bool isSearched() const override
+    {
+        const StructuringType structuring = mGrid->structuringType();
+        return structuring == StructuringType::Curvilinear ||
+               structuring == StructuringType::Unstructured;
+    }
+
 private:
     template<bool isOnPoints>
     class Evaluator;

@@ -2,7 +2,9 @@
 #include <BundleTools/WalkLimits.hpp>
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/base/Memory.hpp>
+#include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/field/Field.hpp>
+#include <tavrin/field/SpatialOrder.hpp>
 #include <tavrin/function/visit.hpp>
 
 #include <omp.h>
@@ -42,6 +44,10 @@ struct Sampled<3>
 
 /// Points that are fetched, and counted as progress, together.
 constexpr std::size_t pointsPerBlock = 256;
+
+/// Scattered points that are fetched together and sampled in spatial order: so many that neighbours
+/// among them share what they read of the field, in a few megabytes.
+constexpr std::size_t pointsPerSorting = std::size_t{1} << 18;
 
 /// What a sample takes in the result: its value, and the mark whether it is real.
 template<typename T>
@@ -88,6 +94,8 @@ struct Positions
     using Position = Tensor<double, D>;
 
     std::size_t count;
+    /// Whether positions that follow one another may lie far apart.
+    bool mayBeScattered;
     /// The positions from `first` on, as `ValueArray::read` delivers values.
     std::function<std::span<const Position>(std::size_t first, std::span<Position> scratch)> read;
 };
@@ -106,16 +114,21 @@ Positions<D> positionsOf(const PointSet<G>& grid)
         else
         {
             std::array<Tensor<double, G>, pointsPerBlock> block;
-            std::size_t target = 0;
-            for (const auto& point : grid.points(first, std::span(block).first(scratch.size())))
+            for (std::size_t done = 0; done < scratch.size();)
             {
-                Position& position = scratch[target++] = {};
-                std::copy_n(point.begin(), std::min(D, G), position.begin());
+                const auto part =
+                    std::span(block).first(std::min(pointsPerBlock, scratch.size() - done));
+                for (const auto& point : grid.points(first + done, part))
+                {
+                    Position& position = scratch[done++] = {};
+                    std::copy_n(point.begin(), std::min(D, G), position.begin());
+                }
             }
             return scratch;
         }
     };
-    return {grid.numPoints(), read};
+    const bool isStructured = dynamic_cast<const StructuredGrid<G>*>(&grid) != nullptr;
+    return {grid.numPoints(), !isStructured, read};
 }
 
 /// Samples a field at every position at one time after the other, on all threads.
@@ -186,25 +199,34 @@ void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_
                               std::size_t last, Algorithm::Progress& progress,
                               const volatile bool& abortFlag)
 {
-    std::array<Tensor<double, D>, pointsPerBlock> scratch;
+    using Position = Tensor<double, D>;
+    const bool isSorted = mPositions.mayBeScattered && mField.isSearched();
+    const std::size_t atOnce = isSorted ? pointsPerSorting : pointsPerBlock;
+    std::vector<Position> scratch(std::min(atOnce, last - first));
     std::size_t outside = 0;
-    for (std::size_t i = first; i < last && !mFailure.hasHappened();)
+    for (std::size_t i = first; i < last; i += atOnce)
     {
-        const std::size_t count = std::min(pointsPerBlock, last - i);
-        std::size_t target = step * mPositions.count + i;
-        for (const auto& position : mPositions.read(i, std::span(scratch).first(count)))
+        const std::size_t count = std::min(atOnce, last - i);
+        const auto positions = mPositions.read(i, std::span(scratch).first(count));
+        const auto order = isSorted ? spatialOrder(positions) : std::vector<std::uint32_t>();
+        for (std::size_t done = 0; done < count;)
         {
             if (abortFlag)
                 return;
-            evaluator.reset(mTimes[step], position);
+            const std::size_t k = order.empty() ? done : order[done];
+            const std::size_t target = step * mPositions.count + i + k;
+            evaluator.reset(mTimes[step], positions[k]);
             const bool isValid = evaluator.isValid();
             mValues[target] = isValid ? evaluator.value() : T{};
             (*mValidity)[target] = isValid ? 1 : 0;
             outside += isValid ? 0 : 1;
-            ++target;
+            if (++done % pointsPerBlock != 0)
+                continue;
+            progress.advance(pointsPerBlock);
+            if (mFailure.hasHappened())
+                return;
         }
-        progress.advance(count);
-        i += count;
+        progress.advance(count % pointsPerBlock);
     }
     mNumOutside += outside;
     // Nobody then holds steps of a series that the next time does not need.
