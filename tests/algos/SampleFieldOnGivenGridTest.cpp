@@ -1,15 +1,10 @@
-#include "AlgorithmTest.hpp"
+#include "SampleTest.hpp"
 
 #include <BundleTools/ListParser.hpp>
-#include <tavrin/domain/CurvilinearGrid.hpp>
-#include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
-#include <omp.h>
-
 #include <atomic>
-#include <cstring>
 
 namespace
 {
@@ -17,88 +12,6 @@ namespace
 using namespace tavrin;
 
 const char* const port = "Sampled Field";
-
-/// Points of any positions, without cells.
-template<std::size_t G>
-std::shared_ptr<const PointSet<G>> pointsAt(std::vector<Tensor<double, G>> points)
-{
-    return std::make_shared<PointCloud<G>>(std::make_shared<DefaultValueArray<Tensor<double, G>>>(
-        std::move(points), Precision::Float64));
-}
-
-class SampleTest : public testing::Test
-{
-protected:
-    SampleTest() { run.setText("Time", "0.0"); }
-    ~SampleTest() override { omp_set_num_threads(mThreads); }
-
-    /// Runs without the parser's traces. Returns what went to standard output.
-    std::string execute(const volatile bool& abortFlag = goOn)
-    {
-        testing::internal::CaptureStdout();
-        try
-        {
-            run.execute(abortFlag);
-        }
-        catch (...)
-        {
-            testing::internal::GetCapturedStdout();
-            throw;
-        }
-        return testing::internal::GetCapturedStdout();
-    }
-
-    void connect(std::shared_ptr<const DataObject> field, std::shared_ptr<const DataObject> grid)
-    {
-        run.connect("Field", std::move(field));
-        run.connect("Grid", std::move(grid));
-    }
-
-    template<typename T>
-    std::shared_ptr<const Function<T>> result() const
-    {
-        return std::dynamic_pointer_cast<const Function<T>>(run.result(port));
-    }
-
-    template<typename T>
-    std::vector<T> values() const
-    {
-        const auto function = result<T>();
-        if (function == nullptr)
-        {
-            ADD_FAILURE() << "no result with values of type " << valueTypeName<T>();
-            return {};
-        }
-        std::vector<T> scratch(function->values()->size());
-        const auto read = function->values()->read(0, scratch);
-        return {read.begin(), read.end()};
-    }
-
-    /// The text of the exception that the run ends with.
-    template<typename Exception>
-    std::string failure()
-    {
-        try
-        {
-            execute();
-        }
-        catch (const Exception& exception)
-        {
-            return exception.what();
-        }
-        return "no exception";
-    }
-
-    bool logged(const std::string& text) const
-    {
-        return run.debugLog().find(text) != std::string::npos;
-    }
-
-    AlgorithmRun run{makeRun("Field/Sample Field on Given Grid")};
-
-private:
-    int mThreads = omp_get_max_threads();
-};
 
 /// 0, 1, 2 on the line from 0 to 2.
 std::shared_ptr<const Function<Scalar>> ramp(std::vector<double> times = {})
@@ -396,82 +309,6 @@ TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
         // Each other thread may be about one call late.
         EXPECT_LE(calls, 1000U + static_cast<std::size_t>(threads));
     }
-}
-
-/// A distorted grid of hexahedra, or its cells in a list.
-std::shared_ptr<const EmbeddedCellComplex<3>> distortedGrid(bool isListed)
-{
-    constexpr std::size_t size = 9;
-    std::vector<Vector3> points;
-    for (std::size_t k = 0; k < size; ++k)
-        for (std::size_t j = 0; j < size; ++j)
-            for (std::size_t i = 0; i < size; ++i)
-            {
-                const double x = static_cast<double>(i);
-                const double y = static_cast<double>(j);
-                const double z = static_cast<double>(k);
-                points.emplace_back(x + 0.2 * std::sin(y + z), y + 0.2 * std::sin(z + 2.0 * x),
-                                    z + 0.2 * std::sin(x * y));
-            }
-    auto array =
-        std::make_shared<DefaultValueArray<Vector3>>(std::move(points), Precision::Float64);
-    auto structured = std::make_shared<CurvilinearGrid<3>>(GridSize{size, size, size}, array);
-    if (!isListed)
-        return structured;
-    std::vector<std::int64_t> offsets{0};
-    std::vector<std::int64_t> connectivity;
-    for (std::size_t i = 0; i < structured->numCells(); ++i)
-    {
-        const Cell cell = structured->cell(i);
-        for (const std::size_t point : cell.pointIndices())
-            connectivity.push_back(static_cast<std::int64_t>(point));
-        offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
-    }
-    return std::make_shared<UnstructuredGrid<3>>(
-        array, CellTable{std::vector(structured->numCells(), CellType::Hexahedra),
-                         IndexArray(std::move(offsets)), IndexArray(std::move(connectivity))});
-}
-
-/// Several steps of arbitrary vectors, of which a few are not a number.
-std::shared_ptr<const Function<Vector3>> arbitraryFunction(std::shared_ptr<const Domain> domain,
-                                                           const DomainPart& part)
-{
-    const std::size_t count = domain->numElements(part);
-    std::vector<Vector3> values(3 * count);
-    for (std::size_t i = 0; i < values.size(); ++i)
-        for (double& component : values[i])
-            component =
-                std::sin(static_cast<double>(1 + i * 7919 % 1013)) / (i % 97 == 5 ? 0.0 : 3.0);
-    return addData(std::move(domain), part, std::move(values), Precision::Float64, {0.0, 1.0, 2.5});
-}
-
-TEST_F(SampleTest, GivesTheSameBitsForEveryNumberOfThreads)
-{
-    const auto probe = std::make_shared<UniformGrid<3>>(UniformGrid<3>::Layout{
-        .size = {23, 21, 19}, .origin = {-0.5, -0.5, -0.5}, .spacing = {0.4, 0.43, 0.5}});
-    run.setText("Time", "[0:3#0.4]");
-    for (const bool isListed : {false, true})
-        for (const DomainPart& part : {PointSetBase::Points, detail::Cells})
-        {
-            connect(arbitraryFunction(distortedGrid(isListed), part), probe);
-            omp_set_num_threads(1);
-            execute();
-            const auto expected = values<Vector3>();
-            const auto statistics = run.statistics();
-            EXPECT_GT(statistics.at("samples").at("total"),
-                      2 * statistics.at("samples").at("outside"));
-            for (const int threads : {2, 3, 8})
-            {
-                omp_set_num_threads(threads);
-                execute();
-                const auto sampled = values<Vector3>();
-                ASSERT_EQ(sampled.size(), expected.size());
-                EXPECT_EQ(
-                    std::memcmp(sampled.data(), expected.data(), expected.size() * sizeof(Vector3)),
-                    0);
-                EXPECT_EQ(run.statistics(), statistics);
-            }
-        }
 }
 
 /// A series of which every loaded step is counted as long as somebody holds it.
