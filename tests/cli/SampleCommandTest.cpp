@@ -45,6 +45,21 @@ TEST(SampleCommand, SaysWhenNothingWasMet)
     EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 2 * 273}, {"outside", 2 * 273}}));
 }
 
+TEST(SampleCommand, TakesALineAlongAnAxisAndAGridWithoutPoints)
+{
+    const Workshop workshop;
+    const std::string head = "# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\nPOINTS ";
+    workshop.write("line.vtk", head + "3 float\n0 0 0  0.5 0 0  1 0 0\n");
+    workshop.write("none.vtk", head + "0 float\n");
+    for (const auto& [grid, count] : {std::pair("line.vtk", 3), std::pair("none.vtk", 0)})
+    {
+        const Outcome outcome = workshop.run(sample + "Field=double_gyre.pvd Grid=" + grid +
+                                             " -o out.vtp --report report.json");
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
+        EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", count}, {"outside", 0}}));
+    }
+}
+
 TEST(SampleCommand, TellsTheUserWhatIsWrong)
 {
     const Workshop workshop;

@@ -65,15 +65,30 @@ void RunInputs::apply(const OptionAssignment& assignment, Object object)
 /// The function or grid that an assignment names; null for all that is neither.
 RunInputs::Object RunInputs::load(const OptionAssignment& assignment)
 {
-    const auto sort = dataSortOf(mRun.input(assignment.option));
+    const InputBase& input = mRun.input(assignment.option);
+    const auto sort = dataSortOf(input);
     if (!sort || *sort == DataSort::Other || assignment.isDirect || assignment.value.empty())
         return nullptr;
     const auto reference = io::DataReference::parse(assignment.value);
     if (*sort == DataSort::Function)
         mObjects.push_back(mLoader.loadFunction(reference));
     else
-        mObjects.push_back(mLoader.loadGrid(reference));
+        mObjects.push_back(loadGrid(reference, input));
     return mObjects.back();
+}
+
+/// The grid of a file. Where the option takes no grid of so few dimensions, as that of a line along
+/// an axis has, it gets more of them: their coordinates are 0.
+RunInputs::Object RunInputs::loadGrid(io::DataReference reference, const InputBase& input)
+{
+    const auto& data = dynamic_cast<const InputDataObject&>(input);
+    Object grid = mLoader.loadGrid(reference);
+    if (reference.dimension)
+        return grid;
+    reference.dimension = dynamic_cast<const PointSetBase&>(*grid).dimension();
+    while (!data.accepts(*grid) && ++*reference.dimension <= 3)
+        grid = mLoader.loadGrid(reference);
+    return grid;
 }
 
 RunInputs::Object RunInputs::loadOther(const OptionAssignment& assignment)

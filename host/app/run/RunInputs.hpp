@@ -32,6 +32,7 @@ private:
 
     void apply(const OptionAssignment& assignment, Object object);
     Object load(const OptionAssignment& assignment);
+    Object loadGrid(io::DataReference reference, const InputBase& input);
     Object loadOther(const OptionAssignment& assignment);
 
     AlgorithmRun& mRun;
