@@ -280,6 +280,36 @@ TEST_F(SampleAgreement, IsExactInsideTheCellsOfRealFiles)
         }
 }
 
+/// A slice that another program cut out of the hexahedra, and printed with six digits.
+TEST_F(SampleAgreement, GivesTheValuesOfASlice)
+{
+    const auto functionOf = [&](const std::string& file)
+    {
+        DataReference reference;
+        reference.file = data() / file;
+        reference.array = "Temp";
+        return std::dynamic_pointer_cast<const Function<Scalar>>(loader().loadFunction(reference));
+    };
+    const auto slice = functionOf("disk_slice.vtk");
+    const auto field = Field<3, Scalar>::applyTo(*functionOf("disk_out_ref.vtu"));
+    const auto evaluator = field->makeEvaluator();
+    const auto& points = dynamic_cast<const PointSet<3>&>(*slice->domain());
+    std::size_t compared = 0;
+    for (std::size_t i = 0; i < points.numPoints(); ++i)
+    {
+        const Vector3 position = points.point(i);
+        // The lowest row lies on the rim of the disk, where both grids differ.
+        if (position[2] <= 1.0)
+            continue;
+        evaluator->reset(0.0, position);
+        ASSERT_TRUE(evaluator->isValid());
+        const double expected = (*slice->values())[i][0];
+        EXPECT_NEAR(evaluator->value()[0], expected, 3e-6 * expected);
+        ++compared;
+    }
+    EXPECT_GT(compared, 400U);
+}
+
 TEST_F(SampleAgreement, LeavesTheErrorToVtkInQuadraticCells)
 {
     for (const auto& [array, differences] : differencesIn("cylinder_quadratic.vtk"))
