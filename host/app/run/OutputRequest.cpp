@@ -114,7 +114,11 @@ struct Extents
                 numTimeSteps.insert(std::max<std::size_t>(1, function->numTimeSteps()));
             }
             else if (const auto* const domain = dynamic_cast<const Domain*>(object.get()))
+            {
+                // What is computed on a grid of its own may have times of its own, and be it one.
                 domains.push_back(domain);
+                numTimeSteps.insert(1);
+            }
         }
         if (numTimeSteps.empty())
             numTimeSteps.insert(1);
