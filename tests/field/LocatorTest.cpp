@@ -375,6 +375,32 @@ TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
             }
 }
 
+TEST(Locator, TakesUniformGridsOfEveryScale)
+{
+    const double c = std::cos(0.3);
+    const double s = std::sin(0.3);
+    const Matrix3 turn(c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0);
+    for (const Matrix3& direction : {unitMatrix<3>(), turn, turn * 1e-30})
+        for (const double scale : {1e-250, 1e-120, 1.0, 1e120, 1e250})
+            for (const GridSize& size : {GridSize{3, 3, 3}, GridSize{3, 1, 3}})
+            {
+                const UniformGrid<3> grid(
+                    {.size = size,
+                     .origin = Vector3(1.0, -2.0, 3.0) * (scale * norm(direction)),
+                     .spacing = Vector3(scale, -2.0 * scale, 0.1 * scale),
+                     .direction = direction});
+                for (std::size_t i = 0; i < grid.numPoints(); ++i)
+                {
+                    const auto location = locate<3>(grid, grid.point(i));
+                    ASSERT_TRUE(location) << scale << ' ' << direction << ' ' << i;
+                    const auto& vertices = location->pointIndices;
+                    const auto at = std::ranges::find(vertices, i) - vertices.begin();
+                    ASSERT_LT(static_cast<std::size_t>(at), location->numVertices);
+                    EXPECT_NEAR(location->weights[static_cast<std::size_t>(at)], 1.0, 1e-12);
+                }
+            }
+}
+
 TEST(Locator, TakesFlatGridsInSpace)
 {
     const double c = std::cos(0.3);

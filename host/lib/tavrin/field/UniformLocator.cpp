@@ -41,6 +41,28 @@ void completeBasis(Columns<D>& columns, const std::array<bool, D>& isFlat)
         }
 }
 
+/// The inverse of the matrix with these columns; not a number where there is none. An axis without
+/// extent gets a unit vector at right angles to the others.
+template<std::size_t D>
+Tensor<double, D, D> inverseOf(Columns<D> columns, const std::array<bool, D>& isFlat)
+{
+    // Columns of the order of 1, so that no product of them leaves the range of numbers.
+    Tensor<double, D> lengths;
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        lengths[axis] = isFlat[axis] ? 1.0 : maximumNorm(columns[axis]);
+        columns[axis] /= lengths[axis];
+    }
+    completeBasis(columns, isFlat);
+    const Inverse<D> inverse(columns);
+    Tensor<double, D, D> matrix;
+    for (std::size_t axis = 0; axis < D; ++axis)
+        for (std::size_t i = 0; i < D; ++i)
+            matrix(axis, i) = inverse.exists() ? inverse.row(axis)[i] / lengths[axis]
+                                               : std::numeric_limits<double>::quiet_NaN();
+    return matrix;
+}
+
 }
 
 template<std::size_t D>
@@ -61,18 +83,17 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
         across = std::max(across, maximumNorm(columns[axis]));
         largest += maximumNorm(columns[axis]) * static_cast<double>(layout.size[axis] - 1);
     }
-    completeBasis(columns, mIsFlat);
-    const Inverse<D> inverse(columns);
+    if (mIsOriented)
+        mToIndices = inverseOf(columns, mIsFlat);
+    else
+        for (std::size_t axis = 0; axis < D; ++axis)
+            mToIndices(axis, axis) = mIsFlat[axis] ? 1.0 : 1.0 / layout.spacing[axis];
     const double rounding = coordinateRounding * largest;
     for (std::size_t axis = 0; axis < D; ++axis)
     {
         double growth = 0.0;
         for (std::size_t i = 0; i < D; ++i)
-        {
-            mToIndices(axis, i) =
-                inverse.exists() ? inverse.row(axis)[i] : std::numeric_limits<double>::quiet_NaN();
             growth += std::abs(mToIndices(axis, i));
-        }
         const std::size_t cells = mIsFlat[axis] ? 0 : layout.size[axis] - 1;
         mLastCell[axis] = cells - (mIsFlat[axis] ? 0 : 1);
         mTolerance[axis] = mIsFlat[axis] ? locationTolerance * across + rounding

@@ -27,7 +27,7 @@ private:
     bool mIsOriented;
     /// From a position relative to the start to the index along each axis; along an axis with one
     /// point, to the distance from the grid. Not a number where the grid has no such inverse.
-    Matrix mToIndices;
+    Matrix mToIndices{};
     std::array<bool, D> mIsFlat;
     std::array<std::size_t, D> mLastCell;
     std::array<double, D> mTolerance;
