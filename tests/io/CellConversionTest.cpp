@@ -131,6 +131,30 @@ TEST_F(CellConversion, WarnsOfWhatItLeavesOut)
         << "each once";
 }
 
+TEST_F(CellConversion, WarnsOfConcavePolyhedra)
+{
+    // An L of height 1; what is behind the inner edge cannot be seen from corner 0.
+    const std::string corners = "2 0 0 2 1 0 1 1 0 1 2 0 0 2 0 0 0 0 "
+                                "2 0 1 2 1 1 1 1 1 1 2 1 0 2 1 0 0 1";
+    std::string file = gridFile(12, corners, 1, "0 1 2 3 4 5 6 7 8 9 10 11", "12", "42");
+    file.insert(file.find("</Cells>"),
+                dataArray("type=\"Int64\" Name=\"faces\"",
+                          "8 6 0 1 2 3 4 5 6 6 7 8 9 10 11 4 0 1 7 6 4 1 2 8 7 4 2 3 9 8 "
+                          "4 3 4 10 9 4 4 5 11 10 4 5 0 6 11") +
+                    dataArray("type=\"Int64\" Name=\"faceoffsets\"", "45"));
+    create("l.vtu", file);
+    loader().loadGrid(reference("l.vtu"));
+    EXPECT_EQ(warnings(), Cells{"l.vtu: 1 cell is a concave polyhedron; what the corner with the "
+                                "lowest index does not see is filled wrongly"});
+}
+
+TEST_F(CellConversion, RefusesOffsetsThatOverflow)
+{
+    create("a.vtu", gridFile(4, "0 0 0 1 0 0 0 1 0 1 1 1", 2, "0 1 2 3", "-2147483648 4", "10 10"));
+    EXPECT_EQ(complaintAbout("a.vtu"), "a.vtu: 2 cells with offsets that descend or leave the "
+                                       "connectivity, the first is cell 0");
+}
+
 TEST_F(CellConversion, KeepsTheMemoryAndTheNumbersOfCellsThatFit)
 {
     EXPECT_EQ(convert(VTK_EMPTY_CELL, "0 1 2 3", cube, 8), Cells{"INVALID:"});

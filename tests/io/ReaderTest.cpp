@@ -361,6 +361,12 @@ TEST_F(Reader, JoinsThePiecesOfAFile)
     create("hole.vti",
            image(piece("0 1 0 1 0 0", "0 1 4 5", "10") + piece("2 3 0 1 0 0", "2 3 6 7", "12")));
     EXPECT_EQ(complaintAbout("hole.vti"), "hole.vti: its pieces have 2 cells, the whole has 3");
+    create("twice.vti", image(piece("0 1 0 1 0 0", "0 1 4 5", "10") +
+                              piece("0 2 0 1 0 0", "0 1 2 4 5 6", "10 11")));
+    EXPECT_EQ(complaintAbout("twice.vti"), "twice.vti: its pieces overlap");
+    create("flat.vti",
+           image(piece("0 2 0 1 0 0", "0 1 2 4 5 6", "10 11") + piece("3 3 0 1 0 0", "3 7", "12")));
+    EXPECT_EQ(complaintAbout("flat.vti"), "flat.vti: a piece is flat where the whole is not");
 
     const auto part = [](const std::string& x, const std::string& value)
     {
@@ -380,6 +386,14 @@ TEST_F(Reader, JoinsThePiecesOfAFile)
               (std::vector<std::string>{"Points: 2", "Triangles: 0 1 2", "Points: 5",
                                         "Triangles: 3 4 5"}));
     EXPECT_EQ(valuesOf<Scalar>(*function), (std::vector<Scalar>{{1.0}, {2.0}, {3.0}, {4.0}}));
+}
+
+TEST_F(Reader, KeepsTheArraysOfAFileWithoutPoints)
+{
+    create("none.vtu",
+           gridFile(0, "", 0, "", "", "",
+                    "<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "") + "</PointData>"));
+    EXPECT_TRUE(loadValues<Scalar>("none.vtu#p").empty());
 }
 
 TEST_F(Reader, ReadsRectilinearAndCurvilinearGrids)

@@ -198,6 +198,13 @@ TEST_F(RoundTrip, MarksOfRealValuesAreAnArrayThatDoesNotStandInTheWay)
         EXPECT_EQ(marks->values()->precision(), Precision::UInt8);
         for (std::size_t i = 0; i < validity->size(); ++i)
             ASSERT_EQ((*marks->values())[i], Scalar((*validity)[i]));
+
+        // Values with the name of the marks stay what they are.
+        io::writeFunction(*function, "vtkValidPointMask", file, neverAbort);
+        io::Loader again([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);
+        const auto values =
+            again.loadFunction(io::DataReference::parse(file.string() + "#vtkValidPointMask"));
+        EXPECT_EQ(values->values()->precision(), Precision::Float64);
     }
 }
 

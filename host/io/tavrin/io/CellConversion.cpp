@@ -152,7 +152,8 @@ bool fitAsTheyAre(const FileCells& cells)
             bool fit = true;
 #pragma omp parallel for schedule(static) reduction(&& : fit) if (cells.types.size() > worthThreads)
             for (std::size_t cell = 0; cell < cells.types.size(); ++cell)
-                fit = fit && static_cast<std::size_t>(offsets[cell + 1] - offsets[cell]) ==
+                fit = fit && static_cast<std::size_t>(offsets[cell + 1]) -
+                                     static_cast<std::size_t>(offsets[cell]) ==
                                  vertices[cells.types[cell]];
             return fit;
         },
@@ -190,6 +191,7 @@ private:
     Faults mUnknown;
     Faults mBadFaces;
     std::size_t mTooMany = 0;
+    std::size_t mConcave = 0;
     std::map<int, std::size_t> mLinearized;
 };
 
@@ -297,6 +299,8 @@ void Conversion::convertPolyhedron(std::size_t cell)
     }
     if (numFaces < 4)
         return mBadFaces.add(cell);
+    if (!isConvex(faces, mPosition))
+        ++mConcave;
     for (const Tetrahedron& tetrahedron : decompose(faces, mPosition))
         add(cell, Tetrahedra, tetrahedron);
 }
@@ -339,6 +343,10 @@ ConvertedCells Conversion::run(const volatile bool& abortFlag)
         result.warnings.push_back(countedCells(mTooMany, "lists more points than its type has",
                                                "list more points than their type has") +
                                   "; only the first are used");
+    if (mConcave > 0)
+        result.warnings.push_back(
+            countedCells(mConcave, "is a concave polyhedron", "are concave polyhedra") +
+            "; what the corner with the lowest index does not see is filled wrongly");
     for (const auto& [vtkType, count] : mLinearized)
         result.warnings.push_back(countedCells(count, "of type ", "of type ") +
                                   nameOfHigherOrder(vtkType) + (count == 1 ? " is" : " are") +

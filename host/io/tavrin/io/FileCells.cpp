@@ -2,6 +2,8 @@
 
 #include <vtkCellType.h>
 
+#include <limits>
+
 namespace tavrin::io
 {
 
@@ -27,6 +29,8 @@ void CellCollector::merge()
 {
     if (mParts.size() == 1 && mParts.front().firstPoint == 0)
         return;
+    // What is wrong stays wrong: it must not become right in another part, nor overflow.
+    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max();
     std::vector<std::int64_t> allOffsets{0};
     std::vector<std::int64_t> allConnectivity;
     for (const Part& part : mParts)
@@ -35,17 +39,18 @@ void CellCollector::merge()
         std::visit(
             [&](const auto& indices)
             {
+                const auto available = static_cast<std::int64_t>(part.connectivity.size());
                 for (const std::int64_t offset : indices.subspan(1))
-                    allOffsets.push_back(base + offset);
+                    allOffsets.push_back(offset < 0 || offset > available ? -1 : base + offset);
             },
             part.offsets.storage());
         std::visit(
             [&](const auto& indices)
             {
-                // A wrong index stays wrong: it must not become one of another part.
                 const auto shift = static_cast<std::int64_t>(part.firstPoint);
                 for (const std::int64_t index : indices)
-                    allConnectivity.push_back(index < 0 ? -1 : index + shift);
+                    allConnectivity.push_back(index < 0 || index > last - shift ? -1
+                                                                                : index + shift);
             },
             part.connectivity.storage());
     }

@@ -242,8 +242,10 @@ std::vector<bool> findKept(DataFile& file, Association association)
                        for (std::size_t i = 0; i < array.tuples; ++i)
                        {
                            const auto mark =
-                               static_cast<std::uint8_t>(array.as<Stored>()[i * array.components]);
-                           kept[i] = (mark & marks->mask) == 0;
+                               static_cast<double>(array.as<Stored>()[i * array.components]);
+                           if (!(mark >= 0.0 && mark <= 255.0))
+                               throw Malformed("marks of ghosts that are no bytes");
+                           kept[i] = (static_cast<std::uint8_t>(mark) & marks->mask) == 0;
                            hasGhosts = hasGhosts || !kept[i];
                        }
                    });

@@ -82,8 +82,11 @@ StoredArray LegacyFile::readArray(const Array& array)
     // Colours are shares of 1 in text, and bytes everywhere else.
     auto bytes = StoredArray::allocate(Precision::UInt8, values.tuples, values.components);
     for (std::size_t i = 0; i < values.numbers(); ++i)
-        bytes.as<std::uint8_t>()[i] = static_cast<std::uint8_t>(
-            std::clamp(255.0F * values.as<float>()[i] + 0.5F, 0.0F, 255.0F));
+    {
+        // A maximum with 0 in front is 0 for what is not a number.
+        const float scaled = std::max(0.0F, 255.0F * values.as<float>()[i] + 0.5F);
+        bytes.as<std::uint8_t>()[i] = static_cast<std::uint8_t>(std::min(scaled, 255.0F));
+    }
     return bytes;
 }
 

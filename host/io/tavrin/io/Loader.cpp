@@ -44,9 +44,10 @@ bool isSameTime(double a, double b)
 
 std::size_t findStep(const Collection& collection, double time)
 {
-    const auto found = std::ranges::find_if(collection.steps, [&](const Collection::Step& step)
-                                            { return isSameTime(step.time, time); });
-    if (found == collection.steps.end())
+    const auto found = std::ranges::min_element(collection.steps, {},
+                                                [&](const Collection::Step& step)
+                                                { return std::abs(step.time - time); });
+    if (found == collection.steps.end() || !isSameTime(found->time, time))
         throw usage_error("no step at t = " + toText(time) + "; there is " +
                           enumerate(collection.steps));
     return static_cast<std::size_t>(found - collection.steps.begin());

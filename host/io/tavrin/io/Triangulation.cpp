@@ -26,25 +26,38 @@ double dot(const Position& a, const Position& b)
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
+std::vector<Position> positionsOf(std::span<const std::int64_t> points, const PositionOf& position)
+{
+    std::vector<Position> positions;
+    positions.reserve(points.size());
+    for (const std::int64_t point : points)
+        positions.push_back(position(point));
+    return positions;
+}
+
+/// The normal of a polygon, which need not be quite flat, twice as long as its area (Newell).
+Position normalOf(const std::vector<Position>& corners)
+{
+    Position normal{};
+    for (std::size_t i = 0; i < corners.size(); ++i)
+    {
+        const Position a = minus(corners[i], corners[0]);
+        const Position b = minus(corners[(i + 1) % corners.size()], corners[0]);
+        const Position part = cross(a, b);
+        for (std::size_t k = 0; k < 3; ++k)
+            normal[k] += part[k];
+    }
+    return normal;
+}
+
 /// A polygon seen along its normal: its corners in the plane, counter-clockwise.
 class FlatPolygon
 {
 public:
     FlatPolygon(std::span<const std::int64_t> points, const PositionOf& position)
     {
-        std::vector<Position> corners;
-        for (const std::int64_t point : points)
-            corners.push_back(position(point));
-        // Newell's formula; the normal of a polygon that need not be quite flat.
-        Position normal{};
-        for (std::size_t i = 0; i < corners.size(); ++i)
-        {
-            const Position a = minus(corners[i], corners[0]);
-            const Position b = minus(corners[(i + 1) % corners.size()], corners[0]);
-            const Position part = cross(a, b);
-            for (std::size_t k = 0; k < 3; ++k)
-                normal[k] += part[k];
-        }
+        const std::vector<Position> corners = positionsOf(points, position);
+        const Position normal = normalOf(corners);
         // Dropping the coordinate in which the normal is longest keeps the shape best.
         std::size_t dropped = 0;
         for (std::size_t k = 1; k < 3; ++k)
@@ -142,6 +155,29 @@ std::vector<IndexTriangle> clipEars(const FlatPolygon& polygon)
 bool isConvex(std::span<const std::int64_t> corners, const PositionOf& position)
 {
     return FlatPolygon(corners, position).isConvex();
+}
+
+bool isConvex(std::span<const std::vector<std::int64_t>> faces, const PositionOf& position)
+{
+    constexpr double bend = 0.01;
+    return std::ranges::all_of(
+        faces,
+        [&](const std::vector<std::int64_t>& face)
+        {
+            const auto corners = positionsOf(face, position);
+            const Position normal = normalOf(corners);
+            // How far the polyhedron reaches before the face and behind it.
+            double before = 0.0;
+            double behind = 0.0;
+            for (const auto& other : faces)
+                for (const std::int64_t point : other)
+                {
+                    const double height = dot(normal, minus(position(point), corners.front()));
+                    before = std::max(before, height);
+                    behind = std::max(behind, -height);
+                }
+            return std::min(before, behind) <= bend * std::max(before, behind);
+        });
 }
 
 std::vector<Triangle> triangulate(std::span<const std::int64_t> corners, const PositionOf& position)

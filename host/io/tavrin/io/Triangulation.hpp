@@ -29,6 +29,10 @@ bool isConvex(std::span<const std::int64_t> corners, const PositionOf& position)
 std::vector<Triangle> triangulate(std::span<const std::int64_t> corners,
                                   const PositionOf& position);
 
+/// Whether a polyhedron lies on one side of each of its faces, but for a hundredth of how far it
+/// reaches on that side: faces in real meshes are a little bent.
+bool isConvex(std::span<const std::vector<std::int64_t>> faces, const PositionOf& position);
+
 /// Tetrahedra between the corners of a polyhedron: from its lowest-numbered corner to the triangles
 /// of all faces that do not touch it, those without volume left out. That fills a convex polyhedron
 /// exactly, and every other that can be seen as a whole from that corner.

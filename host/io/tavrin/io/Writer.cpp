@@ -218,7 +218,9 @@ public:
         vtkDataSetAttributes& attributes = attributesFor(mFunction, *mGrid.object);
         attributes.AddArray(values.object);
         activate<T>(attributes, mArrayName);
-        if (const auto validity = viewValidity(mFunction, step))
+        // Sampled marks are values like others, and keep the name.
+        if (const auto validity = viewValidity(mFunction, step);
+            validity != nullptr && mArrayName != validityMaskName)
             attributes.AddArray(validity);
         if (!mFunction.timeSteps().empty())
             setTime(mFunction.timeSteps()[step]);

@@ -73,6 +73,7 @@ private:
     void readLayout();
     void readPieces();
     void readStructuredPieces();
+    bool doPiecesOverlap() const;
     void listArrays();
     void readTime();
     /// The sections of one association of all pieces that have elements of it.
@@ -84,7 +85,9 @@ private:
     XmlValues mValues;
     vtkXMLDataElement* mGrid = nullptr;
     bool mIsPolyData = false;
+    /// Those with points.
     std::vector<Piece> mPieces;
+    vtkXMLDataElement* mFirstPiece = nullptr;
     /// Names of arrays that mark ghosts, and their masks.
     std::array<std::optional<std::pair<Array, std::uint8_t>>, 2> mMarks;
 };
@@ -138,6 +141,8 @@ void XmlFile::readPieces()
                         piece.points = XmlValues::countAttribute(element, "NumberOfPoints");
                         piece.cells = XmlCells::countOf(element, mIsPolyData);
                     }
+                    if (mFirstPiece == nullptr)
+                        mFirstPiece = &element;
                     if (piece.points > 0)
                         mPieces.push_back(piece);
                     else if (piece.cells > 0)
@@ -165,14 +170,41 @@ void XmlFile::readStructuredPieces()
     for (const Piece& piece : mPieces)
     {
         for (std::size_t axis = 0; axis < 3; ++axis)
-            if (piece.extent[2 * axis] < extent[2 * axis] ||
-                piece.extent[2 * axis + 1] > extent[2 * axis + 1])
+        {
+            const auto [first, last] =
+                std::pair(piece.extent[2 * axis], piece.extent[2 * axis + 1]);
+            if (first < extent[2 * axis] || last > extent[2 * axis + 1])
                 throw Malformed("a piece leaves the whole extent");
+            if (first == last && extent[2 * axis] != extent[2 * axis + 1])
+                throw Malformed("a piece is flat where the whole is not");
+        }
         cells += piece.cells;
     }
+    // So many cells and none of them twice are all there are.
+    if (doPiecesOverlap())
+        throw Malformed("its pieces overlap");
     if (cells != numCells)
         throw Malformed("its pieces have " + std::to_string(cells) + " cells, the whole has " +
                         std::to_string(numCells));
+}
+
+bool XmlFile::doPiecesOverlap() const
+{
+    std::vector<Extent> boxes;
+    boxes.reserve(mPieces.size());
+    for (const Piece& piece : mPieces)
+        boxes.push_back(piece.extent);
+    std::ranges::sort(boxes, {}, [](const Extent& box) { return box[4]; });
+    const auto overlap = [&](const Extent& a, const Extent& b, std::size_t axis)
+    {
+        return extent[2 * axis] == extent[2 * axis + 1] ||
+               std::max(a[2 * axis], b[2 * axis]) < std::min(a[2 * axis + 1], b[2 * axis + 1]);
+    };
+    for (auto a = boxes.begin(); a != boxes.end(); ++a)
+        for (auto b = a + 1; b != boxes.end() && overlap(*a, *b, 2); ++b)
+            if (overlap(*a, *b, 0) && overlap(*a, *b, 1))
+                return true;
+    return false;
 }
 
 void XmlFile::readLayout()
@@ -189,17 +221,17 @@ void XmlFile::readLayout()
 
 void XmlFile::listArrays()
 {
-    if (mPieces.empty())
+    if (mFirstPiece == nullptr)
         return;
     for (const Association association : {Association::Points, Association::Cells})
     {
+        // A piece without elements may have left its arrays out.
         const auto hasElements = [&](const Piece& piece)
         { return (association == Association::Points ? piece.points : piece.cells) > 0; };
         const auto piece = std::ranges::find_if(mPieces, hasElements);
-        if (piece == mPieces.end())
-            continue;
         forChildren(
-            child(*piece->element, sectionOf(association)), "DataArray",
+            child(piece == mPieces.end() ? *mFirstPiece : *piece->element, sectionOf(association)),
+            "DataArray",
             [&](vtkXMLDataElement& element)
             {
                 const auto precision = XmlValues::precisionOf(element);

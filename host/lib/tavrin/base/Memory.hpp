@@ -7,9 +7,9 @@
 namespace tavrin
 {
 
-/// How many bytes this process can still take: what the machine has left, and no more than a limit
-/// on the process's address space (`ulimit -v`) leaves. Counts nothing for memory that is reserved
-/// but untouched so far.
+/// How many bytes this process can still take: what the machine has left, and no more than is left
+/// by limits on the process's address space (`ulimit -v`) and on the control groups of its container
+/// or batch job. Counts nothing for memory that is reserved but untouched so far.
 TAVRIN_API std::size_t availableMemory();
 
 }

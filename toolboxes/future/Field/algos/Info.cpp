@@ -133,6 +133,10 @@ void InfoAlgorithm::exec(const Function<T>& field, bool computeMedian, bool comp
         infoLog() << "Field does not contain any values" << std::endl;
         return;
     }
+    if (field.numTimeSteps() > 1)
+        debugLog() << "hint: of " << field.numTimeSteps()
+                   << " time steps these are the values of the first, at t = "
+                   << field.timeSteps().front() << std::endl;
     if (computeExtremes)
         reportExtremes(field, abortFlag);
     if (computeMedian)
