@@ -54,10 +54,13 @@ private:
     int mDepth = 0;
 };
 
-vtkStandardNewMacro(TreeParser)
+TreeParser* TreeParser::New()
+{
+    VTK_STANDARD_NEW_BODY(TreeParser);
+}
 
-    /// Keeps what a VTK object complains about from being printed, and remembers the first of it.
-    vtkSmartPointer<vtkCallbackCommand> listenTo(vtkObject& object, std::string& complaint)
+/// Keeps what a VTK object complains about from being printed, and remembers the first of it.
+vtkSmartPointer<vtkCallbackCommand> listenTo(vtkObject& object, std::string& complaint)
 {
     vtkSmartPointer<vtkCallbackCommand> listener = vtkSmartPointer<vtkCallbackCommand>::New();
     listener->SetClientData(&complaint);
