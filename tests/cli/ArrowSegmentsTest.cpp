@@ -54,7 +54,7 @@ protected:
     void write(const graphics::Drawable& drawable, const std::string& extension)
     {
         mFile = mFolder / ("segments" + extension);
-        io::writeFunctions(app::arrowSegments(drawable), mFile, goOn);
+        io::prepareFunctions(app::arrowSegments(drawable), mFile, goOn)->publish();
     }
 
     const std::filesystem::path& file() const { return mFile; }

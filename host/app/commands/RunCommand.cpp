@@ -135,20 +135,25 @@ public:
         checkFormats(requests, inputs.objects());
         const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
         timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
+        io::PendingFiles files;
         timed(report.seconds.write,
               [&]
               {
                   for (const OutputRequest& request : requests)
-                      report.outputs.push_back(writer.write(request));
+                      report.outputs.push_back(writer.write(request, files));
               });
-
-        if (!mReportFile)
-            return;
-        report.options = reportedOptions(run.describe(), assignments);
-        report.infoLog = run.infoLog();
-        report.debugLog = run.debugLog();
-        report.statistics = run.statistics();
-        writeWholeFile(*mReportFile, jsonText(report.toJson()), session.abortFlag);
+        if (mReportFile)
+        {
+            report.options = reportedOptions(run.describe(), assignments);
+            report.infoLog = run.infoLog();
+            report.debugLog = run.debugLog();
+            report.statistics = run.statistics();
+            files.push_back(
+                prepareWholeFile(*mReportFile, jsonText(report.toJson()), session.abortFlag));
+        }
+        // Only now that nothing can fail any more.
+        for (const auto& file : files)
+            file->publish();
     }
 
 private:

@@ -16,40 +16,43 @@ bool OutputWriter::isPublished(const OutputRequest& request) const
                               : mRun.result(request.port) != nullptr;
 }
 
-RunReport::Output OutputWriter::write(const OutputRequest& request) const
+RunReport::Output OutputWriter::write(const OutputRequest& request, io::PendingFiles& files) const
 {
     if (!request.isGraphics)
-        return writeData(request);
-    return request.isPicture() ? writePicture(request) : writeSegments(request);
+        return writeData(request, files);
+    return request.isPicture() ? writePicture(request, files) : writeSegments(request, files);
 }
 
-RunReport::Output OutputWriter::writeData(const OutputRequest& request) const
+RunReport::Output OutputWriter::writeData(const OutputRequest& request,
+                                          io::PendingFiles& files) const
 {
     const auto function = std::dynamic_pointer_cast<const FunctionBase>(mRun.result(request.port));
     if (function == nullptr)
         throw RunFailure("what was published on \"" + request.port +
                          "\" is no field, and no file format takes it");
     const std::string& name = function->name().empty() ? request.port : function->name();
-    io::writeFunction(*function, name, request.file, mAbortFlag);
+    files.push_back(io::prepareFunction(*function, name, request.file, mAbortFlag));
     return {request.port,
             request.file,
             {{"values", function->values()->size()}, {"timeSteps", function->numTimeSteps()}}};
 }
 
-RunReport::Output OutputWriter::writePicture(const OutputRequest& request) const
+RunReport::Output OutputWriter::writePicture(const OutputRequest& request,
+                                             io::PendingFiles& files) const
 {
     const auto scene = sceneOf(mRun.graphics(request.port), mInputs);
     const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag);
     const auto bytes = graphics::encodePng(image);
-    writeWholeFile(request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-                   mAbortFlag);
+    files.push_back(prepareWholeFile(
+        request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));
     return {request.port, request.file, {{"width", image.width}, {"height", image.height}}};
 }
 
-RunReport::Output OutputWriter::writeSegments(const OutputRequest& request) const
+RunReport::Output OutputWriter::writeSegments(const OutputRequest& request,
+                                              io::PendingFiles& files) const
 {
     const auto segments = arrowSegments(*mRun.graphics(request.port));
-    io::writeFunctions(segments, request.file, mAbortFlag);
+    files.push_back(io::prepareFunctions(segments, request.file, mAbortFlag));
     return {request.port,
             request.file,
             {{"values", segments.front()->values()->size()}, {"timeSteps", 1}}};

@@ -4,6 +4,7 @@
 #include "RunReport.hpp"
 
 #include <tavrin/graphics/Picture.hpp>
+#include <tavrin/io/PendingFile.hpp>
 
 namespace tavrin::app
 {
@@ -23,14 +24,15 @@ public:
     /// Whether there is something to write.
     bool isPublished(const OutputRequest& request) const;
 
-    /// Throws `FileError`, `Aborted`, `usage_error` for what the file's format does not take, and
+    /// Adds the file, complete but for its name, to `files`. Throws `FileError`, `Aborted`,
+    /// `usage_error` for what the file's format does not take, and
     /// `runtime_error` where no picture can be painted.
-    RunReport::Output write(const OutputRequest& request) const;
+    RunReport::Output write(const OutputRequest& request, io::PendingFiles& files) const;
 
 private:
-    RunReport::Output writeData(const OutputRequest& request) const;
-    RunReport::Output writePicture(const OutputRequest& request) const;
-    RunReport::Output writeSegments(const OutputRequest& request) const;
+    RunReport::Output writeData(const OutputRequest& request, io::PendingFiles& files) const;
+    RunReport::Output writePicture(const OutputRequest& request, io::PendingFiles& files) const;
+    RunReport::Output writeSegments(const OutputRequest& request, io::PendingFiles& files) const;
 
     const AlgorithmRun& mRun;
     const DataObjectBundle::Members& mInputs;

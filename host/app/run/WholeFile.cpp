@@ -5,13 +5,14 @@
 namespace tavrin::app
 {
 
-void writeWholeFile(const std::filesystem::path& file, std::string_view bytes,
-                    const volatile bool& abortFlag)
+std::unique_ptr<io::PendingFile> prepareWholeFile(const std::filesystem::path& file,
+                                                  std::string_view bytes,
+                                                  const volatile bool& abortFlag)
 {
-    io::OutputFile output(file, abortFlag);
-    output.stream() << bytes;
-    output.complete();
-    output.publish();
+    auto output = std::make_unique<io::OutputFile>(file, abortFlag);
+    output->stream() << bytes;
+    output->complete();
+    return output;
 }
 
 }

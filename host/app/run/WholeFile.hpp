@@ -1,14 +1,16 @@
 #pragma once
 
-#include <filesystem>
+#include <tavrin/io/PendingFile.hpp>
+
 #include <string_view>
 
 namespace tavrin::app
 {
 
-/// Writes a file that appears under its name when it is complete, so that a failure leaves an
-/// existing one as it was. Throws `FileError`, and `Aborted` soon after the flag was set.
-void writeWholeFile(const std::filesystem::path& file, std::string_view bytes,
-                    const volatile bool& abortFlag);
+/// Writes a file that is complete but for its name. Throws `FileError`, and `Aborted` soon after
+/// the flag was set.
+[[nodiscard]] std::unique_ptr<io::PendingFile> prepareWholeFile(const std::filesystem::path& file,
+                                                                std::string_view bytes,
+                                                                const volatile bool& abortFlag);
 
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <tavrin/io/FileBuffer.hpp>
-#include <tavrin/io/FileError.hpp>
+#include <tavrin/io/PendingFile.hpp>
 
 #include <ostream>
 
@@ -16,17 +16,16 @@ std::filesystem::path folderOf(const std::filesystem::path& file);
 std::filesystem::path temporaryName(const std::filesystem::path& folder);
 
 /// A file that appears under its name only when it is complete. Until then it is written under
-/// another name in the same folder, and is removed when the object goes.
-class TAVRIN_API OutputFile
+/// another name in the same folder, and is removed when the object goes. A file that it replaces
+/// leaves it its permissions.
+class TAVRIN_API OutputFile final : public PendingFile
 {
 public:
     /// Errors name `nameInErrors`, the file itself where that is left out. Throws `FileError` where
     /// the file cannot be created, or replaced if there is one.
     OutputFile(const std::filesystem::path& file, const volatile bool& abortFlag,
                const std::filesystem::path& nameInErrors = {});
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-    ~OutputFile();
+    ~OutputFile() override;
 
     /// Failures of this stream are reported by `complete`.
     std::ostream& stream() { return mStream; }
@@ -35,8 +34,8 @@ public:
     /// Throws `FileError`, and `Aborted` where the abort flag is set.
     void complete();
 
-    /// Gives the completed file its name, in place of a file that has it. Throws as `complete`.
-    void publish();
+    /// Completes the file before, unless it is. Throws as `complete`.
+    void publish() override;
 
 private:
     [[noreturn]] void fail(int error) const;

@@ -82,14 +82,15 @@ bool isTaken(const fs::path& file)
     return fs::exists(fs::symlink_status(file, ignored));
 }
 
-/// Refuses to replace a file that does not belong to the series at hand.
-void requireReplaceable(const fs::path& file, const fs::path& folder,
-                        const std::vector<std::string>& members,
-                        const std::set<std::string>& listed)
+/// Refuses to replace a file that does not belong to the series at hand; returns those that do.
+std::set<std::string> requireReplaceable(const fs::path& file, const Naming& naming,
+                                         const std::vector<std::string>& members)
 {
+    std::set<std::string> listed = findListedMembers(file, naming);
     std::error_code ignored;
+    const fs::path& folder = naming.folder();
     if (!isTaken(folder))
-        return;
+        return listed;
     if (!fs::is_directory(folder, ignored))
         throw FileError(file,
                         folder.string() + ", where the files of its steps belong, is not a folder");
@@ -100,6 +101,7 @@ void requireReplaceable(const fs::path& file, const fs::path& folder,
         throw FileError(file, (folder / *foreign).string() +
                                   " exists and belongs to another data set; remove it or choose "
                                   "another name");
+    return listed;
 }
 
 /// A folder for the files of a series until they take their place.
@@ -194,40 +196,70 @@ void writeCollection(std::ostream& stream, const Naming& naming,
     document.save(stream, "  ");
 }
 
+/// A series whose steps wait in a temporary folder.
+class PendingSeries final : public PendingFile
+{
+public:
+    PendingSeries(const fs::path& file, Naming naming, std::vector<std::string> members,
+                  const volatile bool& abortFlag)
+        : mFile(file), mNaming(std::move(naming)), mMembers(std::move(members)),
+          mAbortFlag(abortFlag), mCollection(file, abortFlag),
+          mListed(requireReplaceable(file, mNaming, mMembers)), mTemporary(file, mNaming)
+    {
+    }
+
+    /// Writes what `publish` puts in place.
+    void write(const std::vector<double>& timeSteps,
+               const std::function<void(std::size_t, std::ostream&)>& writeMember)
+    {
+        for (std::size_t step = 0; step < mMembers.size(); ++step)
+        {
+            OutputFile member(mTemporary.path() / mMembers[step], mAbortFlag, mFile);
+            writeMember(step, member.stream());
+            member.publish();
+        }
+        writeCollection(mCollection.stream(), mNaming, mMembers, timeSteps);
+        mCollection.complete();
+    }
+
+    void publish() override
+    {
+        try
+        {
+            putInPlace(mTemporary.path(), mNaming.folder(), mMembers, mListed);
+        }
+        catch (const fs::filesystem_error& error)
+        {
+            throw FileError(mFile, error.code().message());
+        }
+        mCollection.publish();
+        removeStale(mNaming.folder(), mMembers, mListed);
+    }
+
+private:
+    fs::path mFile;
+    Naming mNaming;
+    std::vector<std::string> mMembers;
+    const volatile bool& mAbortFlag;
+    OutputFile mCollection;
+    std::set<std::string> mListed;
+    TemporaryFolder mTemporary;
+};
+
 }
 
-void writeSeries(const fs::path& file, const std::string& memberExtension,
-                 const std::vector<double>& timeSteps,
-                 const std::function<void(std::size_t, std::ostream&)>& writeMember,
-                 const volatile bool& abortFlag)
+std::unique_ptr<PendingFile> prepareSeries(
+    const fs::path& file, const std::string& memberExtension, const std::vector<double>& timeSteps,
+    const std::function<void(std::size_t, std::ostream&)>& writeMember,
+    const volatile bool& abortFlag)
 {
     const Naming naming(file);
     std::vector<std::string> members;
     for (std::size_t step = 0; step < std::max<std::size_t>(1, timeSteps.size()); ++step)
         members.push_back(naming.member(step, memberExtension));
-
-    OutputFile collection(file, abortFlag);
-    const std::set<std::string> listed = findListedMembers(file, naming);
-    requireReplaceable(file, naming.folder(), members, listed);
-    const TemporaryFolder temporary(file, naming);
-    for (std::size_t step = 0; step < members.size(); ++step)
-    {
-        OutputFile member(temporary.path() / members[step], abortFlag, file);
-        writeMember(step, member.stream());
-        member.publish();
-    }
-    writeCollection(collection.stream(), naming, members, timeSteps);
-    collection.complete();
-    try
-    {
-        putInPlace(temporary.path(), naming.folder(), members, listed);
-    }
-    catch (const fs::filesystem_error& error)
-    {
-        throw FileError(file, error.code().message());
-    }
-    collection.publish();
-    removeStale(naming.folder(), members, listed);
+    auto series = std::make_unique<PendingSeries>(file, naming, std::move(members), abortFlag);
+    series->write(timeSteps, writeMember);
+    return series;
 }
 
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <filesystem>
+#include <tavrin/io/PendingFile.hpp>
+
 #include <functional>
 #include <ostream>
 #include <string>
-#include <vector>
 
 namespace tavrin::io
 {
@@ -13,13 +13,14 @@ namespace tavrin::io
 /// FOLDER/NAME.pvd is FOLDER/NAME/NAME_000k with the extension `memberExtension`.
 ///
 /// `writeMember(k, stream)` writes the file of one step; there is one, at time 0, where there are
-/// no time steps. Everything is written under temporary names first, then takes its place at
-/// once, the ".pvd" file last. Of what is there already only the ".pvd" file, and those files of
+/// no time steps. Everything is written under temporary names, and takes its place at once when it
+/// is published, the ".pvd" file last. Of what is there already only the ".pvd" file, and those files of
 /// this naming scheme in the folder NAME that it lists, are replaced or removed.
 /// Throws `FileError`, and `Aborted`.
-void writeSeries(const std::filesystem::path& file, const std::string& memberExtension,
-                 const std::vector<double>& timeSteps,
-                 const std::function<void(std::size_t step, std::ostream& stream)>& writeMember,
-                 const volatile bool& abortFlag);
+std::unique_ptr<PendingFile> prepareSeries(
+    const std::filesystem::path& file, const std::string& memberExtension,
+    const std::vector<double>& timeSteps,
+    const std::function<void(std::size_t step, std::ostream& stream)>& writeMember,
+    const volatile bool& abortFlag);
 
 }

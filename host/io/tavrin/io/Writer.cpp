@@ -245,22 +245,22 @@ private:
 };
 
 template<Value T>
-void writeTyped(const Function<T>& function, const std::string& arrayName, const fs::path& file,
-                const volatile bool& abortFlag)
+std::unique_ptr<PendingFile> prepareTyped(const Function<T>& function, const std::string& arrayName,
+                                          const fs::path& file, const volatile bool& abortFlag)
 {
     if (file.extension() == ".pvd")
     {
         const std::string extension = singleFileExtensions(*function.domain()).front();
         StepWriter<T> writer(function, arrayName, extension, abortFlag);
-        writeSeries(
+        return prepareSeries(
             file, extension, function.timeSteps(),
             [&](std::size_t step, std::ostream& stream) { writer.write(step, stream); }, abortFlag);
-        return;
     }
-    OutputFile output(file, abortFlag);
+    auto output = std::make_unique<OutputFile>(file, abortFlag);
     StepWriter<T>(function, arrayName, file.extension().string(), abortFlag)
-        .write(0, output.stream());
-    output.publish();
+        .write(0, output->stream());
+    output->complete();
+    return output;
 }
 
 }
@@ -283,18 +283,22 @@ std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTime
     return extensions;
 }
 
-void writeFunction(const FunctionBase& function, const std::string& arrayName, const fs::path& file,
-                   const volatile bool& abortFlag)
+std::unique_ptr<PendingFile> prepareFunction(const FunctionBase& function,
+                                             const std::string& arrayName, const fs::path& file,
+                                             const volatile bool& abortFlag)
 {
     requireSuitable(function, file);
     // An array without a name could not be asked for.
     const std::string name = arrayName.empty() ? "values" : arrayName;
-    visitFunction<ValueTypes>(function,
-                              [&](const auto& typed) { writeTyped(typed, name, file, abortFlag); });
+    std::unique_ptr<PendingFile> output;
+    visitFunction<ValueTypes>(function, [&](const auto& typed)
+                              { output = prepareTyped(typed, name, file, abortFlag); });
+    return output;
 }
 
-void writeFunctions(const std::vector<std::shared_ptr<const FunctionBase>>& functions,
-                    const fs::path& file, const volatile bool& abortFlag)
+std::unique_ptr<PendingFile> prepareFunctions(
+    const std::vector<std::shared_ptr<const FunctionBase>>& functions, const fs::path& file,
+    const volatile bool& abortFlag)
 {
     const auto isAlike = [&](const std::shared_ptr<const FunctionBase>& function)
     { return function->domain() == functions.front()->domain() && function->numTimeSteps() == 1; };
@@ -305,7 +309,7 @@ void writeFunctions(const std::vector<std::shared_ptr<const FunctionBase>>& func
                           ": several functions are written into a file of one step");
     requireSuitable(*functions.front(), file);
 
-    OutputFile output(file, abortFlag);
+    auto output = std::make_unique<OutputFile>(file, abortFlag);
     const auto grid =
         makeVtkGrid(*functions.front()->domain(), file.extension().string(), abortFlag);
     std::vector<ArrayView> arrays;
@@ -320,9 +324,16 @@ void writeFunctions(const std::vector<std::shared_ptr<const FunctionBase>>& func
                                       attributes.AddArray(arrays.back().object);
                                       activate<T>(attributes, name);
                                   });
-    if (!writeVtkFile(*grid.object, output.stream()))
-        output.stream().setstate(std::ios_base::badbit);
-    output.publish();
+    if (!writeVtkFile(*grid.object, output->stream()))
+        output->stream().setstate(std::ios_base::badbit);
+    output->complete();
+    return output;
+}
+
+void writeFunction(const FunctionBase& function, const std::string& arrayName, const fs::path& file,
+                   const volatile bool& abortFlag)
+{
+    prepareFunction(function, arrayName, file, abortFlag)->publish();
 }
 
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <tavrin/function/Function.hpp>
-#include <tavrin/io/FileError.hpp>
+#include <tavrin/io/PendingFile.hpp>
 
 namespace tavrin::io
 {
@@ -20,15 +20,22 @@ TAVRIN_API std::vector<std::string> extensionsFor(const Domain& domain, std::siz
 ///
 /// A ".pvd" file gets its steps in a folder of its name without the extension beside it. Files of
 /// an earlier ".pvd" file there are replaced with it, others are left alone.
-/// The file appears under its name only when it is complete: a failure leaves an existing one as
-/// it was. Throws `usage_error` for an extension that does not suit the function, `FileError`
+/// The file has everything but its name then; publishing it, which should be left to the end of
+/// all work, replaces an existing one. Throws `usage_error` for an extension that does not suit the function, `FileError`
 /// where the file cannot be written, and `Aborted`.
+[[nodiscard]] TAVRIN_API std::unique_ptr<PendingFile> prepareFunction(
+    const FunctionBase& function, const std::string& arrayName, const std::filesystem::path& file,
+    const volatile bool& abortFlag);
+
+/// Prepares functions of one step each, all on one domain, as arrays of their names in one file.
+/// Throws as `prepareFunction`, and `logic_error` where the functions are not so.
+[[nodiscard]] TAVRIN_API std::unique_ptr<PendingFile> prepareFunctions(
+    const std::vector<std::shared_ptr<const FunctionBase>>& functions,
+    const std::filesystem::path& file, const volatile bool& abortFlag);
+
+/// Prepares a file and publishes it: a failure leaves an existing one as it was. Throws as
+/// `prepareFunction`.
 TAVRIN_API void writeFunction(const FunctionBase& function, const std::string& arrayName,
                               const std::filesystem::path& file, const volatile bool& abortFlag);
-
-/// Writes functions of one step each, all on one domain, as arrays of their names into one file.
-/// Throws as `writeFunction`, and `logic_error` where the functions are not so.
-TAVRIN_API void writeFunctions(const std::vector<std::shared_ptr<const FunctionBase>>& functions,
-                               const std::filesystem::path& file, const volatile bool& abortFlag);
 
 }
