@@ -169,6 +169,21 @@ TEST_F(Writer, ReplacesWhatALinkLeadsTo)
     EXPECT_EQ(listing(), (std::vector<std::string>{"f.vti", "real/", "real/f.vti"}));
 }
 
+TEST_F(Writer, KeepsThePermissionsOfAReplacedFile)
+{
+    using std::filesystem::perms;
+    const perms secret = perms::owner_read | perms::owner_write;
+    const perms shared = secret | perms::group_read | perms::group_write;
+    for (const perms permissions : {secret, shared})
+    {
+        create("f.vti", "old");
+        std::filesystem::permissions(folder() / "f.vti", permissions);
+        writeFunction(*awkwardFunction(uniformGrid<1>()), "f", folder() / "f.vti", neverAbort);
+        EXPECT_NE(contentOf("f.vti"), "old");
+        EXPECT_EQ(std::filesystem::status(folder() / "f.vti").permissions(), permissions);
+    }
+}
+
 TEST_F(Writer, NeedsNoSecondCopyOfAStructuredResult)
 {
     constexpr std::size_t side = 160;
@@ -227,6 +242,15 @@ TEST_F(SeriesWriter, ReplacesAnEarlierSeriesAsAWhole)
     write({4.0, 5.0});
     EXPECT_EQ(listing(), twoSteps);
     EXPECT_EQ(readWithVtk("run/run_0001.vti")->GetFieldData()->GetArray(0)->GetTuple1(0), 5.0);
+}
+
+TEST_F(SeriesWriter, KeepsThePermissionsOfItsFolder)
+{
+    write({1.0});
+    std::filesystem::permissions(folder() / "run", std::filesystem::perms::owner_all);
+    write({2.0});
+    EXPECT_EQ(std::filesystem::status(folder() / "run").permissions(),
+              std::filesystem::perms::owner_all);
 }
 
 TEST_F(SeriesWriter, KeepsTheFilesOfOthers)

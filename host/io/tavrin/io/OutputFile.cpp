@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tavrin::io
@@ -45,6 +46,23 @@ std::string findObstacle(const fs::path& file)
     return {};
 }
 
+/// Opens a new file that nobody may read or write who may not do so with the one at hand. Returns
+/// -1 where that fails, with the cause in `errno`.
+int create(const fs::path& file, const fs::path& existing)
+{
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    std::error_code ignored;
+    const fs::file_status status = fs::status(existing, ignored);
+    if (!fs::exists(status))
+        return open(file.c_str(), flags, 0666);
+    const auto mode = static_cast<mode_t>(status.permissions() & fs::perms::all);
+    const int descriptor = open(file.c_str(), flags, mode);
+    // Gives back what the umask has taken, where the file system knows permissions.
+    if (descriptor >= 0)
+        fchmod(descriptor, mode);
+    return descriptor;
+}
+
 }
 
 fs::path folderOf(const fs::path& file)
@@ -72,8 +90,7 @@ OutputFile::OutputFile(const fs::path& file, const volatile bool& abortFlag,
               do
               {
                   mTemporary = temporaryName(folderOf(mFile));
-                  descriptor =
-                      open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+                  descriptor = create(mTemporary, mFile);
               } while (descriptor < 0 && errno == EEXIST);
               if (descriptor < 0)
                   fail(errno);

@@ -118,6 +118,11 @@ public:
         } while (result != 0 && errno == EEXIST);
         if (result != 0)
             throw FileError(file, std::generic_category().message(errno));
+        // Nobody may look into it who may not look into the folder that it replaces.
+        std::error_code ignored;
+        const fs::file_status existing = fs::status(naming.folder(), ignored);
+        if (fs::is_directory(existing))
+            fs::permissions(mPath, existing.permissions(), ignored);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
