@@ -4,7 +4,6 @@ find_package(PkgConfig REQUIRED)
 find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(pugixml REQUIRED)
-find_package(yaml-cpp REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(VTK 9.1 REQUIRED COMPONENTS CommonCore CommonDataModel IOCore IOLegacy IOXML)
 
