@@ -3,6 +3,7 @@
 #include "../text/Layout.hpp"
 
 #include <tavrin/base/Suggestion.hpp>
+#include <tavrin/io/SeriesWriter.hpp>
 #include <tavrin/io/Writer.hpp>
 
 #include <unistd.h>
@@ -76,6 +77,14 @@ bool isSameFile(const path& a, const path& b)
     const auto resolved = [&](const path& file)
     { return std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error); };
     return resolved(a) == resolved(b);
+}
+
+/// Whether the file, or what it is a link to, is one that writing the series may replace.
+bool isReplacedBySeries(const path& file, const path& series)
+{
+    std::error_code ignored;
+    return io::isStepOf(file, series) ||
+           io::isStepOf(std::filesystem::weakly_canonical(file, ignored), series);
 }
 
 void checkFolder(const path& file)
@@ -190,12 +199,20 @@ void checkDestinations(const std::vector<path>& destinations, const std::vector<
         if (destinations[i].filename().empty())
             throw usage_error("\"" + destinations[i].string() + "\" names no file to write");
         for (std::size_t j = 0; j < i; ++j)
-            if (isSameFile(destinations[i], destinations[j]))
+            if (isSameFile(destinations[i], destinations[j]) ||
+                isReplacedBySeries(destinations[i], destinations[j]) ||
+                isReplacedBySeries(destinations[j], destinations[i]))
                 throw usage_error(destinations[i].string() + ": is to be written twice");
         for (const path& input : inputs)
+        {
             if (isSameFile(destinations[i], input))
                 throw usage_error(destinations[i].string() +
                                   ": is an input, and would be overwritten");
+            if (isReplacedBySeries(input, destinations[i]))
+                throw usage_error(input.string() +
+                                  ": is an input, and would be overwritten by the steps of " +
+                                  destinations[i].string());
+        }
         checkFolder(destinations[i]);
     }
 }

@@ -31,7 +31,7 @@ std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
                                         const AlgorithmDescription& algorithm);
 
 /// Refuses, before a run, files that cannot be written after it. Throws `usage_error` for a file
-/// that is named twice or is one of the inputs, and `FileError` where the folder is missing or not
+/// that is named twice or is one of the inputs, be it as a step of a series, and `FileError` where the folder is missing or not
 /// writable.
 void checkDestinations(const std::vector<std::filesystem::path>& destinations,
                        const std::vector<std::filesystem::path>& inputs);

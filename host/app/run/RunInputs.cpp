@@ -2,6 +2,10 @@
 
 #include "ColorMapInput.hpp"
 
+#include <tavrin/io/Collection.hpp>
+
+#include <algorithm>
+
 namespace tavrin::app
 {
 
@@ -28,7 +32,8 @@ std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment
     {
         const auto sort = dataSortOf(run.input(assignment.option));
         if (sort && *sort != DataSort::Other && !assignment.value.empty())
-            files.push_back(io::DataReference::parse(assignment.value).file);
+            std::ranges::move(io::filesOf(io::DataReference::parse(assignment.value).file),
+                              std::back_inserter(files));
     }
     return files;
 }

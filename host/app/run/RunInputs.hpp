@@ -9,7 +9,7 @@
 namespace tavrin::app
 {
 
-/// The files that assignments name. Throws `usage_error` for a malformed reference.
+/// The files that assignments name, and those that a time series among them lists. Throws `usage_error` for a malformed reference.
 std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment>& assignments,
                                               const AlgorithmRun& run);
 

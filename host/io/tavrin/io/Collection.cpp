@@ -92,4 +92,21 @@ Collection readCollection(const std::filesystem::path& path)
     return collection;
 }
 
+std::vector<std::filesystem::path> filesOf(const std::filesystem::path& path)
+{
+    std::vector files{path};
+    if (!isCollection(path))
+        return files;
+    try
+    {
+        for (Collection::Step& step : readCollection(path).steps)
+            files.push_back(std::move(step.path));
+    }
+    catch (const Malformed&)
+    {
+        // Whoever loads the list says what is wrong with it.
+    }
+    return files;
+}
+
 }

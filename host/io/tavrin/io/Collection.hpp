@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tavrin/base/Export.hpp>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -26,5 +28,8 @@ bool isCollection(const std::filesystem::path& path);
 
 /// Throws `Malformed` for a list that is none, or has no or two files for a time.
 Collection readCollection(const std::filesystem::path& path);
+
+/// The file, and behind it those that it lists. One that is no readable list lists none.
+TAVRIN_API std::vector<std::filesystem::path> filesOf(const std::filesystem::path& path);
 
 }

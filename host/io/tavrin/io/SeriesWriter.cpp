@@ -267,4 +267,12 @@ std::unique_ptr<PendingFile> prepareSeries(
     return series;
 }
 
+bool isStepOf(const fs::path& file, const fs::path& series)
+{
+    std::error_code ignored;
+    const Naming naming(series);
+    return series.extension() == ".pvd" && naming.isMember(file.filename().string()) &&
+           fs::equivalent(folderOf(file), naming.folder(), ignored);
+}
+
 }

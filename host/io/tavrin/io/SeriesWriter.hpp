@@ -23,4 +23,8 @@ std::unique_ptr<PendingFile> prepareSeries(
     const std::function<void(std::size_t step, std::ostream& stream)>& writeMember,
     const volatile bool& abortFlag);
 
+/// Whether a file has the folder and the name of a step of the series: writing that may replace or
+/// remove it. Nothing is a step of a `series` that is no ".pvd" file.
+TAVRIN_API bool isStepOf(const std::filesystem::path& file, const std::filesystem::path& series);
+
 }
