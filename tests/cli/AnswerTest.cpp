@@ -148,6 +148,23 @@ velocity  points  3           float64    3-D Vector  flow.vtu#velocity
     EXPECT_EQ(json::parse(answerOf(workshop, "tavrin info flow.vtu --json"))["size"], nullptr);
 }
 
+TEST(Info, SaysThatThereAreNoPoints)
+{
+    const Workshop workshop;
+    workshop.write("none.vtk", "# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\n"
+                               "POINTS 0 float\n");
+    EXPECT_EQ(answerOf(workshop, "tavrin info none.vtk"), R"(file    none.vtk
+format  legacy VTK polygonal data
+grid    no points
+points  0
+cells   0
+
+No arrays.
+)");
+    EXPECT_EQ(json::parse(answerOf(workshop, "tavrin info none.vtk --json"))["bounds"],
+              json::array());
+}
+
 TEST(Info, IsValidJsonForAnyFileName)
 {
     const Workshop workshop;

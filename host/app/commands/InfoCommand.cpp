@@ -28,6 +28,13 @@ std::string referenceTo(const FileInfo::Array& array, const FileInfo& info, cons
            (isAmbiguous ? "?on=" + std::string(nameOf(array.association)) : "");
 }
 
+/// Without points the dimension that was found says nothing.
+std::string gridText(const FileInfo& info)
+{
+    return info.points == 0 ? "no points"
+                            : fmt::format("{}, {}-D", nameOf(info.structuring), info.dimension);
+}
+
 std::string pointText(const FileInfo& info)
 {
     std::string text = std::to_string(info.points);
@@ -57,7 +64,7 @@ std::string sheet(const FileInfo& info, const std::string& file)
 {
     Rows rows{{"file", file},
               {"format", info.format},
-              {"grid", fmt::format("{}, {}-D", nameOf(info.structuring), info.dimension)},
+              {"grid", gridText(info)},
               {"points", pointText(info)},
               {"cells", cellText(info)}};
     constexpr std::array axes{"x", "y", "z"};
@@ -115,18 +122,19 @@ class InfoCommand final : public Command
 {
 public:
     explicit InfoCommand(CLI::App& program)
-        : Command(program,
-                  {.name = "info",
-                   .words = "FILE",
-                   .summary = "Tells what a data file holds: grid, arrays, time steps",
-                   .details =
-                       "The last column of the arrays is how a run refers to them. FILE may be "
-                       "followed by ?dimension=D or ?time=T.\n\n"
-                       "The JSON is one object with file, format, grid, dimension, points, "
-                       "cells, size (points along each axis of a structured grid, else null), "
-                       "cellTypes {name: number}, bounds [[lower, upper]], timeSteps, and "
-                       "arrays [{name, on, components, precision, valueType, reference}].",
-                   .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
+        : Command(
+              program,
+              {.name = "info",
+               .words = "FILE",
+               .summary = "Tells what a data file holds: grid, arrays, time steps",
+               .details =
+                   "The last column of the arrays is how a run refers to them. FILE may be "
+                   "followed by ?dimension=D or ?time=T.\n\n"
+                   "The JSON is one object with file, format, grid, dimension, points, "
+                   "cells, size (points along each axis of a structured grid, else null), "
+                   "cellTypes {name: number}, bounds [[lower, upper]] (empty without points), timeSteps, and "
+                   "arrays [{name, on, components, precision, valueType, reference}].",
+               .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
     {
         declaration().add_flag("--json", mWantsJson, "prints JSON");
     }

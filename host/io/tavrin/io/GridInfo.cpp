@@ -26,6 +26,8 @@ void describe(const PointSet<D>& points, FileInfo& info)
         for (std::size_t cell = 0; cell < info.cells; ++cell)
             ++info.cellTypes[grid->cellType(cell)];
 
+    if (info.points == 0)
+        return;
     const PointSetBase::BoundingBox box = points.boundingBox();
     for (std::size_t i = 0; i < D; ++i)
         info.bounds.push_back(box[i]);

@@ -35,7 +35,7 @@ struct FileInfo
     std::optional<GridSize> size;
     /// Number of cells of each type.
     std::map<CellType, std::size_t> cellTypes;
-    /// Lower and upper bound of each coordinate.
+    /// Lower and upper bound of each coordinate; empty where there are no points.
     std::vector<std::pair<double, double>> bounds;
     std::vector<Array> arrays;
     std::vector<double> timeSteps;
