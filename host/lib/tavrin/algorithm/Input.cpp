@@ -1,6 +1,8 @@
 #include <tavrin/algorithm/Input.hpp>
 
 #include <tavrin/base/Suggestion.hpp>
+#include <tavrin/domain/CellComplex.hpp>
+#include <tavrin/function/visit.hpp>
 
 #include <algorithm>
 #include <array>
@@ -23,10 +25,17 @@ std::string alternatives(const RTTICollection& types)
 /// What was given instead.
 std::string descriptionOf(const DataObject& object)
 {
-    const auto* const function = dynamic_cast<const FunctionBase*>(&object);
-    return function != nullptr ? "a function of type " + function->valueTypeName() + " on " +
-                                     function->domainPart().getName()
-                               : "this object";
+    if (const auto* const function = dynamic_cast<const FunctionBase*>(&object))
+        return "a function of type " + function->valueTypeName() + " on " +
+               function->domainPart().getName();
+    const auto* const points = dynamic_cast<const PointSetBase*>(&object);
+    if (points == nullptr)
+        return "this object";
+    std::string kind = "point set";
+    visitObject<TypeList<EmbeddedCellComplex<1>, EmbeddedCellComplex<2>, EmbeddedCellComplex<3>>>(
+        object,
+        [&](const auto& grid) { kind = std::string(nameOf(grid.structuringType())) + " grid"; });
+    return "a " + std::to_string(points->dimension()) + "-D " + kind;
 }
 
 }
