@@ -27,13 +27,31 @@ template<std::size_t D>
 typename UniformGrid<D>::Point UniformGrid<D>::point(std::size_t index) const
 {
     const GridSize indices = this->pointIndices(index);
-    Point position = mLayout.origin;
-    Point offset;
+    Point offsets;
     for (std::size_t axis = 0; axis < D; ++axis)
-        offset[axis] =
-            static_cast<double>(mLayout.firstIndex[axis] + static_cast<long>(indices[axis])) *
-            mLayout.spacing[axis];
-    return mIsOriented ? position + multiply(mLayout.direction, offset) : position + offset;
+        offsets[axis] = offset(axis, indices[axis]);
+    return pointAt(offsets);
+}
+
+template<std::size_t D>
+std::span<const typename UniformGrid<D>::Point> UniformGrid<D>::points(
+    std::size_t first, std::span<Point> scratch) const
+{
+    for (std::size_t done = 0; done < scratch.size();)
+    {
+        // As many as there are up to the end of the row.
+        const GridSize indices = this->pointIndices(first + done);
+        const std::size_t count = std::min(scratch.size() - done, mLayout.size[0] - indices[0]);
+        Point offsets;
+        for (std::size_t axis = 1; axis < D; ++axis)
+            offsets[axis] = offset(axis, indices[axis]);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            offsets[0] = offset(0, indices[0] + i);
+            scratch[done++] = pointAt(offsets);
+        }
+    }
+    return scratch;
 }
 
 template<std::size_t D>

@@ -48,6 +48,7 @@ public:
     bool isOriented() const { return mIsOriented; }
 
     Point point(std::size_t index) const override;
+    std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override;
     StructuringType structuringType() const override { return StructuringType::Uniform; }
     bool equals(const Domain& other) const override;
 
@@ -61,6 +62,19 @@ protected:
     }
 
 private:
+    /// The coordinate along an index axis, in units of its direction, from the origin on.
+    double offset(std::size_t axis, std::size_t index) const
+    {
+        return static_cast<double>(mLayout.firstIndex[axis] + static_cast<long>(index)) *
+               mLayout.spacing[axis];
+    }
+
+    Point pointAt(const Point& offset) const
+    {
+        return mIsOriented ? mLayout.origin + multiply(mLayout.direction, offset)
+                           : mLayout.origin + offset;
+    }
+
     Layout mLayout;
     bool mIsOriented;
 };

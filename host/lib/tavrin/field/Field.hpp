@@ -30,6 +30,21 @@ public:
     /// The value there. Only where it is valid.
     virtual T value() const = 0;
 
+    /// What `reset`, `isValid` and `value` say of one position after the other: values[k] is the
+    /// value at positions[k], or 0, and isValid[k] is 1, or 0 where there is none. Stops where
+    /// `abortFlag` reads true. It is invalid until the next reset.
+    virtual void sample(double time, std::span<const Position> positions, T* values,
+                        std::uint8_t* isValid, const volatile bool& abortFlag)
+    {
+        for (std::size_t k = 0; k < positions.size() && !abortFlag; ++k)
+        {
+            reset(time, positions[k]);
+            isValid[k] = mIsValid ? 1 : 0;
+            values[k] = mIsValid ? value() : T{};
+        }
+        setValid(false);
+    }
+
     /// Lets go of values that were loaded for the present time; it is invalid until the next reset.
     /// When all evaluators of a series do so before one of them goes on to the next time, no more
     /// than two steps of the series are in memory.

@@ -92,14 +92,31 @@ public:
         this->setValid(mIsInside);
     }
 
-    T value() const override
+    T value() const override { return valueAt(mLocation); }
+
+    void sample(double time, std::span<const Position> positions, T* values, std::uint8_t* isValid,
+                const volatile bool& abortFlag) override
     {
-        if constexpr (isOnPoints)
-            return mSteps.combination(
-                std::span(mLocation.pointIndices).first(mLocation.numVertices),
-                mLocation.weights.data());
-        else
-            return mSteps.value(mLocation.cell);
+        this->setValid(false);
+        const bool isInTime = mSteps.moveTo(time);
+        // A few at once: then no value is waited for before the next position is located.
+        std::array<Location, 16> locations;
+        for (std::size_t first = 0; first < positions.size(); first += locations.size())
+        {
+            const std::size_t end = std::min(first + locations.size(), positions.size());
+            for (std::size_t k = first; k < end; ++k)
+            {
+                const bool isInside =
+                    isInTime && mLocator.locate(positions[k], locations[k - first], mHint);
+                isValid[k] = isInside ? 1 : 0;
+            }
+            for (std::size_t k = first; k < end; ++k)
+            {
+                if (abortFlag)
+                    return;
+                values[k] = isValid[k] != 0 ? valueAt(locations[k - first]) : T{};
+            }
+        }
     }
 
     void release() override
@@ -109,6 +126,15 @@ public:
     }
 
 private:
+    T valueAt(const Location& location) const
+    {
+        if constexpr (isOnPoints)
+            return mSteps.combination(std::span(location.pointIndices).first(location.numVertices),
+                                      location.weights.data());
+        else
+            return mSteps.value(location.cell);
+    }
+
     StepInterpolator<T> mSteps;
     const CellLocator<D>& mLocator;
     typename CellLocator<D>::Hint mHint;

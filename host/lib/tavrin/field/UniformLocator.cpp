@@ -95,7 +95,7 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
         for (std::size_t i = 0; i < D; ++i)
             growth += std::abs(mToIndices(axis, i));
         const std::size_t cells = mIsFlat[axis] ? 0 : layout.size[axis] - 1;
-        mLastCell[axis] = cells - (mIsFlat[axis] ? 0 : 1);
+        mLastCell[axis] = static_cast<std::int64_t>(cells) - 1;
         mTolerance[axis] = mIsFlat[axis] ? locationTolerance * across + rounding
                                          : toleranceIn(1.0 / growth, rounding);
         mLimit[axis] = static_cast<double>(cells) + mTolerance[axis];
@@ -121,14 +121,15 @@ bool UniformLocator<D>::locate(const Position& position, Location& location, Hin
             return false;
         if (mIsFlat[axis])
             continue;
-        auto cell = std::min(static_cast<std::size_t>(std::max(index, 0.0)), mLastCell[axis]);
+        // Through signed numbers, which processors convert to and from in one instruction.
+        auto cell = std::min(static_cast<std::int64_t>(index), mLastCell[axis]);
         double share = index - static_cast<double>(cell);
         if (share <= mTolerance[axis] && cell > 0)
         {
             --cell;
             share += 1.0;
         }
-        place.set(axis, cell, share);
+        place.set(axis, static_cast<std::size_t>(cell), share);
     }
     place.fill(location);
     return true;

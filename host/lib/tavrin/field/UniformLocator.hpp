@@ -29,7 +29,7 @@ private:
     /// point, to the distance from the grid. Not a number where the grid has no such inverse.
     Matrix mToIndices{};
     std::array<bool, D> mIsFlat;
-    std::array<std::size_t, D> mLastCell;
+    std::array<std::int64_t, D> mLastCell;
     std::array<double, D> mTolerance;
     /// The largest index that is inside, tolerance included.
     std::array<double, D> mLimit;

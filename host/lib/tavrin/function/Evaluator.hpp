@@ -42,15 +42,15 @@ public:
     /// part, whatever it is.
     T combination(std::span<const std::size_t> indices, const double* weights) const
     {
-        if (mNumbers.doubles != nullptr)
-            return combined(indices, weights,
-                            [data = mNumbers.doubles](std::size_t index)
-                            { return data + index * T::size; });
-        if (mNumbers.floats != nullptr)
-            return combined(indices, weights,
-                            [data = mNumbers.floats](std::size_t index)
-                            { return data + index * T::size; });
-        return combined(indices, weights, [this](std::size_t index) { return (*mValues)[index]; });
+        if (mNumbers.doubles == nullptr && mNumbers.floats == nullptr)
+            return carefulCombination(indices, weights);
+        const T sum = mNumbers.doubles != nullptr ? sumOf(indices, weights, mNumbers.doubles)
+                                                  : sumOf(indices, weights, mNumbers.floats);
+        // A weight of 0 makes a difference where the value is not finite: this sum is no number.
+        bool isNumber = true;
+        for (const double component : sum)
+            isNumber &= component == component;
+        return isNumber ? sum : carefulCombination(indices, weights);
     }
 
 private:
@@ -63,19 +63,31 @@ private:
         return value;
     }
 
-    template<typename ValueAt>
-    static T combined(std::span<const std::size_t> indices, const double* weights,
-                      const ValueAt& valueAt)
+    /// Of all values, whatever their weight.
+    template<typename Stored>
+    static T sumOf(std::span<const std::size_t> indices, const double* weights, const Stored* data)
+    {
+        const auto sumOfFirst = [&](auto count)
+        {
+            T sum{};
+            for (std::size_t k = 0; k < count; ++k)
+                for (std::size_t i = 0; i < T::size; ++i)
+                    sum[i] += weights[k] * static_cast<double>(data[indices[k] * T::size + i]);
+            return sum;
+        };
+        // Most cells have eight vertices, a number for which the compiler spares the loop.
+        return indices.size() == 8 ? sumOfFirst(std::integral_constant<std::size_t, 8>())
+                                   : sumOfFirst(indices.size());
+    }
+
+    /// Does not even read a value whose weight is 0.
+    [[gnu::noinline]] T carefulCombination(std::span<const std::size_t> indices,
+                                           const double* weights) const
     {
         T sum{};
         for (std::size_t k = 0; k < indices.size(); ++k)
-        {
-            if (weights[k] == 0.0)
-                continue;
-            const auto value = valueAt(indices[k]);
-            for (std::size_t i = 0; i < T::size; ++i)
-                sum[i] += weights[k] * static_cast<double>(value[i]);
-        }
+            if (weights[k] != 0.0)
+                sum += weights[k] * value(indices[k]);
         return sum;
     }
 

@@ -209,24 +209,26 @@ void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_
         const std::size_t count = std::min(atOnce, last - i);
         const auto positions = mPositions.read(i, std::span(scratch).first(count));
         const auto order = isSorted ? spatialOrder(positions) : std::vector<std::uint32_t>();
-        for (std::size_t done = 0; done < count;)
+        for (std::size_t done = 0; done < count; done += pointsPerBlock)
         {
-            if (abortFlag)
+            const std::size_t n = std::min(pointsPerBlock, count - done);
+            const auto sample = [&](std::size_t k, std::size_t number)
+            {
+                const std::size_t target = step * mPositions.count + i + k;
+                std::uint8_t* const isValid = mValidity->data() + target;
+                evaluator.sample(mTimes[step], positions.subspan(k, number),
+                                 mValues.data() + target, isValid, abortFlag);
+                outside += static_cast<std::size_t>(std::count(isValid, isValid + number, 0));
+            };
+            if (order.empty())
+                sample(done, n);
+            else
+                for (std::size_t k = done; k < done + n; ++k)
+                    sample(order[k], 1);
+            if (abortFlag || mFailure.hasHappened())
                 return;
-            const std::size_t k = order.empty() ? done : order[done];
-            const std::size_t target = step * mPositions.count + i + k;
-            evaluator.reset(mTimes[step], positions[k]);
-            const bool isValid = evaluator.isValid();
-            mValues[target] = isValid ? evaluator.value() : T{};
-            (*mValidity)[target] = isValid ? 1 : 0;
-            outside += isValid ? 0 : 1;
-            if (++done % pointsPerBlock != 0)
-                continue;
-            progress.advance(pointsPerBlock);
-            if (mFailure.hasHappened())
-                return;
+            progress.advance(n);
         }
-        progress.advance(count % pointsPerBlock);
     }
     mNumOutside += outside;
     // Nobody then holds steps of a series that the next time does not need.
