@@ -1,105 +1,19 @@
+#include "Meshes.hpp"
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
-#include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/field/CellGeometry.hpp>
-#include <tavrin/field/CellLocator.hpp>
-#include <tavrin/field/SpatialOrder.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
-#include <gtest/gtest.h>
 #include <omp.h>
 
-#include <cmath>
 #include <limits>
-#include <numeric>
-#include <optional>
-#include <random>
 
 namespace
 {
 
-using namespace tavrin;
-
-template<std::size_t D>
-using Points = std::vector<Tensor<double, D>>;
-template<std::size_t D>
-using Grid = std::shared_ptr<const EmbeddedCellComplex<D>>;
-
-template<std::size_t D>
-std::shared_ptr<const ValueArray<Tensor<double, D>>> stored(Points<D> points)
-{
-    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
-                                                                  Precision::Float64);
-}
-
-/// Points and cells of any type, collected one by one.
-template<std::size_t D>
-struct Mesh
-{
-    Points<D> points;
-    std::vector<CellType> types;
-    std::vector<std::int64_t> offsets{0};
-    std::vector<std::int64_t> connectivity;
-
-    void addCell(CellType type, const std::vector<std::int64_t>& vertices)
-    {
-        types.push_back(type);
-        connectivity.insert(connectivity.end(), vertices.begin(), vertices.end());
-        offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
-    }
-
-    /// A cell with vertices of its own.
-    void addCell(CellType type, const Points<D>& vertices)
-    {
-        std::vector<std::int64_t> indices(vertices.size());
-        std::iota(indices.begin(), indices.end(), static_cast<std::int64_t>(points.size()));
-        points.insert(points.end(), vertices.begin(), vertices.end());
-        addCell(type, indices);
-    }
-
-    std::shared_ptr<const UnstructuredGrid<D>> grid() const
-    {
-        return std::make_shared<UnstructuredGrid<D>>(
-            stored<D>(points), CellTable{types, IndexArray(offsets), IndexArray(connectivity)});
-    }
-};
-
-/// What `locate` says of a position: the cell and the weights, or nothing.
-template<std::size_t D>
-std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
-                               const Tensor<double, D>& position)
-{
-    typename CellLocator<D>::Hint hint;
-    Location location;
-    if (!grid.locator().locate(position, location, hint))
-        return std::nullopt;
-    double sum = 0.0;
-    for (std::size_t k = 0; k < location.numVertices; ++k)
-    {
-        EXPECT_TRUE(std::isfinite(location.weights[k]));
-        sum += location.weights[k];
-    }
-    EXPECT_NEAR(sum, 1.0, 1e-12);
-    return location;
-}
-
-template<std::size_t D>
-std::optional<std::size_t> cellAt(const EmbeddedCellComplex<D>& grid,
-                                  const Tensor<double, D>& position)
-{
-    const auto location = locate(grid, position);
-    return location ? std::optional(location->cell) : std::nullopt;
-}
-
-template<std::size_t D>
-Tensor<double, D> positionOf(const EmbeddedCellComplex<D>& grid, const Location& location)
-{
-    Tensor<double, D> position{};
-    for (std::size_t k = 0; k < location.numVertices; ++k)
-        position += location.weights[k] * grid.point(location.pointIndices[k]);
-    return position;
-}
+using namespace meshes;
 
 /// The lowest cell that contains a position, by asking all of them.
 template<std::size_t D>
@@ -121,149 +35,6 @@ std::optional<std::size_t> cellByBruteForce(const UnstructuredGrid<D>& grid,
             return i;
     }
     return std::nullopt;
-}
-
-Vector3 randomVector(std::mt19937& random, double size = 1.0)
-{
-    std::uniform_real_distribution<double> coordinate(-size, size);
-    return {coordinate(random), coordinate(random), coordinate(random)};
-}
-
-template<std::size_t D>
-Tensor<double, D> firstCoordinates(const std::array<double, 3>& numbers)
-{
-    Tensor<double, D> vector;
-    std::copy_n(numbers.begin(), D, vector.begin());
-    return vector;
-}
-
-/// The vertices of a reference cell, moved by up to `distortion` and stretched and sheared.
-template<std::size_t D>
-Points<D> distortedCell(CellType type, double distortion, std::mt19937& random)
-{
-    const Matrix3 shear(2.0, 0.3, -0.4, 0.1, 1.5, 0.2, -0.2, 0.5, 0.8);
-    Points<D> vertices;
-    for (std::size_t k = 0; k < numVerticesOf(type); ++k)
-    {
-        const Reference at = vertexReference(type, k);
-        const Vector3 corner = Vector3(at[0], at[1], at[2]) + randomVector(random, distortion);
-        const Vector3 moved = multiply(shear, corner) + Vector3(100.0, -50.0, 7.0);
-        vertices.push_back(firstCoordinates<D>({moved[0], moved[1], moved[2]}));
-    }
-    return vertices;
-}
-
-/// Positions inside the cell of one type, found again with their weights.
-template<std::size_t D>
-void expectInversion(CellType type, double distortion)
-{
-    SCOPED_TRACE(std::string(nameOf(type)) + " in " + std::to_string(D) + "-D");
-    std::mt19937 random(11);
-    const bool isSubparametric = type >= CellType::SubparametricQuadraticLine &&
-                                 type <= CellType::SubparametricQuadraticHexahedron;
-    const CellType shape = isSubparametric ? linearTypeOf(type) : type;
-    for (int trial = 0; trial < 20; ++trial)
-    {
-        Mesh<D> mesh;
-        mesh.addCell(type, distortedCell<D>(type, distortion, random));
-        const auto grid = mesh.grid();
-        for (int i = 0; i < 10; ++i)
-        {
-            const Vector3 cube = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
-            const Reference at{cube[0], cube[1], cube[2]};
-            if (distanceOutside(type, at) > 0.0)
-                continue;
-            std::vector<double> weights(numVerticesOf(shape));
-            shapeFunctions(shape, at, weights);
-            Tensor<double, D> position{};
-            for (std::size_t k = 0; k < weights.size(); ++k)
-                position += weights[k] * mesh.points[k];
-            const auto location = locate<D>(*grid, position);
-            ASSERT_TRUE(location);
-            std::vector<double> expected(numVerticesOf(type));
-            shapeFunctions(type, at, expected);
-            for (std::size_t k = 0; k < expected.size(); ++k)
-                EXPECT_NEAR(location->weights[k], expected[k], 1e-11);
-        }
-    }
-}
-
-TEST(Inversion, FindsTheWeightsInRegularAndDistortedCellsOfEveryType)
-{
-    for (std::size_t i = 0; i < numCellTypes; ++i)
-    {
-        const auto type = static_cast<CellType>(i);
-        if (type == CellType::Invalid || type == CellType::Points)
-            continue;
-        for (const double distortion : {0.0, 0.02, 0.08})
-        {
-            // Curved lines and surfaces in space hold their positions to rounding alone.
-            expectInversion<3>(type, distortion);
-            if (dimensionOf(type) <= 2)
-                expectInversion<2>(type, distortion);
-            if (dimensionOf(type) <= 1)
-                expectInversion<1>(type, distortion);
-        }
-    }
-}
-
-TEST(Inversion, ReachesVerticesAndTheApexOfAPyramid)
-{
-    std::mt19937 random(3);
-    for (const CellType type : {CellType::Pyramids, CellType::QuadraticPyramid, CellType::Prisms,
-                                CellType::TriquadraticHexahedron})
-    {
-        Mesh<3> mesh;
-        mesh.addCell(type, distortedCell<3>(type, 0.05, random));
-        const auto grid = mesh.grid();
-        for (std::size_t k = 0; k < mesh.points.size(); ++k)
-        {
-            const auto location = locate<3>(*grid, mesh.points[k]);
-            ASSERT_TRUE(location) << nameOf(type) << k;
-            EXPECT_NEAR(location->weights[k], 1.0, 1e-11);
-        }
-    }
-}
-
-TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
-{
-    // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.
-    const Points<3> cube{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
-                         {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
-    const auto mapped = [&](auto map)
-    {
-        Points<3> vertices = cube;
-        std::ranges::transform(vertices, vertices.begin(), map);
-        return vertices;
-    };
-    const std::vector<Points<3>> shapes{
-        mapped([](const Vector3& p) { return Vector3(p[0] * p[1], p[1], p[2] * p[1]); }),
-        mapped([](const Vector3& p) { return Vector3(p[0], p[1], 1e-7 * p[2]); }),
-        mapped([](const Vector3& p) { return Vector3(p[0], p[1], -p[2]); }),
-        mapped([](const Vector3& p)
-               { return Vector3(p[0] - p[1] * p[2], p[1] + p[0] * p[2], p[2]); })};
-    std::mt19937 random(5);
-    for (const Points<3>& shape : shapes)
-    {
-        Mesh<3> mesh;
-        mesh.addCell(CellType::Hexahedra, shape);
-        const auto grid = mesh.grid();
-        for (int i = 0; i < 200; ++i)
-        {
-            const Vector3 cubePoint = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
-            std::array<double, 8> weights;
-            shapeFunctions(CellType::Hexahedra, {cubePoint[0], cubePoint[1], cubePoint[2]},
-                           weights);
-            Vector3 position{};
-            for (std::size_t k = 0; k < 8; ++k)
-                position += weights[k] * shape[k];
-            const auto location = locate<3>(*grid, position);
-            ASSERT_TRUE(location);
-            EXPECT_LT(norm(positionOf<3>(*grid, *location) - position), 1e-14);
-        }
-        for (const Vector3& vertex : shape)
-            EXPECT_TRUE(locate<3>(*grid, vertex));
-    }
 }
 
 TEST(Locator, PassesOverDegenerateCells)
@@ -608,35 +379,6 @@ TEST(Locator, AnswersTheSameInAnyOrderAndWithAnyNumberOfThreads)
         }
         omp_set_num_threads(threads);
     }
-}
-
-TEST(SpatialOrder, BringsNeighboursTogetherAndKeepsEveryPosition)
-{
-    std::mt19937 random(8);
-    Points<3> positions;
-    for (int i = 0; i < 5000; ++i)
-        positions.push_back(randomVector(random));
-    positions[17][1] = std::numeric_limits<double>::quiet_NaN();
-    positions[23][2] = std::numeric_limits<double>::infinity();
-    const auto order = spatialOrder<3>(positions);
-    auto sorted = order;
-    std::ranges::sort(sorted);
-    ASSERT_EQ(sorted.size(), positions.size());
-    double distance = 0.0;
-    for (std::size_t i = 0; i < sorted.size(); ++i)
-    {
-        EXPECT_EQ(sorted[i], i);
-        const double step = norm(positions[order[i]] - positions[order[i == 0 ? 0 : i - 1]]);
-        distance += std::isfinite(step) ? step : 0.0;
-    }
-    // Without order it is about 1.3 for each.
-    EXPECT_LT(distance / static_cast<double>(order.size()), 0.2);
-
-    Points<1> line;
-    for (int i = 0; i < 5000; ++i)
-        line.push_back({i * 0.5});
-    EXPECT_TRUE(spatialOrder<1>(line).empty());
-    EXPECT_TRUE(spatialOrder<2>({}).empty());
 }
 
 }

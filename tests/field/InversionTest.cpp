@@ -1,0 +1,123 @@
+#include "Meshes.hpp"
+
+#include <array>
+
+namespace
+{
+
+using namespace meshes;
+
+/// Positions inside the cell of one type, found again with their weights.
+template<std::size_t D>
+void expectInversion(CellType type, double distortion)
+{
+    SCOPED_TRACE(std::string(nameOf(type)) + " in " + std::to_string(D) + "-D");
+    std::mt19937 random(11);
+    const bool isSubparametric = type >= CellType::SubparametricQuadraticLine &&
+                                 type <= CellType::SubparametricQuadraticHexahedron;
+    const CellType shape = isSubparametric ? linearTypeOf(type) : type;
+    for (int trial = 0; trial < 20; ++trial)
+    {
+        Mesh<D> mesh;
+        mesh.addCell(type, distortedCell<D>(type, distortion, random));
+        const auto grid = mesh.grid();
+        for (int i = 0; i < 10; ++i)
+        {
+            const Vector3 cube = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
+            const Reference at{cube[0], cube[1], cube[2]};
+            if (distanceOutside(type, at) > 0.0)
+                continue;
+            std::vector<double> weights(numVerticesOf(shape));
+            shapeFunctions(shape, at, weights);
+            Tensor<double, D> position{};
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                position += weights[k] * mesh.points[k];
+            const auto location = locate<D>(*grid, position);
+            ASSERT_TRUE(location);
+            std::vector<double> expected(numVerticesOf(type));
+            shapeFunctions(type, at, expected);
+            for (std::size_t k = 0; k < expected.size(); ++k)
+                EXPECT_NEAR(location->weights[k], expected[k], 1e-11);
+        }
+    }
+}
+
+TEST(Inversion, FindsTheWeightsInRegularAndDistortedCellsOfEveryType)
+{
+    for (std::size_t i = 0; i < numCellTypes; ++i)
+    {
+        const auto type = static_cast<CellType>(i);
+        if (type == CellType::Invalid || type == CellType::Points)
+            continue;
+        for (const double distortion : {0.0, 0.02, 0.08})
+        {
+            // Curved lines and surfaces in space hold their positions to rounding alone.
+            expectInversion<3>(type, distortion);
+            if (dimensionOf(type) <= 2)
+                expectInversion<2>(type, distortion);
+            if (dimensionOf(type) <= 1)
+                expectInversion<1>(type, distortion);
+        }
+    }
+}
+
+TEST(Inversion, ReachesVerticesAndTheApexOfAPyramid)
+{
+    std::mt19937 random(3);
+    for (const CellType type : {CellType::Pyramids, CellType::QuadraticPyramid, CellType::Prisms,
+                                CellType::TriquadraticHexahedron})
+    {
+        Mesh<3> mesh;
+        mesh.addCell(type, distortedCell<3>(type, 0.05, random));
+        const auto grid = mesh.grid();
+        for (std::size_t k = 0; k < mesh.points.size(); ++k)
+        {
+            const auto location = locate<3>(*grid, mesh.points[k]);
+            ASSERT_TRUE(location) << nameOf(type) << k;
+            EXPECT_NEAR(location->weights[k], 1.0, 1e-11);
+        }
+    }
+}
+
+TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
+{
+    // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.
+    const Points<3> cube{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                         {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+    const auto mapped = [&](auto map)
+    {
+        Points<3> vertices = cube;
+        std::ranges::transform(vertices, vertices.begin(), map);
+        return vertices;
+    };
+    const std::vector<Points<3>> shapes{
+        mapped([](const Vector3& p) { return Vector3(p[0] * p[1], p[1], p[2] * p[1]); }),
+        mapped([](const Vector3& p) { return Vector3(p[0], p[1], 1e-7 * p[2]); }),
+        mapped([](const Vector3& p) { return Vector3(p[0], p[1], -p[2]); }),
+        mapped([](const Vector3& p)
+               { return Vector3(p[0] - p[1] * p[2], p[1] + p[0] * p[2], p[2]); })};
+    std::mt19937 random(5);
+    for (const Points<3>& shape : shapes)
+    {
+        Mesh<3> mesh;
+        mesh.addCell(CellType::Hexahedra, shape);
+        const auto grid = mesh.grid();
+        for (int i = 0; i < 200; ++i)
+        {
+            const Vector3 cubePoint = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
+            std::array<double, 8> weights;
+            shapeFunctions(CellType::Hexahedra, {cubePoint[0], cubePoint[1], cubePoint[2]},
+                           weights);
+            Vector3 position{};
+            for (std::size_t k = 0; k < 8; ++k)
+                position += weights[k] * shape[k];
+            const auto location = locate<3>(*grid, position);
+            ASSERT_TRUE(location);
+            EXPECT_LT(norm(positionOf<3>(*grid, *location) - position), 1e-14);
+        }
+        for (const Vector3& vertex : shape)
+            EXPECT_TRUE(locate<3>(*grid, vertex));
+    }
+}
+
+}

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/field/CellLocator.hpp>
+#include <tavrin/field/ShapeFunctions.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <optional>
+#include <random>
+
+namespace meshes
+{
+
+using namespace tavrin;
+
+template<std::size_t D>
+using Points = std::vector<Tensor<double, D>>;
+template<std::size_t D>
+using Grid = std::shared_ptr<const EmbeddedCellComplex<D>>;
+
+template<std::size_t D>
+std::shared_ptr<const ValueArray<Tensor<double, D>>> stored(Points<D> points)
+{
+    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
+                                                                  Precision::Float64);
+}
+
+/// Points and cells of any type, collected one by one.
+template<std::size_t D>
+struct Mesh
+{
+    Points<D> points;
+    std::vector<CellType> types;
+    std::vector<std::int64_t> offsets{0};
+    std::vector<std::int64_t> connectivity;
+
+    void addCell(CellType type, const std::vector<std::int64_t>& vertices)
+    {
+        types.push_back(type);
+        connectivity.insert(connectivity.end(), vertices.begin(), vertices.end());
+        offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
+    }
+
+    /// A cell with vertices of its own.
+    void addCell(CellType type, const Points<D>& vertices)
+    {
+        std::vector<std::int64_t> indices(vertices.size());
+        std::iota(indices.begin(), indices.end(), static_cast<std::int64_t>(points.size()));
+        points.insert(points.end(), vertices.begin(), vertices.end());
+        addCell(type, indices);
+    }
+
+    std::shared_ptr<const UnstructuredGrid<D>> grid() const
+    {
+        return std::make_shared<UnstructuredGrid<D>>(
+            stored<D>(points), CellTable{types, IndexArray(offsets), IndexArray(connectivity)});
+    }
+};
+
+/// What `locate` says of a position: the cell and the weights, or nothing.
+template<std::size_t D>
+std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
+                               const Tensor<double, D>& position)
+{
+    typename CellLocator<D>::Hint hint;
+    Location location;
+    if (!grid.locator().locate(position, location, hint))
+        return std::nullopt;
+    double sum = 0.0;
+    for (std::size_t k = 0; k < location.numVertices; ++k)
+    {
+        EXPECT_TRUE(std::isfinite(location.weights[k]));
+        sum += location.weights[k];
+    }
+    EXPECT_NEAR(sum, 1.0, 1e-12);
+    return location;
+}
+
+template<std::size_t D>
+std::optional<std::size_t> cellAt(const EmbeddedCellComplex<D>& grid,
+                                  const Tensor<double, D>& position)
+{
+    const auto location = locate(grid, position);
+    return location ? std::optional(location->cell) : std::nullopt;
+}
+
+template<std::size_t D>
+Tensor<double, D> positionOf(const EmbeddedCellComplex<D>& grid, const Location& location)
+{
+    Tensor<double, D> position{};
+    for (std::size_t k = 0; k < location.numVertices; ++k)
+        position += location.weights[k] * grid.point(location.pointIndices[k]);
+    return position;
+}
+
+inline Vector3 randomVector(std::mt19937& random, double size = 1.0)
+{
+    std::uniform_real_distribution<double> coordinate(-size, size);
+    return {coordinate(random), coordinate(random), coordinate(random)};
+}
+
+template<std::size_t D>
+Tensor<double, D> firstCoordinates(const std::array<double, 3>& numbers)
+{
+    Tensor<double, D> vector;
+    std::copy_n(numbers.begin(), D, vector.begin());
+    return vector;
+}
+
+/// The vertices of a reference cell, moved by up to `distortion` and stretched and sheared.
+template<std::size_t D>
+Points<D> distortedCell(CellType type, double distortion, std::mt19937& random)
+{
+    const Matrix3 shear(2.0, 0.3, -0.4, 0.1, 1.5, 0.2, -0.2, 0.5, 0.8);
+    Points<D> vertices;
+    for (std::size_t k = 0; k < numVerticesOf(type); ++k)
+    {
+        const Reference at = vertexReference(type, k);
+        const Vector3 corner = Vector3(at[0], at[1], at[2]) + randomVector(random, distortion);
+        const Vector3 moved = multiply(shear, corner) + Vector3(100.0, -50.0, 7.0);
+        vertices.push_back(firstCoordinates<D>({moved[0], moved[1], moved[2]}));
+    }
+    return vertices;
+}
+
+}
