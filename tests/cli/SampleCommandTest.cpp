@@ -60,6 +60,24 @@ TEST(SampleCommand, TakesALineAlongAnAxisAndAGridWithoutPoints)
     }
 }
 
+/// Only the algorithm knows how many times there are, and on which of the grids: all the same, what
+/// cannot be written is refused before the sampling, which takes a minute here.
+TEST(SampleCommand, RefusesAFormatBeforeItSamples)
+{
+    const Workshop workshop;
+    const std::string start = "timeout 10 " + sample + "Field=double_gyre.pvd ";
+    for (const auto& [rest, error] :
+         {std::pair("Grid=double_gyre/double_gyre_0000.vti 'Time=[0:10#0.001]' -o out.vti",
+                    "error: out.vti: a function with 10001 time steps is written as .pvd\n"),
+          std::pair("Grid=flow.vtu -o out.vti",
+                    "error: out.vti: an unstructured grid is written as .vtu or .pvd\n")})
+    {
+        const Outcome outcome = workshop.run(start + rest);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.standardError, error);
+    }
+}
+
 TEST(SampleCommand, TellsTheUserWhatIsWrong)
 {
     const Workshop workshop;

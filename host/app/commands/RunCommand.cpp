@@ -8,6 +8,8 @@
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
 
+#include <tavrin/io/Writer.hpp>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -135,6 +137,14 @@ public:
         RunInputs inputs(run, loader);
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
         checkFormats(requests, inputs.objects());
+        // What only the algorithm knows, such as the number of times, is refused before its work.
+        run.setResultListener(
+            [&](const std::string& port, const Domain& domain, std::size_t numTimeSteps)
+            {
+                for (const OutputRequest& request : requests)
+                    if (request.port == port)
+                        io::requireSuitable(request.file, domain, numTimeSteps);
+            });
         const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
         timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
         io::PendingFiles files;

@@ -91,21 +91,6 @@ std::string enumerate(const std::vector<std::string>& extensions)
     return text;
 }
 
-void requireSuitable(const FunctionBase& function, const fs::path& file)
-{
-    const auto extensions = extensionsFor(*function.domain(), function.numTimeSteps());
-    if (extensions.empty())
-        throw usage_error(file.string() + ": values on this kind of domain are not written");
-    const std::string extension = file.extension().string();
-    if (std::ranges::find(extensions, extension) != extensions.end())
-        return;
-    const std::string what =
-        function.numTimeSteps() > 1
-            ? "a function with " + std::to_string(function.numTimeSteps()) + " time steps"
-            : describe(*function.domain());
-    throw usage_error(file.string() + ": " + what + " is written as " + enumerate(extensions));
-}
-
 /// Names that give the shape of matrices, and of values of one component, back; none for others.
 template<Value T>
 std::vector<std::string> componentNames()
@@ -283,11 +268,25 @@ std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTime
     return extensions;
 }
 
+void requireSuitable(const fs::path& file, const Domain& domain, std::size_t numTimeSteps)
+{
+    const auto extensions = extensionsFor(domain, numTimeSteps);
+    if (extensions.empty())
+        throw usage_error(file.string() + ": values on this kind of domain are not written");
+    const std::string extension = file.extension().string();
+    if (std::ranges::find(extensions, extension) != extensions.end())
+        return;
+    const std::string what = numTimeSteps > 1
+                                 ? "a function with " + std::to_string(numTimeSteps) + " time steps"
+                                 : describe(domain);
+    throw usage_error(file.string() + ": " + what + " is written as " + enumerate(extensions));
+}
+
 std::unique_ptr<PendingFile> prepareFunction(const FunctionBase& function,
                                              const std::string& arrayName, const fs::path& file,
                                              const volatile bool& abortFlag)
 {
-    requireSuitable(function, file);
+    requireSuitable(file, *function.domain(), function.numTimeSteps());
     // An array without a name could not be asked for.
     const std::string name = arrayName.empty() ? "values" : arrayName;
     std::unique_ptr<PendingFile> output;
@@ -307,7 +306,7 @@ std::unique_ptr<PendingFile> prepareFunctions(
     if (file.extension() == ".pvd")
         throw usage_error(file.string() +
                           ": several functions are written into a file of one step");
-    requireSuitable(*functions.front(), file);
+    requireSuitable(file, *functions.front()->domain(), 1);
 
     auto output = std::make_unique<OutputFile>(file, abortFlag);
     const auto grid =

@@ -13,6 +13,10 @@ TAVRIN_API const std::vector<std::string>& writableExtensions();
 /// ".pvd"; any grid goes into ".vtu".
 TAVRIN_API std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTimeSteps);
 
+/// Throws `usage_error`, naming the extensions that suit, where that of the file is none of them.
+TAVRIN_API void requireSuitable(const std::filesystem::path& file, const Domain& domain,
+                                std::size_t numTimeSteps);
+
 /// Writes the grid and the values of a function, as the array `arrayName` ("values" where that is
 /// empty), in the format of the file's extension. What is written reads back as the same function:
 /// same points, cells, values, bit for bit, same shape, name, and time steps. Only subparametric

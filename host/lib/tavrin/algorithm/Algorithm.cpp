@@ -17,6 +17,13 @@ Algorithm::Progress::~Progress()
         mObserver->closed();
 }
 
+void DataAlgorithm::announceResult(const std::string& portName, const Domain& domain,
+                                   std::size_t numTimeSteps) const
+{
+    if (host().resultListener)
+        host().resultListener(portName, domain, numTimeSteps);
+}
+
 void DataAlgorithm::setResult(const std::string& portName, std::shared_ptr<const DataObject> object)
 {
     host().dataOutputs.setResult(portName, std::move(object));

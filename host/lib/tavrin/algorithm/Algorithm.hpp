@@ -24,6 +24,11 @@ public:
     virtual ~ProgressObserver() = default;
 };
 
+/// Told of a result before the work for it: the values will be on `domain`, of `numTimeSteps` steps.
+/// What it throws ends the run.
+using ResultListener = std::function<void(const std::string& portName, const Domain& domain,
+                                          std::size_t numTimeSteps)>;
+
 /// What a run has counted, for reports: numbers by group and name, such as "samples": "total".
 using Statistics = std::map<std::string, std::map<std::string, std::uint64_t>>;
 
@@ -41,6 +46,8 @@ public:
         Statistics& statistics;
         /// May be null.
         ProgressObserver*& progressObserver;
+        /// May be empty.
+        const ResultListener& resultListener;
     };
 
     class Progress;
@@ -108,6 +115,11 @@ public:
     using Algorithm::Algorithm;
 
 protected:
+    /// Says what a port will carry, before long work for it. A host that has no use for such a
+    /// result ends the run here by an exception.
+    void announceResult(const std::string& portName, const Domain& domain,
+                        std::size_t numTimeSteps) const;
+
     /// Publishes an object on a port. Throws `logic_error` for an unknown port or a wrong class.
     void setResult(const std::string& portName, std::shared_ptr<const DataObject> object);
 

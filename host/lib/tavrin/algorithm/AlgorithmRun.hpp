@@ -76,6 +76,9 @@ public:
     /// The input behind an option. Throws `usage_error` for an unknown one.
     const InputBase& input(const std::string& option) const;
 
+    /// Who hears of results before the work for them, from algorithms that announce them.
+    void setResultListener(ResultListener listener) { mResultListener = std::move(listener); }
+
     /// Executes the algorithm; the logs and statistics of an earlier execution are dropped before.
     /// Exceptions pass through.
     void execute(const volatile bool& abortFlag, ProgressObserver* observer = nullptr);
@@ -102,8 +105,9 @@ private:
     VisOutputs::Control mVisOutputs;
     Statistics mStatistics;
     ProgressObserver* mObserver = nullptr;
-    Algorithm::InitData mInitData{mInfoLog,    mDebugLog,   mDataOutputs,
-                                  mVisOutputs, mStatistics, mObserver};
+    ResultListener mResultListener;
+    Algorithm::InitData mInitData{mInfoLog,    mDebugLog, mDataOutputs,   mVisOutputs,
+                                  mStatistics, mObserver, mResultListener};
     Options::Control mControl;
     std::unique_ptr<Options> mOptions;
     std::unique_ptr<Algorithm> mAlgorithm;

@@ -429,6 +429,7 @@ std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
 {
     const std::size_t n = grid->numPoints();
     requireMemory(n, times.size(), bytesPerSample<T>);
+    announceResult("Sampled Field", *grid, times.size());
     Sampler<D, T> sampler(field, times, positionsOf<D>(*grid));
     {
         Progress progress(*this, "computing", n * times.size(), true);
