@@ -83,6 +83,7 @@ const Case cases[] = {
     {"UnsuitableSeries", R"(operate "Field A=double_gyre.pvd" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input with 21 time steps; use .pvd\n"},
     {"SameOutputTwice", R"(operate "Field A=nix.vtu" -o new.vtu -o Field=./new.vtu)", 2, "error: ./new.vtu: is to be written twice\n"},
     {"OutputIsInput", R"(operate "Field A=flow.vtu#velocity" -o ../$(basename "$PWD")/flow.vtu 2>&1 | sed 's/tavrin-test-[^/]*/HERE/' >&2)", 0, "error: ../HERE/flow.vtu: is an input, and would be overwritten\n"},
+    {"ReportIsColorMap", R"(echo '{}' >map.json; tavrin run 'Field/Show Hedgehogs' Field=flow.vtu "Color Map=map.json#a@0:1" -o out.png --report ./map.json; cat map.json >&2)", 0, "error: ./map.json: is an input, and would be overwritten\n{}\n"},
     {"OutputReplacesInputStep", R"(operate "Field A=double_gyre.pvd" -o q.pvd && operate "Field A=q/q_0000.vti" -o q.pvd)", 2, "error: q/q_0000.vti: is an input, and would be overwritten by the steps of q.pvd\n"},
     {"OutputReplacesLinkedInputStep", R"(operate "Field A=double_gyre.pvd" -o q.pvd && ln -s q/q_0000.vti a.vti && operate "Field A=a.vti" -o ./q.pvd)", 2, "error: a.vti: is an input, and would be overwritten by the steps of ./q.pvd\n"},
     {"OutputReplacesStepOfInput", R"(operate "Field A=double_gyre.pvd" -o q.pvd && cp q.pvd list.pvd && operate "Field A=list.pvd" -o q.pvd)", 2, "error: q/q_0000.vti: is an input, and would be overwritten by the steps of q.pvd\n"},

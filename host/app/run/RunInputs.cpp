@@ -2,6 +2,7 @@
 
 #include "ColorMapInput.hpp"
 
+#include <tavrin/colormap/ColorMapReference.hpp>
 #include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
@@ -30,10 +31,16 @@ std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment
     std::vector<std::filesystem::path> files;
     for (const OptionAssignment& assignment : assignments)
     {
-        const auto sort = dataSortOf(run.input(assignment.option));
-        if (sort && *sort != DataSort::Other && !assignment.value.empty())
+        const InputBase& input = run.input(assignment.option);
+        const auto sort = dataSortOf(input);
+        if (!sort || assignment.value.empty())
+            continue;
+        if (*sort != DataSort::Other)
             std::ranges::move(io::filesOf(io::DataReference::parse(assignment.value).file),
                               std::back_inserter(files));
+        else if (takesColorMap(input))
+            if (auto file = ColorMapReference::parse(assignment.value).file; !file.empty())
+                files.push_back(std::move(file));
     }
     return files;
 }

@@ -9,7 +9,8 @@
 namespace tavrin::app
 {
 
-/// The files that assignments name, and those that a time series among them lists. Throws `usage_error` for a malformed reference.
+/// The files of data and colour maps that assignments name, and those that the former list. Throws
+/// `usage_error` for a malformed reference.
 std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment>& assignments,
                                               const AlgorithmRun& run);
 
