@@ -60,6 +60,62 @@ TEST(SampleCommand, TakesALineAlongAnAxisAndAGridWithoutPoints)
     }
 }
 
+TEST(SampleCommand, TakesAllBlocksAsOneField)
+{
+    const Workshop workshop;
+    const auto slab = [](const std::string& x, const std::string& array)
+    {
+        return "<VTKFile type=\"ImageData\"><ImageData WholeExtent=\"0 1 0 1 0 0\" Origin=\"" + x +
+               " 0 0\" Spacing=\"1 1 1\"><Piece Extent=\"0 1 0 1 0 0\"><CellData>"
+               "<DataArray format=\"ascii\" type=\"Float64\" Name=\"" +
+               array + "\">" + x + "</DataArray></CellData></Piece></ImageData></VTKFile>";
+    };
+    workshop.write("left.vti", slab("0", "p"));
+    workshop.write("right.vti", slab("1", "p"));
+    workshop.write("wall.vti", slab("2", "q"));
+    workshop.write("room.vtm",
+                   "<VTKFile type=\"vtkMultiBlockDataSet\"><vtkMultiBlockDataSet>"
+                   "<Block index=\"0\" name=\"room\"><DataSet name=\"right\" file=\"right.vti\"/>"
+                   "<DataSet name=\"left\" file=\"left.vti\"/></Block>"
+                   "<DataSet index=\"1\" name=\"wall\" file=\"wall.vti\"/>"
+                   "</vtkMultiBlockDataSet></VTKFile>");
+    workshop.write("line.vtk", "# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\nPOINTS 4 "
+                               "float\n0.5 0.5 0  1 0.5 0  1.5 0.5 0  2.5 0.5 0\n");
+    const Outcome outcome =
+        workshop.run(sample + "Field=room.vtm#p Grid=line.vtk -o out.vtp --report report.json && "
+                              "tavrin run Field/Info Field=out.vtp#p");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.standardError,
+              "warning: room.vtm: no array \"p\" in 1 of 3 blocks; left out: \"wall\"\n");
+    EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 4}, {"outside", 1}}));
+
+    EXPECT_EQ(workshop.run(sample + "Field=room.vtm#p Grid=left.vti -o wall.vti").standardError,
+              "error: wall.vti: is an input, and would be overwritten\n");
+    EXPECT_EQ(workshop.run("tavrin info room.vtm").standardOutput, R"(file    room.vtm
+format  VTK XML multi-block data
+blocks  3
+grid    2-D
+points  12
+cells   3 (3 Quads)
+x       0 .. 3
+y       0 .. 1
+
+BLOCK       GRID          POINTS         CELLS        FILE
+room/right  uniform, 2-D  4 (2 x 2 x 1)  1 (1 Quads)  right.vti
+room/left   uniform, 2-D  4 (2 x 2 x 1)  1 (1 Quads)  left.vti
+wall        uniform, 2-D  4 (2 x 2 x 1)  1 (1 Quads)  wall.vti
+
+ARRAY  ON     COMPONENTS  STORED AS  VALUES  IN BLOCKS              REFERENCE
+p      cells  1           float64    Scalar  room/right, room/left  room.vtm#p
+q      cells  1           float64    Scalar  wall                   room.vtm#q
+)");
+    const auto info =
+        nlohmann::json::parse(workshop.run("tavrin info --json room.vtm").standardOutput);
+    EXPECT_EQ(info["grid"], nullptr);
+    EXPECT_EQ(info["blocks"][2]["name"], "wall");
+    EXPECT_EQ(info["blocks"][2]["arrays"][0]["reference"], "wall.vti#q");
+}
+
 /// Only the algorithm knows how many times there are, and on which of the grids: all the same, what
 /// cannot be written is refused before the sampling, which takes a minute here.
 TEST(SampleCommand, RefusesAFormatBeforeItSamples)

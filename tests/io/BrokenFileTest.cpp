@@ -31,7 +31,7 @@ TEST_F(BrokenFile, IsMissingOrNoFile)
     EXPECT_EQ(complaintAbout("empty.vtu", ""), "empty.vtu: is empty");
     EXPECT_EQ(complaintAbout("a.stl", "solid"),
               "a.stl: a file with the extension .stl is not supported; supported "
-              "are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .pvd and .series");
+              "are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .vtm, .pvd and .series");
 }
 
 TEST_F(BrokenFile, IsNotWhatItsExtensionSays)

@@ -117,8 +117,9 @@ TEST_F(Series, RefusesListsThatAreNone)
     create("cut.series", R"({"files": [{"name": "a.vtu", "time")");
     create("odd.series", R"({"files": [{"name": "a.vtu", "time": 0}, {"name": 3, "time": 1}]})");
     create("no.series", "[1, 2]");
-    EXPECT_EQ(complaintAbout("twice.pvd"),
-              "twice.pvd: lists several files for t = 10; a step must be one file");
+    EXPECT_EQ(
+        complaintAbout("twice.pvd"),
+        "twice.pvd: lists several files for t = 10; a step must be one file, or one for each part");
     EXPECT_EQ(complaintAbout("empty.pvd"), "empty.pvd: lists no files");
     EXPECT_EQ(complaintAbout("time.pvd"), "time.pvd: a timestep is not a number");
     EXPECT_EQ(complaintAbout("nan.pvd"), "nan.pvd: a time is not finite");

@@ -20,19 +20,21 @@ using io::FileInfo;
 using Rows = std::vector<std::vector<std::string>>;
 
 /// How an array is named in a run.
-std::string referenceTo(const FileInfo::Array& array, const FileInfo& info, const std::string& file)
+std::string referenceTo(const FileInfo::Array& array, const FileInfo& info)
 {
     const bool isAmbiguous =
         std::ranges::count(info.arrays, array.name, &FileInfo::Array::name) > 1;
-    return file + '#' + array.name +
+    return info.file.string() + '#' + array.name +
            (isAmbiguous ? "?on=" + std::string(nameOf(array.association)) : "");
 }
 
 /// Without points the dimension that was found says nothing.
 std::string gridText(const FileInfo& info)
 {
-    return info.points == 0 ? "no points"
-                            : fmt::format("{}, {}-D", nameOf(info.structuring), info.dimension);
+    if (info.points == 0)
+        return "no points";
+    return (info.structuring ? std::string(nameOf(*info.structuring)) + ", " : "") +
+           std::to_string(info.dimension) + "-D";
 }
 
 std::string pointText(const FileInfo& info)
@@ -60,13 +62,57 @@ std::string timeText(const std::vector<double>& steps)
     return fmt::format("{} from {} to {}", steps.size(), steps.front(), steps.back());
 }
 
-std::string sheet(const FileInfo& info, const std::string& file)
+/// Which blocks have an array.
+std::string blockText(const FileInfo::Array& array, const FileInfo& info)
 {
-    Rows rows{{"file", file},
-              {"format", info.format},
-              {"grid", gridText(info)},
-              {"points", pointText(info)},
-              {"cells", cellText(info)}};
+    std::vector<std::string> names;
+    for (const FileInfo& block : info.blocks)
+        if (std::ranges::any_of(
+                block.arrays, [&](const FileInfo::Array& other)
+                { return other.name == array.name && other.association == array.association; }))
+            names.push_back(block.block);
+    constexpr std::size_t few = 3;
+    if (names.size() == info.blocks.size())
+        return "all";
+    return names.size() <= few ? joined(names, ", ")
+                               : fmt::format("{} of {}", names.size(), info.blocks.size());
+}
+
+std::string arrayTable(const FileInfo& info)
+{
+    const bool hasBlocks = !info.blocks.empty();
+    Rows rows{{"ARRAY", "ON", "COMPONENTS", "STORED AS", "VALUES", "REFERENCE"}};
+    for (const FileInfo::Array& array : info.arrays)
+    {
+        const bool isUsable = !array.valueType.empty();
+        rows.push_back({array.name, std::string(nameOf(array.association)),
+                        std::to_string(array.components), std::string(nameOf(array.precision)),
+                        isUsable ? array.valueType : "-",
+                        isUsable ? referenceTo(array, info) : "-"});
+        if (hasBlocks)
+            rows.back().insert(rows.back().end() - 1, blockText(array, info));
+    }
+    if (hasBlocks)
+        rows.front().insert(rows.front().end() - 1, "IN BLOCKS");
+    return alignedColumns(rows, 0, LastColumn::AsItIs);
+}
+
+std::string blockTable(const FileInfo& info)
+{
+    Rows rows{{"BLOCK", "GRID", "POINTS", "CELLS", "FILE"}};
+    for (const FileInfo& block : info.blocks)
+        rows.push_back(
+            {block.block, gridText(block), pointText(block), cellText(block), block.file.string()});
+    return alignedColumns(rows, 0, LastColumn::AsItIs);
+}
+
+std::string sheet(const FileInfo& info)
+{
+    Rows rows{{"file", info.file.string()}, {"format", info.format}};
+    if (!info.blocks.empty())
+        rows.push_back({"blocks", std::to_string(info.blocks.size())});
+    rows.insert(rows.end(),
+                {{"grid", gridText(info)}, {"points", pointText(info)}, {"cells", cellText(info)}});
     constexpr std::array axes{"x", "y", "z"};
     for (std::size_t i = 0; i < std::min(info.bounds.size(), axes.size()); ++i)
         rows.push_back({axes[i], fmt::format("{:.9g} .. {:.9g}", info.bounds[i].first,
@@ -74,22 +120,12 @@ std::string sheet(const FileInfo& info, const std::string& file)
     if (!info.timeSteps.empty())
         rows.push_back({"time steps", timeText(info.timeSteps)});
     std::string page = alignedColumns(rows);
-
-    if (info.arrays.empty())
-        return page + "\nNo arrays.\n";
-    Rows arrays{{"ARRAY", "ON", "COMPONENTS", "STORED AS", "VALUES", "REFERENCE"}};
-    for (const FileInfo::Array& array : info.arrays)
-    {
-        const bool isUsable = !array.valueType.empty();
-        arrays.push_back({array.name, std::string(nameOf(array.association)),
-                          std::to_string(array.components), std::string(nameOf(array.precision)),
-                          isUsable ? array.valueType : "-",
-                          isUsable ? referenceTo(array, info, file) : "-"});
-    }
-    return page + '\n' + alignedColumns(arrays, 0, LastColumn::AsItIs);
+    if (!info.blocks.empty())
+        page += '\n' + blockTable(info);
+    return page + '\n' + (info.arrays.empty() ? "No arrays.\n" : arrayTable(info));
 }
 
-Json toJson(const FileInfo& info, const std::string& file)
+Json toJson(const FileInfo& info)
 {
     Json arrays = Json::array();
     for (const FileInfo::Array& array : info.arrays)
@@ -98,13 +134,13 @@ Json toJson(const FileInfo& info, const std::string& file)
                           {"components", array.components},
                           {"precision", nameOf(array.precision)},
                           {"valueType", array.valueType},
-                          {"reference", referenceTo(array, info, file)}});
+                          {"reference", referenceTo(array, info)}});
     Json cellTypes = Json::object();
     for (const auto& [type, count] : info.cellTypes)
         cellTypes[std::string(nameOf(type))] = count;
-    Json json{{"file", file},
+    Json json{{"file", info.file.string()},
               {"format", info.format},
-              {"grid", nameOf(info.structuring)},
+              {"grid", nullptr},
               {"dimension", info.dimension},
               {"points", info.points},
               {"cells", info.cells},
@@ -112,9 +148,18 @@ Json toJson(const FileInfo& info, const std::string& file)
               {"cellTypes", std::move(cellTypes)},
               {"bounds", info.bounds},
               {"timeSteps", info.timeSteps},
-              {"arrays", std::move(arrays)}};
+              {"arrays", std::move(arrays)},
+              {"blocks", Json::array()}};
+    if (info.structuring)
+        json["grid"] = nameOf(*info.structuring);
     if (info.size)
         json["size"] = *info.size;
+    for (const FileInfo& block : info.blocks)
+    {
+        Json& one = json["blocks"].emplace_back(toJson(block));
+        one.erase("blocks");
+        one["name"] = block.block;
+    }
     return json;
 }
 
@@ -132,8 +177,10 @@ public:
                    "followed by ?dimension=D or ?time=T.\n\n"
                    "The JSON is one object with file, format, grid, dimension, points, "
                    "cells, size (points along each axis of a structured grid, else null), "
-                   "cellTypes {name: number}, bounds [[lower, upper]] (empty without points), timeSteps, and "
-                   "arrays [{name, on, components, precision, valueType, reference}].",
+                   "cellTypes {name: number}, bounds [[lower, upper]] (empty without points), "
+                   "timeSteps, arrays [{name, on, components, precision, valueType, reference}], "
+                   "and blocks, an array of such objects with a name each. Of several blocks, all "
+                   "else is of all of them, and grid is null.",
                .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
     {
         declaration().add_flag("--json", mWantsJson, "prints JSON");
@@ -146,8 +193,7 @@ public:
                           { session.console.line("warning: " + line); },
                           session.abortFlag);
         const FileInfo info = loader.inspect(reference);
-        const std::string file = reference.file.string();
-        session.console.print(mWantsJson ? jsonText(toJson(info, file)) : sheet(info, file));
+        session.console.print(mWantsJson ? jsonText(toJson(info)) : sheet(info));
     }
 
 private:

@@ -47,14 +47,14 @@ std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment
 
 void RunInputs::apply(const std::vector<OptionAssignment>& assignments)
 {
-    std::vector<Object> objects;
+    std::vector<Objects> objects;
     std::ranges::transform(assignments, std::back_inserter(objects),
                            [&](const OptionAssignment& assignment) { return load(assignment); });
     for (std::size_t i = 0; i < assignments.size(); ++i)
         apply(assignments[i], objects[i]);
 }
 
-void RunInputs::apply(const OptionAssignment& assignment, Object object)
+void RunInputs::apply(const OptionAssignment& assignment, const Objects& objects)
 {
     const InputBase& input = mRun.input(assignment.option);
     const auto sort = dataSortOf(input);
@@ -67,26 +67,31 @@ void RunInputs::apply(const OptionAssignment& assignment, Object object)
     else if (input.kind() == InputKind::Bundle)
     {
         auto& members = mBundles[assignment.option];
-        members.push_back(std::move(object));
+        members.insert(members.end(), objects.begin(), objects.end());
         mRun.connect(assignment.option, std::make_shared<DataObjectBundle>(members));
     }
     else
-        mRun.connect(assignment.option, object != nullptr ? object : loadOther(assignment));
+        mRun.connect(assignment.option, objects.empty() ? loadOther(assignment) : objects.front());
 }
 
-/// The function or grid that an assignment names; null for all that is neither.
-RunInputs::Object RunInputs::load(const OptionAssignment& assignment)
+/// The functions or the grid that an assignment names: several functions only for a bundle, from a
+/// file of several blocks. Nothing for all that is neither.
+RunInputs::Objects RunInputs::load(const OptionAssignment& assignment)
 {
     const InputBase& input = mRun.input(assignment.option);
     const auto sort = dataSortOf(input);
     if (!sort || *sort == DataSort::Other || assignment.isDirect || assignment.value.empty())
-        return nullptr;
+        return {};
     const auto reference = io::DataReference::parse(assignment.value);
-    if (*sort == DataSort::Function)
-        mObjects.push_back(mLoader.loadFunction(reference));
+    Objects objects;
+    if (input.kind() == InputKind::Bundle)
+        std::ranges::move(mLoader.loadFunctions(reference), std::back_inserter(objects));
+    else if (*sort == DataSort::Function)
+        objects.push_back(mLoader.loadFunction(reference));
     else
-        mObjects.push_back(loadGrid(reference, input));
-    return mObjects.back();
+        objects.push_back(loadGrid(reference, input));
+    mObjects.insert(mObjects.end(), objects.begin(), objects.end());
+    return objects;
 }
 
 /// The grid of a file. Where the option takes no grid of so few dimensions, as that of a line along

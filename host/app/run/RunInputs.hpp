@@ -30,9 +30,10 @@ public:
 
 private:
     using Object = std::shared_ptr<const DataObject>;
+    using Objects = DataObjectBundle::Members;
 
-    void apply(const OptionAssignment& assignment, Object object);
-    Object load(const OptionAssignment& assignment);
+    void apply(const OptionAssignment& assignment, const Objects& objects);
+    Objects load(const OptionAssignment& assignment);
     Object loadGrid(io::DataReference reference, const InputBase& input);
     Object loadOther(const OptionAssignment& assignment);
 

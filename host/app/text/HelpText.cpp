@@ -65,7 +65,9 @@ const std::vector<Topic>& helpTopics()
          "  shape=scalar|3|2x2  reads the components of an array as this shape\n"
          "  dimension=1|2|3     the number of coordinates of the grid's points\n"
          "  time=T              this step of a time series alone\n"
-         "Files: VTK's .vti .vtr .vts .vtu .vtp and .vtk, and the time series .pvd and .series.\n"},
+         "Files: VTK's .vti .vtr .vts .vtu .vtp and .vtk, the time series .pvd and .series, and the "
+         "multi-block files .vtm, which may be steps of a series. An option that takes several "
+         "fields takes all blocks as one field.\n"},
         {"Colour maps and colours",
          "A COLORMAP is viridis, plasma, coolwarm, grey or another built-in name, or a JSON file as "
          "desktop tools export it, then @LOW:HIGH if it is not to span the norms of the field. A "

@@ -30,22 +30,34 @@ std::string enumerate(const std::vector<const DataFile::Array*>& arrays)
     return text;
 }
 
+bool isCandidate(const DataFile::Array& array, const DataReference& reference)
+{
+    return !reference.on || reference.on == array.association;
 }
 
-const DataFile::Array& chooseArray(const DataFile& file, const DataReference& reference)
+bool isMatch(const DataFile::Array& array, const DataReference& reference)
 {
-    if (file.arrays.empty())
+    return isCandidate(array, reference) &&
+           (reference.array ? reference.array == array.name : array.name != validityMaskName);
+}
+
+}
+
+bool hasArray(const std::vector<DataFile::Array>& arrays, const DataReference& reference)
+{
+    return std::ranges::any_of(arrays, [&](const DataFile::Array& array)
+                               { return isMatch(array, reference); });
+}
+
+const DataFile::Array& chooseArray(const std::vector<DataFile::Array>& arrays,
+                                   const DataReference& reference)
+{
+    if (arrays.empty())
         throw usage_error("holds no arrays");
-    std::vector<const DataFile::Array*> candidates;
-    for (const DataFile::Array& array : file.arrays)
-        if (!reference.on || reference.on == array.association)
-            candidates.push_back(&array);
     std::vector<const DataFile::Array*> matches;
-    std::ranges::copy_if(candidates, std::back_inserter(matches),
-                         [&](const DataFile::Array* array) {
-                             return reference.array ? reference.array == array->name
-                                                    : array->name != validityMaskName;
-                         });
+    for (const DataFile::Array& array : arrays)
+        if (isMatch(array, reference))
+            matches.push_back(&array);
     if (matches.size() == 1)
         return *matches.front();
     if (!reference.array && matches.empty())
@@ -57,9 +69,9 @@ const DataFile::Array& chooseArray(const DataFile& file, const DataReference& re
         throw usage_error("\"" + *reference.array +
                           "\" is an array on points and one on cells; add ?on=points or ?on=cells");
     std::vector<std::string> names;
-    names.reserve(candidates.size());
-    for (const DataFile::Array* const array : candidates)
-        names.push_back(array->name);
+    for (const DataFile::Array& array : arrays)
+        if (isCandidate(array, reference))
+            names.push_back(array.name);
     throw usage_error("no array \"" + *reference.array + "\"" + onText(reference) +
                       suggestionFor(*reference.array, names));
 }

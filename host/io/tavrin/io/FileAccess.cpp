@@ -30,16 +30,6 @@ std::string beginningOf(const std::filesystem::path& path)
 
 }
 
-std::string cleanLine(std::string text)
-{
-    constexpr std::size_t longest = 2000;
-    std::ranges::replace_if(
-        text, [](char character) { return character >= 0 && character < ' '; }, ' ');
-    if (text.size() > longest)
-        text = text.substr(0, longest) + "...";
-    return text;
-}
-
 void requireFile(const std::filesystem::path& path)
 {
     std::error_code error;
@@ -58,9 +48,8 @@ void requireFile(const std::filesystem::path& path)
         throw Malformed(std::string("cannot be opened: ") + std::strerror(errno));
 }
 
-void FileAccess::warn(const FilePlace& place, const std::string& text)
+void FileAccess::warn(const std::string& line)
 {
-    const std::string line = place.named.string() + ": " + text;
     const std::lock_guard lock(mMutex);
     if (mSaid.insert(line).second && mWarn)
         mWarn(line);
@@ -82,7 +71,7 @@ std::unique_ptr<DataFile> FileAccess::open(const FilePlace& place) const
         throw Malformed((extension.empty() ? "a file without an extension"
                                            : "a file with the extension " + extension) +
                         " is not supported; supported are .vti, .vtp, .vtr, .vts, .vtu, .vtk, "
-                        ".pvd and .series");
+                        ".vtm, .pvd and .series");
     if (beginning.starts_with(legacyMarker))
         throw Malformed("not a VTK XML file; it looks like a legacy VTK file, whose extension is "
                         ".vtk");
@@ -96,7 +85,7 @@ BuiltGrid FileAccess::build(DataFile& file, const FilePlace& place,
 {
     BuiltGrid grid = buildGrid(file, dimension, mAbortFlag);
     for (const std::string& warning : grid.warnings)
-        warn(place, warning);
+        warn(place.named.string() + ": " + warning);
     return grid;
 }
 

@@ -2,12 +2,12 @@
 
 #include <tavrin/base/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
-#include <tavrin/io/GridInfo.hpp>
-#include <tavrin/io/Malformed.hpp>
+#include <tavrin/io/FileInspection.hpp>
 #include <tavrin/io/SeriesReader.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
-#include <cmath>
+#include <algorithm>
+#include <ranges>
 
 namespace tavrin::io
 {
@@ -20,46 +20,36 @@ const DomainPart& partOf(Association association)
     return association == Association::Points ? PointSetBase::Points : detail::Cells;
 }
 
-/// "0, 0.5, 1", the middle of a long list left out.
-std::string enumerate(const std::vector<Collection::Step>& steps)
+using FunctionPointer = std::shared_ptr<const FunctionBase>;
+
+std::size_t dimensionOf(const FunctionPointer& function)
 {
-    constexpr std::size_t most = 10;
-    std::string text;
-    for (std::size_t i = 0; i < steps.size(); ++i)
-    {
-        if (steps.size() > most && i == most / 2)
-        {
-            i = steps.size() - most / 2;
-            text += ", ...";
-        }
-        text += (text.empty() ? "" : ", ") + toText(steps[i].time);
-    }
-    return text;
+    return dynamic_cast<const PointSetBase&>(*function->domain()).dimension();
 }
 
-bool isSameTime(double a, double b)
+bool hasCells(const FunctionPointer& function)
 {
-    return std::abs(a - b) <= 1e-9 * std::max(std::abs(a), std::abs(b));
+    return dynamic_cast<const CellComplex*>(function->domain().get()) != nullptr;
 }
 
-std::size_t findStep(const Collection& collection, double time)
+/// Adds the arrays that are not there yet.
+void addNew(const std::vector<DataFile::Array>& arrays, std::vector<DataFile::Array>& known)
 {
-    const auto found = std::ranges::min_element(collection.steps, {},
-                                                [&](const Collection::Step& step)
-                                                { return std::abs(step.time - time); });
-    if (found == collection.steps.end() || !isSameTime(found->time, time))
-        throw usage_error("no step at t = " + toText(time) + "; there is " +
-                          enumerate(collection.steps));
-    return static_cast<std::size_t>(found - collection.steps.begin());
+    for (const DataFile::Array& array : arrays)
+        if (std::ranges::none_of(
+                known, [&](const DataFile::Array& other)
+                { return other.name == array.name && other.association == array.association; }))
+            known.push_back(array);
 }
 
-/// A file that is no series has one time or none.
-void requireTime(const DataFile& file, const std::optional<double>& wanted)
+void requireOneBlock(const std::vector<Block>& blocks, const DataReference& reference,
+                     const std::string& wanted)
 {
-    if (wanted && !file.time)
-        throw usage_error("holds no time steps; leave out ?time=" + toText(*wanted));
-    if (wanted && !isSameTime(*file.time, *wanted))
-        throw usage_error("no step at t = " + toText(*wanted) + "; there is " + toText(*file.time));
+    if (blocks.size() > 1)
+        throw usage_error(reference.file.string() + ": has " + std::to_string(blocks.size()) +
+                          " blocks, and one " + wanted +
+                          " is wanted; give the file of one of them, such as " +
+                          blocks.front().steps.front().place.path.string());
 }
 
 }
@@ -72,23 +62,21 @@ public:
     {
     }
 
-    std::shared_ptr<const FunctionBase> loadFunction(const DataReference& reference);
+    std::vector<FunctionPointer> loadFunctions(const DataReference& reference);
+    FunctionPointer loadFunction(const DataReference& reference);
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
-    FileInfo inspect(const DataReference& reference);
+    FileInfo inspect(const DataReference& reference) { return inspectFile(*mAccess, reference); }
 
 private:
-    /// One file, and its time where it is a step of a series.
-    struct Single
-    {
-        FilePlace place;
-        std::unique_ptr<DataFile> file;
-        std::optional<double> time;
-    };
-
-    /// Opens a file, or that of the step meant, by default the first, of a series.
-    Single open(const DataReference& reference);
-    std::shared_ptr<const FunctionBase> loadSingle(const DataReference& reference);
-    std::shared_ptr<const FunctionBase> loadSeries(const DataReference& reference);
+    FunctionPointer load(const Block& block, const DataReference& reference);
+    /// The same of a block whose first file is open.
+    FunctionPointer load(const Block& block, DataFile& first, const DataReference& reference);
+    FunctionPointer loadSingle(const Block::Step& step, DataFile& file,
+                               const DataReference& reference);
+    FunctionPointer loadSeries(const Block& block, DataFile& first, const DataReference& reference);
+    void warnOfLeftOut(const std::string& what, const std::vector<std::string>& names,
+                       std::size_t numBlocks, const DataReference& reference);
+    bool isEmpty(const Block& block);
     /// The domain, or an equal one that was there before.
     std::shared_ptr<const Domain> share(std::shared_ptr<const Domain> domain);
 
@@ -105,48 +93,20 @@ std::shared_ptr<const Domain> Loader::Implementation::share(std::shared_ptr<cons
     return domain;
 }
 
-Loader::Implementation::Single Loader::Implementation::open(const DataReference& reference)
+FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, DataFile& file,
+                                                   const DataReference& reference)
 {
-    FilePlace place(reference.file);
-    naming(place, [&] { requireFile(reference.file); });
-    std::optional<double> time;
-    if (isCollection(reference.file))
-    {
-        naming(place,
-               [&]
-               {
-                   const Collection collection = readCollection(reference.file);
-                   const std::size_t step =
-                       reference.time ? findStep(collection, *reference.time) : 0;
-                   place = placeOf(reference.file, collection, step);
-                   time = collection.steps[step].time;
-               });
-    }
-    auto file = naming(place, [&] { return mAccess->open(place); });
-    if (!time)
-    {
-        naming(place, [&] { requireTime(*file, reference.time); });
-        time = file->time;
-    }
-    return {std::move(place), std::move(file), time};
-}
-
-std::shared_ptr<const FunctionBase> Loader::Implementation::loadSingle(
-    const DataReference& reference)
-{
-    const Single single = open(reference);
-    return naming(single.place,
+    return naming(step.place,
                   [&]
                   {
-                      const DataFile::Array& array = chooseArray(*single.file, reference);
+                      const DataFile::Array& array = chooseArray(file.arrays, reference);
                       const Shape shape = chooseShape(array, reference.shape);
-                      const BuiltGrid grid =
-                          mAccess->build(*single.file, single.place, reference.dimension);
-                      const StoredArray values = readValues(*single.file, array, grid);
+                      const BuiltGrid grid = mAccess->build(file, step.place, reference.dimension);
+                      const StoredArray values = readValues(file, array, grid);
                       std::vector<double> times;
-                      if (single.time)
-                          times.push_back(*single.time);
-                      std::shared_ptr<const FunctionBase> function;
+                      if (const auto time = step.time ? step.time : file.time)
+                          times.push_back(*time);
+                      FunctionPointer function;
                       visitShape(shape,
                                  [&]<typename T>()
                                  {
@@ -158,17 +118,15 @@ std::shared_ptr<const FunctionBase> Loader::Implementation::loadSingle(
                   });
 }
 
-std::shared_ptr<const FunctionBase> Loader::Implementation::loadSeries(
-    const DataReference& reference)
+FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile& first,
+                                                   const DataReference& reference)
 {
-    const FilePlace place(reference.file);
-    naming(place, [&] { requireFile(reference.file); });
-    auto reader = std::make_shared<SeriesReader>(mAccess, reference.file, reference);
+    auto reader = std::make_shared<SeriesReader>(mAccess, block.steps, first, reference);
     reader->setDomain(share(reader->domain()));
     const DataFile::Array& array = reader->array();
     const DomainPart& part = partOf(array.association);
     const std::vector<double> times = reader->times();
-    std::shared_ptr<const FunctionBase> function;
+    FunctionPointer function;
     visitShape(reader->shape(),
                [&]<typename T>()
                {
@@ -181,11 +139,97 @@ std::shared_ptr<const FunctionBase> Loader::Implementation::loadSeries(
     return function;
 }
 
-std::shared_ptr<const FunctionBase> Loader::Implementation::loadFunction(
-    const DataReference& reference)
+FunctionPointer Loader::Implementation::load(const Block& block, DataFile& first,
+                                             const DataReference& reference)
 {
-    return isCollection(reference.file) && !reference.time ? loadSeries(reference)
-                                                           : loadSingle(reference);
+    return block.steps.size() > 1 ? loadSeries(block, first, reference)
+                                  : loadSingle(block.steps.front(), first, reference);
+}
+
+FunctionPointer Loader::Implementation::load(const Block& block, const DataReference& reference)
+{
+    return load(block, *openFirst(*mAccess, block, reference), reference);
+}
+
+FunctionPointer Loader::Implementation::loadFunction(const DataReference& reference)
+{
+    const auto blocks = findBlocks(reference);
+    requireOneBlock(blocks, reference, "function");
+    requireFiles(blocks);
+    return load(blocks.front(), reference);
+}
+
+std::vector<FunctionPointer> Loader::Implementation::loadFunctions(const DataReference& reference)
+{
+    const auto blocks = findBlocks(reference);
+    requireFiles(blocks);
+    if (blocks.size() == 1)
+        return {load(blocks.front(), reference)};
+
+    struct Loaded
+    {
+        const Block* block;
+        FunctionPointer function;
+    };
+    std::vector<Loaded> loaded;
+    std::vector<DataFile::Array> arrays;
+    std::vector<std::string> withoutArray;
+    for (const Block& block : blocks)
+    {
+        const auto file = openFirst(*mAccess, block, reference);
+        addNew(file->arrays, arrays);
+        if (hasArray(file->arrays, reference))
+            loaded.push_back({&block, load(block, *file, reference)});
+        else if (!isEmpty(block))
+            withoutArray.push_back('"' + block.name + '"');
+    }
+    // All blocks have to mean the same array.
+    const std::string name =
+        naming(FilePlace(reference.file), [&] { return chooseArray(arrays, reference).name; });
+    warnOfLeftOut("array \"" + name + "\"", withoutArray, blocks.size(), reference);
+
+    // Points alone, or none at all, are no part of a field that has cells elsewhere.
+    const auto isCloud = [](const Loaded& one) { return !hasCells(one.function); };
+    if (!std::ranges::all_of(loaded, isCloud))
+    {
+        std::vector<std::string> withoutCells;
+        for (const Loaded& one : loaded)
+            if (isCloud(one) && one.function->values()->size() > 0)
+                withoutCells.push_back('"' + one.block->name + '"');
+        std::erase_if(loaded, isCloud);
+        warnOfLeftOut("cells", withoutCells, blocks.size(), reference);
+    }
+
+    // Among others, a block in a plane or on an axis has coordinates that are 0.
+    const auto dimension = [](const Loaded& one) { return dimensionOf(one.function); };
+    DataReference unified = reference;
+    unified.dimension = std::ranges::max(loaded | std::views::transform(dimension));
+    std::vector<FunctionPointer> functions;
+    std::ranges::transform(loaded, std::back_inserter(functions),
+                           [&](const Loaded& one) {
+                               return dimension(one) == *unified.dimension
+                                          ? one.function
+                                          : load(*one.block, unified);
+                           });
+    return functions;
+}
+
+void Loader::Implementation::warnOfLeftOut(const std::string& what,
+                                           const std::vector<std::string>& names,
+                                           std::size_t numBlocks, const DataReference& reference)
+{
+    if (!names.empty())
+        mAccess->warn(cleanLine(reference.file.string() + ": no " + what + " in " +
+                                std::to_string(names.size()) + " of " + std::to_string(numBlocks) +
+                                " blocks; left out: " + enumerate(names)));
+}
+
+/// Whether there is no point at any step.
+bool Loader::Implementation::isEmpty(const Block& block)
+{
+    return std::ranges::all_of(
+        block.steps, [&](const Block::Step& step)
+        { return naming(step.place, [&] { return mAccess->open(step.place)->numPoints; }) == 0; });
 }
 
 std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReference& reference)
@@ -193,52 +237,12 @@ std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReferen
     if (reference.array || reference.on || reference.shape)
         throw usage_error(reference.file.string() +
                           ": a grid is wanted, so leave out #ARRAY, ?on= and ?shape=");
-    const Single single = open(reference);
-    return naming(
-        single.place, [&]
-        { return share(mAccess->build(*single.file, single.place, reference.dimension).domain); });
-}
-
-FileInfo Loader::Implementation::inspect(const DataReference& reference)
-{
-    const Single single = open(reference);
-    FileInfo info;
-    info.format = single.file->format;
-    if (single.time)
-        info.timeSteps.push_back(*single.time);
-    for (const DataFile::Array& array : single.file->arrays)
-    {
-        const auto shape = shapeOf(array.components, array.componentNames);
-        info.arrays.push_back({array.name, array.association, array.components, array.precision,
-                               shape ? valueTypeNameOf(*shape) : ""});
-    }
-    naming(single.place,
-           [&] {
-               describeGrid(*mAccess->build(*single.file, single.place, reference.dimension).domain,
-                            info);
-           });
-    if (!isCollection(reference.file))
-        return info;
-
-    const Collection collection = readCollection(reference.file);
-    info.format = "time series of " + std::to_string(collection.steps.size()) +
-                  (collection.steps.size() == 1 ? " file" : " files");
-    info.timeSteps.clear();
-    for (std::size_t step = 0; step < collection.steps.size(); ++step)
-    {
-        info.timeSteps.push_back(collection.steps[step].time);
-        // What is missing is worth a word even where it was not asked for.
-        const FilePlace place = placeOf(reference.file, collection, step);
-        try
-        {
-            requireFile(place.path);
-        }
-        catch (const Malformed& error)
-        {
-            mAccess->warn(place, place.step + error.what());
-        }
-    }
-    return info;
+    const auto blocks = findBlocks(reference);
+    requireOneBlock(blocks, reference, "grid");
+    const FilePlace& place = blocks.front().steps.front().place;
+    const auto file = openFirst(*mAccess, blocks.front(), reference);
+    return naming(place,
+                  [&] { return share(mAccess->build(*file, place, reference.dimension).domain); });
 }
 
 Loader::Loader(Warn warn, const volatile bool& abortFlag)
@@ -247,6 +251,12 @@ Loader::Loader(Warn warn, const volatile bool& abortFlag)
 }
 
 Loader::~Loader() = default;
+
+std::vector<std::shared_ptr<const FunctionBase>> Loader::loadFunctions(
+    const DataReference& reference)
+{
+    return mImplementation->loadFunctions(reference);
+}
 
 std::shared_ptr<const FunctionBase> Loader::loadFunction(const DataReference& reference)
 {

@@ -25,9 +25,13 @@ struct FileInfo
         std::string valueType;
     };
 
+    std::filesystem::path file;
+    /// The name of this block in a multi-block file; else empty.
+    std::string block;
     /// "VTK XML unstructured grid", "time series of 6 files", ...
     std::string format;
-    StructuringType structuring = StructuringType::Unstructured;
+    std::optional<StructuringType> structuring;
+    /// The highest of several blocks.
     std::size_t dimension = 3;
     std::size_t points = 0;
     std::size_t cells = 0;
@@ -39,6 +43,9 @@ struct FileInfo
     std::vector<std::pair<double, double>> bounds;
     std::vector<Array> arrays;
     std::vector<double> timeSteps;
+    /// Where there are several; in a series those of the step meant. Then all of the above is of all
+    /// of them together, and there is no size and no structuring.
+    std::vector<FileInfo> blocks;
 };
 
 /// Reads data files. All that is loaded through one loader shares its domains: files whose points
@@ -58,8 +65,14 @@ public:
 
     /// The array of a file as a function. A time series gives a function with all its steps, which
     /// are loaded when they are read. Throws `FileError` for a file that cannot be read and
-    /// `usage_error` for a reference that does not fit what the file holds, naming what there is.
+    /// `usage_error` for a reference that does not fit what the file holds, naming what there is,
+    /// and for a file of several blocks.
     std::shared_ptr<const FunctionBase> loadFunction(const DataReference& reference);
+
+    /// The array as one function for each block of a file, in the order of the blocks; one for a file
+    /// without blocks. The blocks that do not have the array are left out with a warning. All grids
+    /// get as many coordinates as that which needs most. Throws as `loadFunction`.
+    std::vector<std::shared_ptr<const FunctionBase>> loadFunctions(const DataReference& reference);
 
     /// The grid of a file: an `EmbeddedCellComplex` or, without cells, a `PointCloud`. Throws as
     /// `loadFunction`; an array in the reference is a `usage_error`.

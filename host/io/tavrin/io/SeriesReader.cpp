@@ -18,38 +18,20 @@ namespace
 
 }
 
-FilePlace placeOf(const std::filesystem::path& series, const Collection& collection,
-                  std::size_t step)
+SeriesReader::SeriesReader(std::shared_ptr<FileAccess> access, std::vector<Block::Step> steps,
+                           DataFile& first, const DataReference& reference)
+    : mAccess(std::move(access)), mSteps(std::move(steps)), mReference(reference)
 {
-    const Collection::Step& member = collection.steps[step];
-    return {member.path, series,
-            "step " + std::to_string(step) + " at t = " + toText(member.time) + ": " + member.name +
-                ": "};
-}
-
-SeriesReader::SeriesReader(std::shared_ptr<FileAccess> access, const std::filesystem::path& series,
-                           const DataReference& reference)
-    : mAccess(std::move(access)), mSeries(series),
-      mCollection(naming(FilePlace(series), [&] { return readCollection(series); })),
-      mReference(reference)
-{
-    // A missing step is the first thing to know.
-    for (std::size_t step = 0; step < mCollection.steps.size(); ++step)
-    {
-        const FilePlace place = placeOf(mSeries, mCollection, step);
-        naming(place, [&] { requireFile(place.path); });
-    }
-    const FilePlace place = placeOf(mSeries, mCollection, 0);
-    const auto first = naming(place, [&] { return mAccess->open(place); });
-    naming(FilePlace(mSeries),
+    const FilePlace& place = mSteps.front().place;
+    naming(FilePlace(place.named),
            [&]
            {
-               mArray = chooseArray(*first, mReference);
+               mArray = chooseArray(first.arrays, mReference);
                mShape = chooseShape(mArray, mReference.shape);
            });
-    for (std::size_t step = 1; step < mCollection.steps.size(); ++step)
-        requireAlike(*first, step);
-    mGrid = naming(place, [&] { return mAccess->build(*first, place, mReference.dimension); });
+    for (std::size_t step = 1; step < mSteps.size(); ++step)
+        requireAlike(first, step);
+    mGrid = naming(place, [&] { return mAccess->build(first, place, mReference.dimension); });
 }
 
 const DataFile::Array& SeriesReader::findArray(const DataFile& file) const
@@ -71,7 +53,7 @@ const DataFile::Array& SeriesReader::findArray(const DataFile& file) const
 
 void SeriesReader::requireAlike(const DataFile& first, std::size_t step) const
 {
-    const FilePlace place = placeOf(mSeries, mCollection, step);
+    const FilePlace& place = mSteps[step].place;
     naming(place,
            [&]
            {
@@ -80,7 +62,7 @@ void SeriesReader::requireAlike(const DataFile& first, std::size_t step) const
                    file->numCells != first.numCells || file->extent != first.extent ||
                    file->origin != first.origin || file->spacing != first.spacing ||
                    file->direction != first.direction)
-                   complainAboutGrid(mCollection.steps[step].time);
+                   complainAboutGrid(*mSteps[step].time);
                findArray(*file);
            });
 }
@@ -88,15 +70,15 @@ void SeriesReader::requireAlike(const DataFile& first, std::size_t step) const
 std::vector<double> SeriesReader::times() const
 {
     std::vector<double> times;
-    times.reserve(mCollection.steps.size());
-    for (const Collection::Step& step : mCollection.steps)
-        times.push_back(step.time);
+    times.reserve(mSteps.size());
+    for (const Block::Step& step : mSteps)
+        times.push_back(*step.time);
     return times;
 }
 
 StoredArray SeriesReader::load(std::size_t step) const
 {
-    const FilePlace place = placeOf(mSeries, mCollection, step);
+    const FilePlace& place = mSteps[step].place;
     return naming(place,
                   [&]
                   {
@@ -106,7 +88,7 @@ StoredArray SeriesReader::load(std::size_t step) const
                           return readValues(*file, array, mGrid);
                       const BuiltGrid grid = mAccess->build(*file, place, mReference.dimension);
                       if (!grid.domain->equals(*mGrid.domain))
-                          complainAboutGrid(mCollection.steps[step].time);
+                          complainAboutGrid(*mSteps[step].time);
                       return readValues(*file, array, grid);
                   });
 }

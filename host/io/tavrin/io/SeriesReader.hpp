@@ -1,21 +1,22 @@
 #pragma once
 
-#include <tavrin/io/Collection.hpp>
+#include <tavrin/io/Blocks.hpp>
 #include <tavrin/io/FileAccess.hpp>
 #include <tavrin/io/Shape.hpp>
 
 namespace tavrin::io
 {
 
-/// One array of all steps of a series, whose steps have one grid.
+/// One array of all steps of a block in a series, whose steps have one grid.
 class SeriesReader
 {
 public:
-    /// Opens all steps and compares what they say about themselves with the first; their points
-    /// and cells are compared when a step is loaded. Throws `FileError` naming the first step that
-    /// does not fit, and `usage_error` for a reference that does not fit the first step.
-    SeriesReader(std::shared_ptr<FileAccess> access, const std::filesystem::path& series,
-                 const DataReference& reference);
+    /// Opens all steps and compares what they say about themselves with the first, whose opened file
+    /// is given; their points and cells are compared when a step is loaded. Throws `FileError`
+    /// naming the first step that does not fit, and `usage_error` for a reference that does not fit
+    /// the first step.
+    SeriesReader(std::shared_ptr<FileAccess> access, std::vector<Block::Step> steps,
+                 DataFile& first, const DataReference& reference);
 
     /// The grid of the first step, to be replaced by an equal one that is already there.
     const std::shared_ptr<const Domain>& domain() const { return mGrid.domain; }
@@ -34,16 +35,11 @@ private:
     const DataFile::Array& findArray(const DataFile& file) const;
 
     std::shared_ptr<FileAccess> mAccess;
-    std::filesystem::path mSeries;
-    Collection mCollection;
+    std::vector<Block::Step> mSteps;
     DataReference mReference;
     DataFile::Array mArray;
     Shape mShape;
     BuiltGrid mGrid;
 };
-
-/// How messages name a step.
-FilePlace placeOf(const std::filesystem::path& series, const Collection& collection,
-                  std::size_t step);
 
 }
