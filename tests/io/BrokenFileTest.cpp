@@ -32,6 +32,9 @@ TEST_F(BrokenFile, IsMissingOrNoFile)
     EXPECT_EQ(complaintAbout("a.stl", "solid"),
               "a.stl: a file with the extension .stl is not supported; supported "
               "are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .vtm, .pvd and .series");
+    EXPECT_EQ(complaintAbout("a.pvtu", vtkFile("PUnstructuredGrid", "")),
+              "a.pvtu: a file that lists the pieces of one grid is not supported; list the pieces "
+              "as blocks in a .vtm file");
 }
 
 TEST_F(BrokenFile, IsNotWhatItsExtensionSays)
@@ -50,9 +53,11 @@ TEST_F(BrokenFile, IsNotWhatItsExtensionSays)
               "e.vtu: not a VTK XML file: its root element is \"html\", not \"VTKFile\"");
     EXPECT_EQ(complaintAbout("i.vtu", "<VTKFile type=\"PolyData\" byte_order=\"Odd\"/>"),
               "i.vtu: not a VTK XML file that can be read: Unsupported byte_order=\"Odd\"");
+    EXPECT_EQ(complaintAbout("f.vtu", vtkFile("vtkMultiBlockDataSet", "")),
+              "f.vtu: holds vtkMultiBlockDataSet, whose extension is .vtm");
     EXPECT_EQ(
-        complaintAbout("f.vtu", vtkFile("vtkMultiBlockDataSet", "")),
-        "f.vtu: holds \"vtkMultiBlockDataSet\", which is not supported; supported are ImageData, "
+        complaintAbout("f.vtu", vtkFile("PUnstructuredGrid", "")),
+        "f.vtu: holds \"PUnstructuredGrid\", which is not supported; supported are ImageData, "
         "RectilinearGrid, StructuredGrid, UnstructuredGrid and PolyData");
     EXPECT_EQ(complaintAbout("g.vtk", legacy("TABLE\n")),
               "g.vtk: holds a data set of an unsupported kind; supported are STRUCTURED_POINTS, "

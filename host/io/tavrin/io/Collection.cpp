@@ -121,7 +121,7 @@ private:
         constexpr int deepest = 100;
         if (depth() > deepest)
             throw Malformed("nests its blocks more than " + std::to_string(deepest) + " deep");
-        // Whatever has an empty name holds no block.
+        // A block without a file is empty.
         const std::string file = node.attribute("file").value();
         if (std::string_view(node.name()) == "DataSet" && !file.empty())
             blocks.push_back({pathTo(node), file, {}});

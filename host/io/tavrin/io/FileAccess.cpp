@@ -66,6 +66,10 @@ std::unique_ptr<DataFile> FileAccess::open(const FilePlace& place) const
             throw Malformed("not a legacy VTK file; it looks like a VTK XML file");
         return openLegacyFile(place.path, mAbortFlag);
     }
+    if (extension.starts_with(".pvt"))
+        throw Malformed(
+            "a file that lists the pieces of one grid is not supported; list the pieces "
+            "as blocks in a .vtm file");
     static const std::set<std::string> xmlExtensions{".vti", ".vtp", ".vtr", ".vts", ".vtu"};
     if (!xmlExtensions.contains(extension))
         throw Malformed((extension.empty() ? "a file without an extension"

@@ -34,6 +34,8 @@ constexpr std::array kinds{
 const Kind& kindOf(vtkXMLDataElement& root, const std::filesystem::path& path)
 {
     const std::string type = XmlValues::attribute(root, "type").value_or("");
+    if (type == "vtkMultiBlockDataSet")
+        throw Malformed("holds " + type + ", whose extension is .vtm");
     const auto* const kind = std::ranges::find(kinds, type, &Kind::type);
     if (kind == kinds.end())
         throw Malformed("holds \"" + type +
