@@ -149,12 +149,19 @@ void locateAll(const CellLocator<3>& locator, const Points& queries)
     double sum = 0.0;
 #pragma omp parallel reduction(+ : sum)
     {
+        constexpr std::size_t atOnce = 32;
         CellLocator<3>::Hint hint;
-        Location location;
+        std::array<Location, atOnce> locations;
+        std::array<std::uint8_t, atOnce> isInside;
 #pragma omp for schedule(static)
-        for (std::size_t i = 0; i < queries.size(); ++i)
-            if (locator.locate(queries[i], location, hint))
-                sum += location.weights[0];
+        for (std::size_t first = 0; first < queries.size(); first += atOnce)
+        {
+            const std::size_t count = std::min(atOnce, queries.size() - first);
+            locator.locate(std::span(queries).subspan(first, count), locations.data(),
+                           isInside.data(), hint);
+            for (std::size_t k = 0; k < count; ++k)
+                sum += isInside[k] != 0 ? locations[k].weights[0] : 0.0;
+        }
     }
     benchmark::DoNotOptimize(sum);
 }

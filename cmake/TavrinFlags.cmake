@@ -24,6 +24,8 @@ target_compile_options(tavrin_flags INTERFACE
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wextra-semi -Wundef
     # g++ 12 reports overlapping copies inside std::string's operator+ that do not exist (GCC bug 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # Vectors wider than the registers of the oldest processors pass only between functions that are inlined.
+    -Wno-psabi
     # clang complains of simd loops that it does not vectorise, as at the low optimisation of the tsan build.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>
     $<$<BOOL:${TAVRIN_WERROR}>:-Werror>

@@ -68,7 +68,9 @@ std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
 {
     typename CellLocator<D>::Hint hint;
     Location location;
-    if (!grid.locator().locate(position, location, hint))
+    std::uint8_t isInside = 0;
+    grid.locator().locate(std::span(&position, 1), &location, &isInside, hint);
+    if (isInside == 0)
         return std::nullopt;
     double sum = 0.0;
     for (std::size_t k = 0; k < location.numVertices; ++k)

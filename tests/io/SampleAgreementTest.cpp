@@ -161,9 +161,10 @@ public:
             std::copy_n(probe.position.begin(), D, position.begin());
             Location location;
             evaluator->reset(0.0, position);
-            const bool isInside = grid.locator().locate(position, location, hint);
-            EXPECT_TRUE(isInside && evaluator->isValid());
-            if (!isInside)
+            std::uint8_t isInside = 0;
+            grid.locator().locate(std::span(&position, 1), &location, &isInside, hint);
+            EXPECT_TRUE(isInside != 0 && evaluator->isValid());
+            if (isInside == 0)
                 continue;
             ++result.samples;
             if (location.cell != static_cast<std::size_t>(probe.cell))

@@ -92,6 +92,15 @@ public:
 
     T value() const override { return mAnswering->value(); }
 
+    void sample(double time, std::span<const Position> positions, T* values, std::uint8_t* isValid,
+                const volatile bool& abortFlag) override
+    {
+        this->setValid(false);
+        mMembers.front()->sample(time, positions, values, isValid, abortFlag);
+        for (const auto& member : std::span(mMembers).subspan(1))
+            sampleRest(*member, time, positions, values, isValid, abortFlag);
+    }
+
     void release() override
     {
         this->setValid(false);
@@ -100,6 +109,34 @@ public:
     }
 
 private:
+    /// Asks a member for the positions where those before it have no value.
+    void sampleRest(FieldEvaluator<D, T>& member, double time, std::span<const Position> positions,
+                    T* values, std::uint8_t* isValid, const volatile bool& abortFlag)
+    {
+        mRest.clear();
+        mRestIndices.clear();
+        for (std::size_t k = 0; k < positions.size(); ++k)
+            if (isValid[k] == 0)
+            {
+                mRest.push_back(positions[k]);
+                mRestIndices.push_back(k);
+            }
+        if (mRest.empty() || abortFlag)
+            return;
+        mRestValues.resize(mRest.size());
+        mRestValidity.resize(mRest.size());
+        member.sample(time, mRest, mRestValues.data(), mRestValidity.data(), abortFlag);
+        for (std::size_t i = 0; i < mRest.size(); ++i)
+        {
+            values[mRestIndices[i]] = mRestValues[i];
+            isValid[mRestIndices[i]] = mRestValidity[i];
+        }
+    }
+
+    std::vector<Position> mRest;
+    std::vector<std::size_t> mRestIndices;
+    std::vector<T> mRestValues;
+    std::vector<std::uint8_t> mRestValidity;
     std::vector<std::unique_ptr<FieldEvaluator<D, T>>> mMembers;
     const FieldEvaluator<D, T>* mAnswering = nullptr;
 };

@@ -2,7 +2,7 @@
 
 #include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/Inverse.hpp>
-#include <tavrin/field/MultilinearMap.hpp>
+#include <tavrin/field/MultilinearInversion.hpp>
 #include <tavrin/field/ShapeTable.hpp>
 
 #include <limits>
@@ -28,18 +28,6 @@ constexpr double provenDistortion = 1.0 / 3.0;
 
 /// Below it, rounding could make the inverse at the centre useless for a proof.
 constexpr double reliableIndependence = 1e-8;
-
-CellType geometryOf(CellType type)
-{
-    return type >= SubparametricQuadraticLine && type <= SubparametricQuadraticHexahedron
-               ? linearTypeOf(type)
-               : type;
-}
-
-bool isMultilinear(CellType type, std::size_t space)
-{
-    return (space == 2 && type == Quads) || (space == 3 && (type == Prisms || type == Hexahedra));
-}
 
 bool isSimplex(CellType type)
 {
@@ -104,6 +92,31 @@ struct LocalMap
     }
 };
 
+/// The bounds of a cell in the convex hull of some points, and what its tolerance adds to them.
+template<std::size_t D>
+Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count)
+{
+    Box<D> box{points[0], points[0]};
+    double poison = 0.0;
+    for (std::size_t k = 0; k < count; ++k)
+        for (std::size_t i = 0; i < D; ++i)
+        {
+            box.lower[i] = std::min(box.lower[i], points[k][i]);
+            box.upper[i] = std::max(box.upper[i], points[k][i]);
+            poison += 0.0 * points[k][i];
+        }
+    // A reference coordinate that leaves the cell by d moves the position by less than 6 d extents.
+    const double largest = std::max(maximumNorm(box.lower), maximumNorm(box.upper));
+    const double margin = 32.0 * locationTolerance * maximumNorm(box.upper - box.lower) +
+                          2.0 * coordinateRounding * largest + poison;
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        box.lower[i] -= margin;
+        box.upper[i] += margin;
+    }
+    return box;
+}
+
 /// A part of a cell that is a box in the cube that may be collapsed to the cell.
 template<std::size_t D>
 struct Part
@@ -148,42 +161,40 @@ Reference moved(Reference at, const Tensor<double, N>& change)
 
 }
 
-template<std::size_t D>
-CellGeometry<D>::CellGeometry(CellType type, const Position* vertices, double rounding)
-    : mType(geometryOf(type)), mVertices(vertices), mRounding(rounding)
+CellType geometryTypeOf(CellType type)
 {
+    return type >= SubparametricQuadraticLine && type <= SubparametricQuadraticHexahedron
+               ? linearTypeOf(type)
+               : type;
+}
+
+template<std::size_t D>
+CellGeometry<D>::CellGeometry(CellType type, const Position* vertices)
+    : mType(geometryTypeOf(type)), mVertices(vertices)
+{
+}
+
+template<std::size_t D>
+double CellGeometry<D>::rounding() const
+{
+    double largest = 0.0;
+    for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
+        largest = std::max(largest, maximumNorm(mVertices[k]));
+    return coordinateRounding * largest;
 }
 
 template<std::size_t D>
 Box<D> CellGeometry<D>::bounds() const
 {
-    Box<D> box{mVertices[0], mVertices[0]};
-    double poison = 0.0;
-    const auto include = [&](const Position& point)
-    {
-        for (std::size_t axis = 0; axis < D; ++axis)
-        {
-            box.lower[axis] = std::min(box.lower[axis], point[axis]);
-            box.upper[axis] = std::max(box.upper[axis], point[axis]);
-            poison += 0.0 * point[axis];
-        }
-    };
+    const std::size_t count = numVerticesOf(mType);
     // A linear cell is inside the convex hull of its vertices.
     if (linearTypeOf(mType) == mType)
-        for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
-            include(mVertices[k]);
-    else
-        for (std::size_t i = 0; i < shapeTableOf(mType).numControlPoints(); ++i)
-            include(shapeTableOf(mType).controlPoint(i, mVertices));
-    // A reference coordinate that leaves the cell by d moves the position by less than 6 d extents.
-    const double margin =
-        32.0 * locationTolerance * maximumNorm(box.upper - box.lower) + 2.0 * mRounding + poison;
-    for (std::size_t axis = 0; axis < D; ++axis)
-    {
-        box.lower[axis] -= margin;
-        box.upper[axis] += margin;
-    }
-    return box;
+        return boundsOfHull(mVertices, count);
+    const ShapeTable& table = shapeTableOf(mType);
+    std::array<Position, 27> controlPoints;
+    for (std::size_t i = 0; i < table.numControlPoints(); ++i)
+        controlPoints[i] = table.controlPoint(i, mVertices);
+    return boundsOfHull(controlPoints.data(), table.numControlPoints());
 }
 
 template<std::size_t D>
@@ -193,7 +204,7 @@ bool CellGeometry<D>::isInside(const Reference& at, double inverseNorm,
     const double outside = distanceOutside(mType, at);
     if (outside <= locationTolerance)
         return true;
-    const double allowance = std::min(largestTolerance, 3.0 * mRounding * inverseNorm);
+    const double allowance = std::min(largestTolerance, 3.0 * rounding() * inverseNorm);
     return outside <= allowance && bounds().contains(position);
 }
 
@@ -216,53 +227,20 @@ template<std::size_t D>
 bool CellGeometry<D>::multilinearContains(const Position& position, Reference& at) const
     requires(D >= 2)
 {
-    const auto map = mapOf(mType, mVertices, position);
-    const Reference center = centerReference(mType);
-    const double reach = mType == Prisms ? 2.0 / 3.0 : 0.5;
-    const Inverse<D> inverse(map.linear);
-    if (!(inverse.independence() > reliableIndependence))
+    const double reach = reachOf(mType);
+    const MultilinearInversion<D, double> inversion(mapOf(mType, mVertices, position), reach);
+    if (!inversion.isRegular())
         return searchParts<D>(position, at);
-
-    // The solution is that of the linear terms but for the products, which are bounded in the cell.
-    auto products = map.products;
-    std::array<double, products.size()> size;
-    for (std::size_t i = 0; i < size.size(); ++i)
-    {
-        products[i] = inverse * products[i];
-        size[i] = maximumNorm(products[i]);
-    }
-    const double triple = D == 3 ? size.back() : 0.0;
-    const double pairs = std::accumulate(size.begin(), size.end(), -triple);
-    const double bound = reach * reach * (pairs + reach * triple);
-    Position u = inverse * (-1.0 * map.constant);
-    if (maximumNorm(u) > reach + 1.01 * bound + largestTolerance)
+    if (inversion.isRuledOut())
         return false;
-
-    double inverseNorm = inverse.growth();
-    bool isFound = bound < shortStep * shortStep;
-    // One step without derivatives comes cheap.
-    u -= MultilinearMap<D>{Position{}, Columns<D>{}, products}(u);
-    for (auto& coordinate : u)
-        coordinate = std::clamp(coordinate, -1.0, 1.0);
-    for (int i = 0; i < maximumSteps && !isFound; ++i)
-    {
-        const Inverse<D> local(map.derivatives(u));
-        if (!local.exists())
-            break;
-        const Position step = local * map(u);
-        for (std::size_t axis = 0; axis < D; ++axis)
-            u[axis] = std::clamp(u[axis] - step[axis], -1.0, 1.0);
-        isFound = maximumNorm(step) < shortStep;
-        inverseNorm = local.growth();
-    }
-    at = moved(center, u);
-    if (isFound && isInside(at, inverseNorm, position))
+    at = moved(centerReference(mType), inversion.solution());
+    if (!inversion.isFound())
+        return inversion.distortion(reach) >= provenDistortion && searchParts<D>(position, at);
+    if (isInside(at, inversion.inverseNorm(), position))
         return true;
-    // Where the derivatives differ by less than all of them no two points have one position, so that
-    // a solution outside the cell rules out one inside.
-    const double range = isFound ? std::max(reach, maximumNorm(u)) : reach;
-    const double distortion = range * (2.0 * pairs + 3.0 * range * triple);
-    return distortion >= (isFound ? 1.0 : provenDistortion) && searchParts<D>(position, at);
+    // A solution outside the cell rules out one inside where it is the only one.
+    const double range = std::max(reach, maximumNorm(inversion.solution()));
+    return inversion.distortion(range) >= 1.0 && searchParts<D>(position, at);
 }
 
 template<std::size_t D>
@@ -273,7 +251,7 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
     const LocalMap<D, N> map(std::span(mVertices, table.numVertices), table.centerWeights,
                              table.centerDerivatives);
     const Inverse<N> inverse = map.inverse();
-    if (!(inverse.independence() > reliableIndependence))
+    if (!(inverse.isIndependent(reliableIndependence)))
         return searchParts<N>(position, at);
     at = moved(table.center, map.step(inverse, position - map.position));
 
@@ -369,7 +347,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
             // Where sides of a cell collapse to a point, it has that point all the same. A cell that
             // is flat as a whole does not get this far.
             at = current;
-            return i > 0 && maximumNorm(offset) <= mRounding && isInside(at, 0.0, position);
+            return i > 0 && maximumNorm(offset) <= rounding() && isInside(at, 0.0, position);
         }
         const Tensor<double, N> step = map.step(inverse, offset);
         const double length = maximumNorm(step);
@@ -385,7 +363,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         {
             const Box<D> box = bounds();
             const double across = maximumNorm(box.upper - box.lower);
-            if (norm(offset) > locationTolerance * across + mRounding)
+            if (norm(offset) > locationTolerance * across + rounding())
                 return false;
         }
         return isInside(at, map.inverseNorm(inverse), position);
@@ -400,7 +378,7 @@ bool CellGeometry<D>::contains(const Position& position, Reference& at) const
     if (dimension == 0)
     {
         at = {};
-        return norm(position - mVertices[0]) <= mRounding;
+        return norm(position - mVertices[0]) <= rounding();
     }
     if (dimension == D && isSimplex(mType))
         return simplexContains(position, at);

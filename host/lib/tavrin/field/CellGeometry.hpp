@@ -1,26 +1,14 @@
 #pragma once
 
+#include <tavrin/field/Box.hpp>
 #include <tavrin/field/ShapeFunctions.hpp>
 #include <tavrin/value/Tensor.hpp>
 
 namespace tavrin
 {
 
-/// A box with sides parallel to the axes.
-template<std::size_t D>
-struct Box
-{
-    Tensor<double, D> lower;
-    Tensor<double, D> upper;
-
-    bool contains(const Tensor<double, D>& position) const
-    {
-        bool inside = true;
-        for (std::size_t i = 0; i < D; ++i)
-            inside &= position[i] >= lower[i] && position[i] <= upper[i];
-        return inside;
-    }
-};
+/// The type whose shape a cell has: that of the corners where it is subparametric.
+TAVRIN_API CellType geometryTypeOf(CellType type);
 
 /// A cell as a part of space: what it takes to find where in it a position lies.
 template<std::size_t D>
@@ -29,11 +17,9 @@ class TAVRIN_API CellGeometry
 public:
     using Position = Tensor<double, D>;
 
-    /// `type` is not `Invalid`; a subparametric cell has the geometry of the linear cell of its
-    /// corners. `vertices` are as many as the type has and are not copied. `rounding` is the distance
-    /// by which positions may be off for want of digits. The coordinates should be moderate numbers,
-    /// whose cubes neither overflow nor vanish.
-    CellGeometry(CellType type, const Position* vertices, double rounding);
+    /// `type` is not `Invalid`. `vertices` are as many as the type has and are not copied. Coordinates
+    /// should be moderate numbers, whose cubes neither overflow nor vanish.
+    CellGeometry(CellType type, const Position* vertices);
 
     /// A box that holds every position that the cell contains; it may hold others, and is not a
     /// number where the vertices are not.
@@ -49,6 +35,8 @@ public:
     bool contains(const Position& position, Reference& at) const;
 
 private:
+    /// The distance by which positions may be off for want of digits.
+    double rounding() const;
     bool simplexContains(const Position& position, Reference& at) const;
     bool multilinearContains(const Position& position, Reference& at) const
         requires(D >= 2);
@@ -62,7 +50,6 @@ private:
 
     CellType mType;
     const Position* mVertices;
-    double mRounding;
 };
 
 extern template class CellGeometry<1>;

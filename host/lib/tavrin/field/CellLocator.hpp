@@ -5,8 +5,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
 
 namespace tavrin
 {
@@ -31,9 +33,9 @@ struct Location
 /// reference coordinates, which are of the order of 1, and in a cell of fewer dimensions than the
 /// space, so many times the size of the cell across.
 ///
-/// Coordinates have an end of digits: where four units in the last place of the grid's largest
-/// coordinate (`coordinateRounding` times it) are a longer way, that counts instead, up to
-/// `largestTolerance`.
+/// Coordinates have an end of digits: where four units in the last place of the cell's largest
+/// coordinate (`coordinateRounding` times it; on uniform grids the grid's) are a longer way, that
+/// counts instead, up to `largestTolerance`.
 inline constexpr double locationTolerance = 1e-9;
 inline constexpr double coordinateRounding = 4.0 * std::numeric_limits<double>::epsilon();
 inline constexpr double largestTolerance = 1e-3;
@@ -64,9 +66,12 @@ public:
     CellLocator& operator=(const CellLocator&) = delete;
     virtual ~CellLocator() = default;
 
-    /// Whether a cell contains the position; `location` is undefined where none does. May be called
-    /// from several threads at once, each with its own hint, and allocates nothing.
-    virtual bool locate(const Position& position, Location& location, Hint& hint) const = 0;
+    /// Finds where each position lies. isInside[k] is 1, or 0 where no cell contains position k, and
+    /// then locations[k] is undefined. Both have room for all. Positions that are neighbours are
+    /// found faster together. May be called from several threads at once, each with its own hint, and
+    /// allocates nothing.
+    virtual void locate(std::span<const Position> positions, Location* locations,
+                        std::uint8_t* isInside, Hint& hint) const = 0;
 
     /// What it keeps in memory beside the grid, in bytes.
     virtual std::size_t memory() const = 0;

@@ -1,5 +1,7 @@
 #include <tavrin/field/CellTree.hpp>
 
+#include <tavrin/field/CellGeometry.hpp>
+#include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/Inverse.hpp>
 
 #include <limits>
@@ -45,12 +47,6 @@ struct FloatBox
     }
 };
 
-bool fillsSpace(CellType type, std::size_t space)
-{
-    return (type == CellType::Triangles && space == 2) ||
-           (type == CellType::Tetrahedra && space == 3);
-}
-
 }
 
 /// Builds a tree from the top down.
@@ -58,10 +54,7 @@ template<std::size_t D>
 class TreeBuilder
 {
 public:
-    TreeBuilder(CellTree<D>& tree, const GridCells<D>& cells, double rounding)
-        : mTree(tree), mGridCells(cells), mRounding(rounding)
-    {
-    }
+    TreeBuilder(CellTree<D>& tree, const GridCells<D>& cells) : mTree(tree), mGridCells(cells) {}
 
     void build()
     {
@@ -72,8 +65,8 @@ public:
         mSpareItems = LargeVector<Item>(count);
         mTree.mCells = LargeVector<std::uint32_t>(count);
         // Rows are read four numbers at a time, beyond the end of the last.
-        mTree.mFilter = LargeVector<float>(count * mTree.filterSize() + Tree::leafCapacity);
-        std::ranges::fill(std::span(mTree.mFilter).last(Tree::leafCapacity), 0.0F);
+        mTree.mFilters = LargeVector<float>(count * mTree.mFilter.size() + Tree::leafCapacity);
+        std::ranges::fill(std::span(mTree.mFilters).last(Tree::leafCapacity), 0.0F);
         Branch root;
 #pragma omp parallel if (count >= cellsPerBranch)
 #pragma omp single
@@ -92,6 +85,7 @@ private:
     using Tree = CellTree<D>;
     using Node = typename Tree::Node;
     using Vertices = typename GridCells<D>::Vertices;
+    using Position = typename Tree::Position;
 
     /// A cell while it is sorted in, by the middle of its box.
     struct Item
@@ -114,7 +108,6 @@ private:
     struct Part
     {
         FloatBox<D> box = FloatBox<D>::empty();
-        std::uint32_t lowestCell = Tree::nothing;
         std::uint32_t link = 0;
         /// Of a leaf.
         std::uint32_t count = 0;
@@ -146,7 +139,7 @@ private:
             if (vertices.type != CellType::Invalid)
             {
                 const Box<D> bounds =
-                    CellGeometry<D>(vertices.type, vertices.positions.data(), mRounding).bounds();
+                    CellGeometry<D>(vertices.type, vertices.positions.data()).bounds();
                 box = {mTree.map(bounds.lower).rounded, mTree.map(bounds.upper).rounded};
             }
             Item& item = mItems[cell];
@@ -227,7 +220,7 @@ private:
         {
             *target = node;
             for (std::size_t i = 0; i < Tree::maximumChildren; ++i)
-                if (node.count(i) == 0)
+                if (node.count[i] == 0)
                     target->link[i] += branch.firstNode;
             ++target;
         }
@@ -266,9 +259,8 @@ private:
                 node.upper[axis][i] = part.box.upper[axis];
             }
             node.link[i] = part.link;
-            node.lowestAndCount[i] = (part.lowestCell & ~15U) | part.count;
+            node.count[i] = part.count;
             whole.box.add(part.box);
-            whole.lowestCell = std::min(whole.lowestCell, part.lowestCell);
         }
         return whole;
     }
@@ -360,102 +352,53 @@ private:
 
     Part buildLeaf(const Range& range)
     {
-        const std::span cells(mTree.mCells.data() + range.begin, range.size());
-        const Item* const items = itemsOf(range.isSpare);
-        std::transform(items + range.begin, items + range.end, cells.begin(),
-                       [](const Item& item) { return item.cell; });
-        std::ranges::sort(cells);
+        const std::span items(itemsOf(range.isSpare) + range.begin, range.size());
+        std::ranges::sort(items, {}, &Item::cell);
         Part part;
-        part.lowestCell = cells.front();
         part.link = range.begin;
         part.count = range.size();
-        for (const std::uint32_t cell : cells)
-            part.box.add(mBoxes[cell]);
-        float* const rows = mTree.mFilter.data() + range.begin * mTree.filterSize();
-        if (mTree.mAreSimplices)
-            packSimplices(rows, part.box, cells);
-        else
-            packBoxes(rows, cells);
+        for (const Item& item : items)
+            part.box.add(mBoxes[item.cell]);
+        for (std::size_t n = 0; n < items.size(); ++n)
+            mTree.mCells[range.begin + n] = items[n].cell;
+        writeFilters(part);
         return part;
     }
 
-    void packBoxes(float* rows, std::span<const std::uint32_t> cells)
+    void writeFilters(const Part& leaf)
     {
-        for (std::size_t n = 0; n < cells.size(); ++n)
-            for (std::size_t i = 0; i < D; ++i)
-            {
-                rows[(2 * i) * cells.size() + n] = mBoxes[cells[n]].lower[i];
-                rows[(2 * i + 1) * cells.size() + n] = mBoxes[cells[n]].upper[i];
-            }
-    }
-
-    void packSimplices(float* rows, const FloatBox<D>& box, std::span<const std::uint32_t> cells)
-    {
-        std::array<double, D> origin;
+        float* const numbers =
+            mTree.mFilters.data() + std::size_t{leaf.link} * mTree.mFilter.size();
+        Position origin;
         for (std::size_t i = 0; i < D; ++i)
-            origin[i] = Tree::middle(box.lower[i], box.upper[i]);
-        for (std::size_t n = 0; n < cells.size(); ++n)
-            packSimplex(cells[n], origin, rows + n, cells.size());
+            origin[i] = Tree::middle(leaf.box.lower[i], leaf.box.upper[i]);
+        for (std::uint32_t n = 0; n < leaf.count; ++n)
+        {
+            const std::uint32_t cell = mTree.mCells[leaf.link + n];
+            if (mTree.mFilter.areSimplices())
+                writeSimplex(cell, origin, numbers + n, leaf.count);
+            else
+                CellFilter<D>::writeBox(mBoxes[cell].lower, mBoxes[cell].upper, numbers + n,
+                                        leaf.count);
+        }
     }
 
-    /// Weight i + 1 of the simplex is row 0 plus rows 1 ... D times the local position, for the i-th
-    /// group of D + 1 rows.
-    void packSimplex(std::uint32_t cell, const std::array<double, D>& origin, float* rows,
-                     std::size_t stride)
+    void writeSimplex(std::uint32_t cell, const Position& origin, float* numbers, std::size_t row)
     {
         Vertices vertices;
         mGridCells.gather(cell, vertices);
-        const auto local = [&](std::size_t vertex)
+        std::array<Position, D + 1> local;
+        for (std::size_t k = 0; k <= D; ++k)
         {
-            const auto mapped = mTree.map(vertices.positions[vertex]);
-            Tensor<double, D> position;
+            const auto mapped = mTree.map(vertices.positions[k]);
             for (std::size_t i = 0; i < D; ++i)
-                position[i] = mapped.exact[i] - origin[i];
-            return position;
-        };
-        const Tensor<double, D> start = local(0);
-        Tensor<double, D> reach;
-        for (std::size_t i = 0; i < D; ++i)
-            reach[i] = std::abs(start[i]);
-        Columns<D> edges;
-        for (std::size_t i = 0; i < D; ++i)
-        {
-            const Tensor<double, D> end = local(i + 1);
-            edges[i] = end - start;
-            for (std::size_t j = 0; j < D; ++j)
-                reach[j] = std::max(reach[j], std::abs(end[j]));
+                local[k][i] = mapped.exact[i] - origin[i];
         }
-        const Inverse<D> inverse(edges);
-        double magnitude = 0.0;
-        std::array<std::array<double, D + 1>, D> weights;
-        for (std::size_t i = 0; i < D; ++i)
-        {
-            const Tensor<double, D>& row = inverse.row(i);
-            weights[i][0] = -dot(row, start);
-            magnitude += std::abs(weights[i][0]);
-            for (std::size_t j = 0; j < D; ++j)
-            {
-                weights[i][j + 1] = row[j];
-                magnitude += std::abs(row[j]) * reach[j];
-            }
-        }
-        // Half the margin is for rounding here and in the search, half for the cell's tolerance.
-        const double error = 8.0 * std::numeric_limits<float>::epsilon() * magnitude;
-        const bool isReliable =
-            inverse.independence() > 1e-8 && error < 0.5 * static_cast<double>(Tree::simplexMargin);
-        for (std::size_t i = 0; i < D; ++i)
-            for (std::size_t j = 0; j <= D; ++j)
-            {
-                // A simplex that cannot be ruled out has its middle everywhere.
-                const double everywhere = j == 0 ? 1.0 / static_cast<double>(D + 1) : 0.0;
-                rows[(i * (D + 1) + j) * stride] =
-                    static_cast<float>(isReliable ? weights[i][j] : everywhere);
-            }
+        CellFilter<D>::writeSimplex(local.data(), numbers, row);
     }
 
     CellTree<D>& mTree;
     const GridCells<D>& mGridCells;
-    double mRounding;
     LargeVector<FloatBox<D>> mBoxes;
     LargeVector<Item> mItems;
     LargeVector<Item> mSpareItems;
@@ -463,18 +406,22 @@ private:
 };
 
 template<std::size_t D>
-CellTree<D>::CellTree(const GridCells<D>& cells, double rounding)
-    : mAreSimplices(fillsSpace(cells.commonType(), D))
+CellTree<D>::CellTree(const GridCells<D>& cells) : mFilter(cells.commonType())
 {
-    double extent = 0.0;
-    for (std::size_t i = 0; i < D; ++i)
-    {
-        mOrigin[i] = 0.5 * (cells.lower()[i] + cells.upper()[i]);
-        extent = std::max(extent, cells.upper()[i] - cells.lower()[i]);
-    }
+    // A few wild coordinates, as that of a mark for a missing value, must not make all other cells
+    // too small for single precision.
+    const Box<D>& most = cells.boxOfMost();
+    mOrigin = 0.5 * (most.lower + most.upper);
+    const double spread = maximumNorm(most.upper - most.lower);
+    const double extent = maximumNorm(cells.box().upper - cells.box().lower);
     if (extent > 0.0)
-        mUnit = std::ldexp(1.0, -std::ilogb(extent));
-    TreeBuilder<D>(*this, cells, rounding).build();
+    {
+        // Single precision ends at about 2^127.
+        constexpr int largestExponent = 100;
+        const int exponent = std::ilogb(spread > 0.0 ? spread : extent);
+        mUnit = std::ldexp(1.0, std::min(-exponent, largestExponent - std::ilogb(extent)));
+    }
+    TreeBuilder<D>(*this, cells).build();
 }
 
 template class CellTree<1>;

@@ -1,14 +1,10 @@
 #pragma once
 
-#include <tavrin/field/CellGeometry.hpp>
+#include <tavrin/base/prefetch.hpp>
+#include <tavrin/field/CellFilter.hpp>
 #include <tavrin/field/GridCells.hpp>
 
-#include <bit>
-#include <cstdint>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+#include <limits>
 
 namespace tavrin
 {
@@ -16,12 +12,8 @@ namespace tavrin
 /// A hierarchy of boxes over the cells of a grid. Each node has up to four children and their boxes
 /// side by side, so that all four are compared at once. Nodes are split in space, as in a bounding
 /// interval hierarchy [1], but with full boxes: the boxes of neighbours overlap a little, and a
-/// position leads into few of them.
-///
-/// A leaf has up to eight cells in ascending order, and packed side by side what rules out most of
-/// them without a look at their vertices: their boxes or, where all cells are simplices with as many
-/// dimensions as the space, the linear functions that give the position's weights. Boxes and
-/// functions are in single precision, and err to the side of a cell too many.
+/// position leads into few of them. Boxes are in single precision; they and the filter of the cells
+/// err to the side of a cell too many.
 ///
 /// [1] C. Garth, K. I. Joy, Fast, memory-efficient cell location in unstructured grids for
 ///     visualization, IEEE Trans. Vis. Comput. Graph. 16 (2010)
@@ -31,22 +23,23 @@ class CellTree
 public:
     using Position = Tensor<double, D>;
 
-    /// Built on all threads; the tree does not depend on their number. `rounding` is that of
-    /// `CellGeometry`. Cells with vertices that are not finite, and those of type `Invalid`, are left
-    /// out.
-    CellTree(const GridCells<D>& cells, double rounding);
+    /// Built on all threads; the tree does not depend on their number. Cells with vertices that are
+    /// not finite, and those of type `Invalid`, are left out.
+    explicit CellTree(const GridCells<D>& cells);
 
-    static constexpr std::uint32_t nothing = 0xffffffff;
+    /// So many positions are searched for together.
+    static constexpr std::size_t packetSize = 32;
 
-    /// The lowest cell for which `contains(cell)` is true, or `nothing`. Cells whose bounds do not
-    /// hold the position count as false; not all others are asked.
-    template<typename Contains>
-    std::uint32_t search(const Position& position, const Contains& contains) const;
+    /// Calls `candidate(k, cell)` at least for every position k and cell whose bounds hold it, and for
+    /// few others, in any order. At most `packetSize` positions; it is the faster the closer they lie
+    /// together.
+    template<typename Candidate>
+    void search(std::span<const Position> positions, const Candidate& candidate) const;
 
     std::size_t memory() const
     {
         return mNodes.size() * sizeof(Node) + mCells.size() * sizeof(std::uint32_t) +
-               mFilter.size() * sizeof(float);
+               mFilters.size() * sizeof(float);
     }
 
 private:
@@ -65,15 +58,11 @@ private:
         std::array<std::array<float, maximumChildren>, D> upper;
         /// The node, or the place of the first cell where the child is a leaf.
         std::array<std::uint32_t, maximumChildren> link;
-        /// The lowest cell of the child, rounded down to a multiple of 16, plus the number of cells
-        /// where the child is a leaf.
-        std::array<std::uint32_t, maximumChildren> lowestAndCount;
-
-        std::uint32_t lowest(std::size_t child) const { return lowestAndCount[child] & ~15U; }
-        std::uint32_t count(std::size_t child) const { return lowestAndCount[child] & 15U; }
+        /// The number of cells where the child is a leaf, or 0.
+        std::array<std::uint32_t, maximumChildren> count;
     };
 
-    /// A position in units of about half the grid, around its middle.
+    /// A position around the middle of the grid, in units of about its size.
     struct Mapped
     {
         std::array<double, D> exact;
@@ -91,168 +80,188 @@ private:
         return mapped;
     }
 
-    /// The middle of a box in mapped coordinates, from where the filter of a leaf is computed.
+    /// Positions that are searched for together.
+    class Packet;
+
+    /// The middle of a box in mapped coordinates, the origin of the simplices of a leaf.
     static double middle(float lower, float upper)
     {
         return 0.5 * (static_cast<double>(lower) + static_cast<double>(upper));
     }
 
-    /// How far the weights of a simplex may lie outside in single precision.
-    static constexpr float simplexMargin = 0x1p-8F;
+    /// A leaf to look at, a child of a node, and the positions that are in its box.
+    struct LeafVisit
+    {
+        const Node* parent;
+        std::uint32_t child;
+        std::uint32_t positions;
+    };
+    template<typename Candidate>
+    void searchLeaf(const LeafVisit& visit, const Packet& packet, const Candidate& candidate) const;
 
-    /// One bit for each child of a node that may contain the position.
-    static std::uint32_t childrenAt(const Node& node, const Mapped& at);
-
-    /// One bit for each cell of a leaf, a child of `parent`, that may contain the position.
-    std::uint32_t cellsAt(const Node& parent, std::size_t child, const Mapped& at) const;
-
-    std::size_t filterSize() const { return mAreSimplices ? D * (D + 1) : 2 * D; }
+    const float* filtersFrom(std::uint32_t place) const
+    {
+        return mFilters.data() + std::size_t{place} * mFilter.size();
+    }
 
     Position mOrigin{};
     double mUnit = 1.0;
-    bool mAreSimplices = false;
+    CellFilter<D> mFilter;
     /// The first is the root.
     LargeVector<Node> mNodes;
     LargeVector<std::uint32_t> mCells;
-    /// Leaf after leaf, each with one row per number of the filter.
-    LargeVector<float> mFilter;
+    /// Of the cells of one leaf after the other, with one row per number.
+    LargeVector<float> mFilters;
 };
 
-namespace detail
-{
-
-/// Four neighbouring numbers, and four answers that are all or no bits.
-using Quad = float __attribute__((vector_size(16)));
-using QuadMask = std::int32_t __attribute__((vector_size(16)));
-
-inline Quad loadQuad(const float* numbers)
-{
-    Quad quad;
-    __builtin_memcpy(&quad, numbers, sizeof(quad));
-    return quad;
-}
-
-inline std::uint32_t bitsOf(QuadMask mask)
-{
-#ifdef __SSE2__
-    return static_cast<std::uint32_t>(_mm_movemask_ps(std::bit_cast<__m128>(mask)));
-#else
-    return (mask[0] & 1U) | (mask[1] & 2U) | (mask[2] & 4U) | (mask[3] & 8U);
-#endif
-}
-
-}
-
 template<std::size_t D>
-inline std::uint32_t CellTree<D>::childrenAt(const Node& node, const Mapped& at)
+class CellTree<D>::Packet
 {
-    detail::QuadMask mask{-1, -1, -1, -1};
-    for (std::size_t i = 0; i < D; ++i)
-        mask &= (detail::loadQuad(node.lower[i].data()) <= at.rounded[i]) &
-                (detail::loadQuad(node.upper[i].data()) >= at.rounded[i]);
-    return detail::bitsOf(mask);
-}
-
-template<std::size_t D>
-inline std::uint32_t CellTree<D>::cellsAt(const Node& parent, std::size_t child,
-                                          const Mapped& at) const
-{
-    const std::uint32_t count = parent.count(child);
-    const float* const rows = mFilter.data() + parent.link[child] * filterSize();
-    std::uint32_t bits = 0;
-    if (mAreSimplices)
+public:
+    Packet(const CellTree& tree, std::span<const Position> positions)
     {
-        std::array<float, D> local;
-        for (std::size_t i = 0; i < D; ++i)
-            local[i] = static_cast<float>(at.exact[i] -
-                                          middle(parent.lower[i][child], parent.upper[i][child]));
-        for (std::uint32_t lane = 0; lane < count; lane += 4)
+        mLower.fill(std::numeric_limits<float>::infinity());
+        mUpper.fill(-std::numeric_limits<float>::infinity());
+        for (std::size_t k = 0; k < positions.size(); ++k)
         {
-            const float* row = rows + lane;
-            detail::QuadMask mask{-1, -1, -1, -1};
-            detail::Quad sum{};
+            mMapped[k] = tree.map(positions[k]);
             for (std::size_t i = 0; i < D; ++i)
             {
-                detail::Quad weight = detail::loadQuad(row);
-                row += count;
-                for (std::size_t j = 0; j < D; ++j)
-                {
-                    weight += local[j] * detail::loadQuad(row);
-                    row += count;
-                }
-                mask &= weight >= -simplexMargin;
-                sum += weight;
+                const float x = mMapped[k].rounded[i];
+                mCoordinates[i][k] = x;
+                mLower[i] = std::min(mLower[i], x);
+                mUpper[i] = std::max(mUpper[i], x);
             }
-            mask &= sum <= 1.0F + simplexMargin;
-            bits |= detail::bitsOf(mask) << lane;
         }
+        // Positions are compared four at a time.
+        for (std::size_t k = positions.size(); k % 4 != 0; ++k)
+            for (std::size_t i = 0; i < D; ++i)
+                mCoordinates[i][k] = 0.0F;
+        mAll = ~0U >> (packetSize - positions.size());
     }
-    else
-        for (std::uint32_t lane = 0; lane < count; lane += 4)
+
+    /// One bit for each position.
+    std::uint32_t all() const { return mAll; }
+
+    const Mapped& operator[](std::size_t k) const { return mMapped[k]; }
+
+    /// One bit for each child of a node whose box meets that of the positions.
+    std::uint32_t childrenAt(const Node& node) const
+    {
+        detail::QuadMask mask{-1, -1, -1, -1};
+        for (std::size_t i = 0; i < D; ++i)
+            mask &= (detail::loadQuad(node.lower[i].data()) <= mUpper[i]) &
+                    (detail::loadQuad(node.upper[i].data()) >= mLower[i]);
+        return detail::bitsOf(mask);
+    }
+
+    /// One bit for each of some positions that is in the box of a child.
+    std::uint32_t positionsIn(const Node& node, std::size_t child, std::uint32_t some) const
+    {
+        std::uint32_t bits = 0;
+        for (std::uint32_t rest = some; rest != 0;)
         {
-            const float* row = rows + lane;
+            // Four at a time.
+            const auto k = static_cast<std::uint32_t>(std::countr_zero(rest)) & ~3U;
+            rest &= ~(15U << k);
             detail::QuadMask mask{-1, -1, -1, -1};
-            for (std::size_t i = 0; i < D; ++i, row += std::size_t{2} * count)
-                mask &= (detail::loadQuad(row) <= at.rounded[i]) &
-                        (detail::loadQuad(row + count) >= at.rounded[i]);
-            bits |= detail::bitsOf(mask) << lane;
+            for (std::size_t i = 0; i < D; ++i)
+            {
+                const detail::Quad x = detail::loadQuad(mCoordinates[i].data() + k);
+                mask &= (x >= node.lower[i][child]) & (x <= node.upper[i][child]);
+            }
+            bits |= detail::bitsOf(mask) << k;
         }
-    return bits & ((1U << count) - 1);
+        return bits & some;
+    }
+
+private:
+    std::array<Mapped, packetSize> mMapped;
+    std::array<std::array<float, packetSize>, D> mCoordinates;
+    std::array<float, D> mLower;
+    std::array<float, D> mUpper;
+    std::uint32_t mAll;
+};
+
+template<std::size_t D>
+template<typename Candidate>
+void CellTree<D>::searchLeaf(const LeafVisit& visit, const Packet& packet,
+                             const Candidate& candidate) const
+{
+    const auto& [node, child, positions] = visit;
+    const std::uint32_t count = node->count[child];
+    const std::uint32_t first = node->link[child];
+    const float* const filters = filtersFrom(first);
+    for (std::uint32_t rest = positions; rest != 0; rest &= rest - 1)
+    {
+        const auto k = static_cast<std::size_t>(std::countr_zero(rest));
+        std::uint32_t cells = 0;
+        if (mFilter.areSimplices())
+        {
+            std::array<float, D> local;
+            for (std::size_t i = 0; i < D; ++i)
+                local[i] = static_cast<float>(packet[k].exact[i] -
+                                              middle(node->lower[i][child], node->upper[i][child]));
+            cells = CellFilter<D>::simplicesAt(local, filters, count);
+        }
+        else
+            cells = CellFilter<D>::boxesAt(packet[k].rounded, filters, count);
+        for (; cells != 0; cells &= cells - 1)
+            candidate(k, mCells[first + static_cast<std::uint32_t>(std::countr_zero(cells))]);
+    }
 }
 
 template<std::size_t D>
-template<typename Contains>
-std::uint32_t CellTree<D>::search(const Position& position, const Contains& contains) const
+template<typename Candidate>
+void CellTree<D>::search(std::span<const Position> positions, const Candidate& candidate) const
 {
-    std::uint32_t lowestFound = nothing;
-    if (mNodes.empty())
-        return lowestFound;
-    const Mapped at = map(position);
+    static_assert(packetSize == 32);
+    if (mNodes.empty() || positions.empty())
+        return;
+    const Packet packet(*this, positions);
 
-    // Nodes to look at, and which of their children.
+    // Nodes to look at, and the positions that may be in them.
     struct Visit
     {
         const Node* node;
-        std::uint32_t children;
+        std::uint32_t positions;
     };
-    std::array<Visit, maximumDepth> visits;
-    std::size_t numVisits = 0;
-    Visit now{mNodes.data(), childrenAt(mNodes.front(), at)};
-    while (true)
+    std::array<Visit, maximumDepth*(maximumChildren - 1) + 1> visits;
+    // Leaves are looked at some time after they were found, when the memory has delivered them.
+    std::array<LeafVisit, 16> leaves;
+    std::size_t numLeaves = 0;
+    const auto searchLeaves = [&]
     {
-        if (now.children == 0)
+        for (const LeafVisit& visit : std::span(leaves).first(numLeaves))
+            searchLeaf(visit, packet, candidate);
+        numLeaves = 0;
+    };
+    visits.front() = {mNodes.data(), packet.all()};
+    for (std::size_t numVisits = 1; numVisits > 0;)
+    {
+        const auto [node, inNode] = visits[--numVisits];
+        for (std::uint32_t children = packet.childrenAt(*node); children != 0;
+             children &= children - 1)
         {
-            if (numVisits == 0)
-                return lowestFound;
-            now = visits[--numVisits];
-            continue;
-        }
-        const Node& node = *now.node;
-        const auto child = static_cast<std::size_t>(std::countr_zero(now.children));
-        now.children &= now.children - 1;
-        if (node.lowest(child) >= lowestFound)
-            continue;
-        const std::uint32_t first = node.link[child];
-        if (node.count(child) == 0)
-        {
-            if (now.children != 0)
-                visits[numVisits++] = now;
-            now = {&mNodes[first], childrenAt(mNodes[first], at)};
-            continue;
-        }
-        for (std::uint32_t bits = cellsAt(node, child, at); bits != 0; bits &= bits - 1)
-        {
-            const std::uint32_t cell =
-                mCells[first + static_cast<std::uint32_t>(std::countr_zero(bits))];
-            if (cell >= lowestFound)
-                break;
-            if (contains(cell))
+            const auto child = static_cast<std::uint32_t>(std::countr_zero(children));
+            const std::uint32_t inChild = packet.positionsIn(*node, child, inNode);
+            if (inChild == 0)
+                continue;
+            const std::uint32_t link = node->link[child];
+            if (node->count[child] == 0)
             {
-                lowestFound = cell;
-                break;
+                prefetch(&mNodes[link], sizeof(Node));
+                visits[numVisits++] = {&mNodes[link], inChild};
+                continue;
             }
+            prefetch(&mCells[link], node->count[child] * sizeof(std::uint32_t));
+            prefetch(filtersFrom(link), node->count[child] * mFilter.size() * sizeof(float));
+            leaves[numLeaves++] = {node, child, inChild};
+            if (numLeaves == leaves.size())
+                searchLeaves();
         }
     }
+    searchLeaves();
 }
 
 extern template class CellTree<1>;

@@ -86,10 +86,10 @@ public:
             return;
         if (!(position == mPosition))
         {
-            mIsInside = mLocator.locate(position, mLocation, mHint);
+            mLocator.locate(std::span(&position, 1), &mLocation, &mIsInside, mHint);
             mPosition = position;
         }
-        this->setValid(mIsInside);
+        this->setValid(mIsInside != 0);
     }
 
     T value() const override { return valueAt(mLocation); }
@@ -98,24 +98,23 @@ public:
                 const volatile bool& abortFlag) override
     {
         this->setValid(false);
-        const bool isInTime = mSteps.moveTo(time);
-        // A few at once: then no value is waited for before the next position is located.
-        std::array<Location, 16> locations;
-        for (std::size_t first = 0; first < positions.size(); first += locations.size())
+        if (!mSteps.moveTo(time))
         {
-            const std::size_t end = std::min(first + locations.size(), positions.size());
-            for (std::size_t k = first; k < end; ++k)
-            {
-                const bool isInside =
-                    isInTime && mLocator.locate(positions[k], locations[k - first], mHint);
-                isValid[k] = isInside ? 1 : 0;
-            }
-            for (std::size_t k = first; k < end; ++k)
-            {
-                if (abortFlag)
-                    return;
-                values[k] = isValid[k] != 0 ? valueAt(locations[k - first]) : T{};
-            }
+            std::fill_n(values, positions.size(), T{});
+            std::fill_n(isValid, positions.size(), std::uint8_t{0});
+            return;
+        }
+        // A few at once: they are found faster together, and no value is waited for before the next
+        // position is located.
+        std::array<Location, 32> locations;
+        for (std::size_t first = 0; first < positions.size() && !abortFlag;
+             first += locations.size())
+        {
+            const std::size_t count = std::min(locations.size(), positions.size() - first);
+            mLocator.locate(positions.subspan(first, count), locations.data(), isValid + first,
+                            mHint);
+            for (std::size_t k = 0; k < count; ++k)
+                values[first + k] = isValid[first + k] != 0 ? valueAt(locations[k]) : T{};
         }
     }
 
@@ -140,7 +139,7 @@ private:
     typename CellLocator<D>::Hint mHint;
     Position mPosition{};
     Location mLocation;
-    bool mIsInside = false;
+    std::uint8_t mIsInside = 0;
 };
 
 }

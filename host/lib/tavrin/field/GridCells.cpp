@@ -2,9 +2,11 @@
 
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/field/Inverse.hpp>
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace tavrin
 {
@@ -21,6 +23,22 @@ void forPointBlocks(std::size_t numPoints, const Work& work)
 #pragma omp parallel for schedule(static) if (numPoints > pointsPerBlock)
     for (std::size_t first = 0; first < numPoints; first += pointsPerBlock)
         work(first, std::min(pointsPerBlock, numPoints - first));
+}
+
+/// From the first to the last eighth of the finite coordinates along an axis, going by a thousand.
+template<std::size_t D>
+std::pair<double, double> innerRange(std::span<const Tensor<double, D>> points, std::size_t axis)
+{
+    const std::size_t step = std::max<std::size_t>(1, points.size() / 1000);
+    std::vector<double> coordinates;
+    for (std::size_t i = 0; i < points.size(); i += step)
+        if (std::isfinite(points[i][axis]))
+            coordinates.push_back(points[i][axis]);
+    if (coordinates.empty())
+        return {0.0, 0.0};
+    std::ranges::sort(coordinates);
+    const std::size_t eighth = coordinates.size() / 8;
+    return {coordinates[eighth], coordinates[coordinates.size() - 1 - eighth]};
 }
 
 }
@@ -87,43 +105,53 @@ void GridCells<D>::takePoints(const EmbeddedCellComplex<D>& grid)
                        });
         mPoints = mCopiedPoints.data();
     }
+    measurePoints(numPoints);
+}
 
+template<std::size_t D>
+void GridCells<D>::measurePoints(std::size_t numPoints)
+{
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    std::ranges::fill(mLower, infinity);
-    std::ranges::fill(mUpper, -infinity);
+    Box<D> empty;
+    std::ranges::fill(empty.lower, infinity);
+    std::ranges::fill(empty.upper, -infinity);
+    mBox = empty;
     forPointBlocks(numPoints,
                    [&](std::size_t begin, std::size_t count)
                    {
-                       Position lower;
-                       Position upper;
-                       std::ranges::fill(lower, infinity);
-                       std::ranges::fill(upper, -infinity);
+                       Box<D> box = empty;
                        for (const Position& point : std::span(mPoints + begin, count))
                            for (std::size_t i = 0; i < D; ++i)
                                if (std::isfinite(point[i]))
                                {
-                                   lower[i] = std::min(lower[i], point[i]);
-                                   upper[i] = std::max(upper[i], point[i]);
+                                   box.lower[i] = std::min(box.lower[i], point[i]);
+                                   box.upper[i] = std::max(box.upper[i], point[i]);
                                }
 #pragma omp critical(tavrinGridCellsBounds)
                        for (std::size_t i = 0; i < D; ++i)
                        {
-                           mLower[i] = std::min(mLower[i], lower[i]);
-                           mUpper[i] = std::max(mUpper[i], upper[i]);
+                           mBox.lower[i] = std::min(mBox.lower[i], box.lower[i]);
+                           mBox.upper[i] = std::max(mBox.upper[i], box.upper[i]);
                        }
                    });
-    double largest = 0.0;
     for (std::size_t i = 0; i < D; ++i)
     {
-        if (!(mLower[i] <= mUpper[i]))
-            mLower[i] = mUpper[i] = 0.0;
-        largest = std::max({largest, std::abs(mLower[i]), std::abs(mUpper[i])});
+        if (!(mBox.lower[i] <= mBox.upper[i]))
+            mBox.lower[i] = mBox.upper[i] = 0.0;
+        std::tie(mBoxOfMost.lower[i], mBoxOfMost.upper[i]) =
+            innerRange(std::span(mPoints, numPoints), i);
     }
+    double largest = std::max(maximumNorm(mBoxOfMost.lower), maximumNorm(mBoxOfMost.upper));
+    if (largest == 0.0)
+        largest = std::max(maximumNorm(mBox.lower), maximumNorm(mBox.upper));
     // Cubes of moderate numbers can be computed with.
     if (largest > 0.0 && (largest < 1e-30 || largest > 1e30))
         mScale = std::ldexp(1.0, std::clamp(-std::ilogb(largest), -1000, 1000));
-    mLower *= mScale;
-    mUpper *= mScale;
+    for (Box<D>* const box : {&mBox, &mBoxOfMost})
+    {
+        box->lower *= mScale;
+        box->upper *= mScale;
+    }
 }
 
 template<std::size_t D>

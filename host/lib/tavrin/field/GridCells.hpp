@@ -3,6 +3,9 @@
 #include <tavrin/base/LargeVector.hpp>
 #include <tavrin/domain/CellComplex.hpp>
 #include <tavrin/domain/CellTable.hpp>
+#include <tavrin/field/Box.hpp>
+
+#include <span>
 
 namespace tavrin
 {
@@ -18,8 +21,6 @@ public:
     struct Vertices
     {
         CellType type;
-        std::size_t count;
-        std::array<std::size_t, maximumVertices> pointIndices;
         std::array<Position, maximumVertices> positions;
     };
 
@@ -31,14 +32,27 @@ public:
     /// Every cell is of this type, or they differ if it is `Invalid`.
     CellType commonType() const { return mCommonType; }
 
-    /// A power of two by which positions are multiplied, so that they are moderate numbers.
+    /// A power of two by which positions are multiplied, so that most are moderate numbers.
     double scale() const { return mScale; }
 
-    /// A box around the scaled points that are finite, and the largest absolute coordinate.
-    const Position& lower() const { return mLower; }
-    const Position& upper() const { return mUpper; }
+    /// A box around the scaled points that are finite.
+    const Box<D>& box() const { return mBox; }
+
+    /// A box around the inner three quarters of them along each axis, going by a sample.
+    const Box<D>& boxOfMost() const { return mBoxOfMost; }
+
+    CellType type(std::size_t cell) const
+    {
+        return mCommonType != CellType::Invalid ? mCommonType : mTypes[cell];
+    }
+
+    /// The points that are the cell's vertices. Returns how many they are.
+    std::size_t gather(std::size_t cell, std::span<std::size_t, maximumVertices> points) const;
 
     void gather(std::size_t cell, Vertices& vertices) const;
+
+    /// A point, which is not scaled.
+    const Position& point(std::size_t index) const { return mPoints[index]; }
 
     /// What it keeps beside the grid.
     std::size_t memory() const { return mCopiedPoints.size() * sizeof(Position); }
@@ -59,13 +73,14 @@ private:
 
     void takeCells(const EmbeddedCellComplex<D>& grid);
     void takePoints(const EmbeddedCellComplex<D>& grid);
+    void measurePoints(std::size_t numPoints);
 
     std::size_t mSize;
     CellType mCommonType = CellType::Invalid;
     std::size_t mCommonCount = 0;
     double mScale = 1.0;
-    Position mLower{};
-    Position mUpper{};
+    Box<D> mBox{};
+    Box<D> mBoxOfMost{};
 
     const Position* mPoints = nullptr;
     LargeVector<Position> mCopiedPoints;
@@ -82,12 +97,9 @@ private:
 };
 
 template<std::size_t D>
-inline void GridCells<D>::gather(std::size_t cell, Vertices& vertices) const
+inline std::size_t GridCells<D>::gather(std::size_t cell,
+                                        std::span<std::size_t, maximumVertices> points) const
 {
-    auto& indices = vertices.pointIndices;
-    const bool areAlike = mCommonType != CellType::Invalid;
-    vertices.type = areAlike ? mCommonType : mTypes[cell];
-    vertices.count = areAlike ? mCommonCount : numVerticesOf(vertices.type);
     if (mTypes == nullptr)
     {
         // Cells are numbered in 32 bits, which are divided faster.
@@ -100,16 +112,25 @@ inline void GridCells<D>::gather(std::size_t cell, Vertices& vertices) const
         const std::array<std::size_t, 8> corners{
             corner,     corner + i,     corner + i + j,     corner + j,
             corner + k, corner + i + k, corner + i + j + k, corner + j + k};
-        std::ranges::copy(corners, indices.begin());
+        std::ranges::copy(corners, points.begin());
+        return mCommonCount;
     }
-    else
-    {
-        const std::size_t first = areAlike ? mFirstOffset + cell * mCommonCount : mOffsets[cell];
-        for (std::size_t n = 0; n < vertices.count; ++n)
-            indices[n] = mConnectivity[first + n];
-    }
-    for (std::size_t n = 0; n < vertices.count; ++n)
-        vertices.positions[n] = mScale * mPoints[indices[n]];
+    const bool areAlike = mCommonType != CellType::Invalid;
+    const std::size_t count = areAlike ? mCommonCount : numVerticesOf(mTypes[cell]);
+    const std::size_t first = areAlike ? mFirstOffset + cell * mCommonCount : mOffsets[cell];
+    for (std::size_t n = 0; n < count; ++n)
+        points[n] = mConnectivity[first + n];
+    return count;
+}
+
+template<std::size_t D>
+inline void GridCells<D>::gather(std::size_t cell, Vertices& vertices) const
+{
+    std::array<std::size_t, maximumVertices> points;
+    const std::size_t count = gather(cell, points);
+    vertices.type = type(cell);
+    for (std::size_t n = 0; n < count; ++n)
+        vertices.positions[n] = mScale * point(points[n]);
 }
 
 extern template class GridCells<1>;

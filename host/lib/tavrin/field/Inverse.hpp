@@ -7,91 +7,97 @@
 namespace tavrin
 {
 
-/// The columns of a square matrix, or its rows.
-template<std::size_t N>
-using Columns = std::array<Tensor<double, N>, N>;
+/// The columns of a square matrix, or its rows. Numbers are doubles, or `Lanes` of them.
+template<std::size_t N, typename Number = double>
+using Columns = std::array<Tensor<Number, N>, N>;
 
-inline Vector3 cross(const Vector3& a, const Vector3& b)
+template<typename Number>
+Tensor<Number, 3> cross(const Tensor<Number, 3>& a, const Tensor<Number, 3>& b)
 {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 /// The rows of the inverse of a matrix, times its determinant.
-inline Columns<1> adjugate(const Columns<1>&)
+template<std::size_t N, typename Number>
+Columns<N, Number> adjugate(const Columns<N, Number>& columns)
 {
-    return {Vector1(1.0)};
-}
-inline Columns<2> adjugate(const Columns<2>& columns)
-{
-    return {Vector2(columns[1][1], -columns[1][0]), Vector2(-columns[0][1], columns[0][0])};
-}
-inline Columns<3> adjugate(const Columns<3>& columns)
-{
-    return {cross(columns[1], columns[2]), cross(columns[2], columns[0]),
-            cross(columns[0], columns[1])};
+    if constexpr (N == 1)
+        return {Tensor<Number, 1>(Number(1.0))};
+    else if constexpr (N == 2)
+        return {Tensor<Number, 2>(columns[1][1], 0.0 - columns[1][0]),
+                Tensor<Number, 2>(0.0 - columns[0][1], columns[0][0])};
+    else
+        return {cross(columns[1], columns[2]), cross(columns[2], columns[0]),
+                cross(columns[0], columns[1])};
 }
 
 /// The largest absolute component.
-template<std::size_t N>
-double maximumNorm(const Tensor<double, N>& vector)
+template<std::size_t N, typename Number>
+Number maximumNorm(const Tensor<Number, N>& vector)
 {
-    double largest = 0.0;
-    for (const double component : vector)
-        largest = std::max(largest, std::abs(component));
+    using std::abs;
+    using std::max;
+    Number largest = 0.0;
+    for (const Number& component : vector)
+        largest = max(largest, abs(component));
     return largest;
 }
 
 /// The inverse of a small matrix.
-template<std::size_t N>
+template<std::size_t N, typename Number = double>
 class Inverse
 {
 public:
-    explicit Inverse(const Columns<N>& columns) : mRows(adjugate(columns))
+    explicit Inverse(const Columns<N, Number>& columns) : mRows(adjugate<N, Number>(columns))
     {
-        const double determinant = dot(mRows[0], columns[0]);
-        double lengths = 1.0;
+        using std::abs;
+        Number determinant = dot(mRows[0], columns[0]);
+        mLengths = 1.0;
         for (const auto& column : columns)
-            lengths *= maximumNorm(column);
-        mIndependence = std::abs(determinant) / lengths;
-        const double factor = 1.0 / determinant;
+            mLengths *= maximumNorm(column);
+        mVolume = abs(determinant);
+        const Number factor = 1.0 / determinant;
         for (auto& row : mRows)
             row *= factor;
     }
 
-    /// The determinant over the product of the lengths of the columns: 0, or not a number, where
-    /// the columns are dependent.
-    double independence() const { return mIndependence; }
+    /// Whether the determinant is more than this share of the product of the lengths of the columns.
+    /// It is not where one of them is no number.
+    auto isIndependent(double share) const { return mVolume > share * mLengths; }
 
     /// False where rounding leaves nothing of the inverse.
-    bool exists() const { return mIndependence > 1e-14; }
+    auto exists() const { return isIndependent(1e-14); }
 
-    const Tensor<double, N>& row(std::size_t i) const { return mRows[i]; }
+    const Tensor<Number, N>& row(std::size_t i) const { return mRows[i]; }
 
-    Tensor<double, N> operator*(const Tensor<double, N>& vector) const
+    Tensor<Number, N> operator*(const Tensor<Number, N>& vector) const
     {
-        Tensor<double, N> result;
+        Tensor<Number, N> result;
         for (std::size_t i = 0; i < N; ++i)
             result[i] = dot(mRows[i], vector);
         return result;
     }
 
     /// How many times the largest component of a vector that of the product may be.
-    double growth() const
+    Number growth() const
     {
-        double largest = 0.0;
+        using std::abs;
+        using std::max;
+        Number largest = 0.0;
         for (const auto& row : mRows)
         {
-            double sum = 0.0;
-            for (const double component : row)
-                sum += std::abs(component);
-            largest = std::max(largest, sum);
+            Number sum = 0.0;
+            for (const Number& component : row)
+                sum += abs(component);
+            largest = max(largest, sum);
         }
         return largest;
     }
 
 private:
-    Columns<N> mRows;
-    double mIndependence;
+    Columns<N, Number> mRows;
+    Number mVolume;
+    Number mLengths;
 };
 
 }

@@ -8,107 +8,141 @@
 namespace tavrin
 {
 
+/// The terms of a multilinear map in products of different reference coordinates.
+template<std::size_t D, typename Number = double>
+struct ProductTerms
+{
+    using Position = Tensor<Number, D>;
+
+    /// Of the products uv, vw, wu and uvw; in the plane that of uv alone.
+    std::array<Position, D == 3 ? 4 : 1> factors;
+
+    Position operator()(const Position& u) const
+    {
+        Position sum = u[0] * u[1] * factors[0];
+        if constexpr (D == 3)
+            sum += u[1] * u[2] * factors[1] + u[2] * u[0] * factors[2] +
+                   u[0] * u[1] * u[2] * factors[3];
+        return sum;
+    }
+
+    /// Their derivatives are added to those of other terms.
+    void addDerivatives(const Position& u, Columns<D, Number>& columns) const
+    {
+        columns[0] += u[1] * factors[0];
+        columns[1] += u[0] * factors[0];
+        if constexpr (D == 3)
+        {
+            columns[0] += u[2] * factors[2] + u[1] * u[2] * factors[3];
+            columns[1] += u[2] * factors[1] + u[2] * u[0] * factors[3];
+            columns[2] += u[1] * factors[1] + u[0] * factors[2] + u[0] * u[1] * factors[3];
+        }
+    }
+};
+
 /// The map of a quad, prism or hexahedron from reference coordinates, as seen from its centre. It is
 /// the sum of a constant, a linear term, and terms in the products of different coordinates.
-template<std::size_t D>
+template<std::size_t D, typename Number = double>
 struct MultilinearMap
 {
-    using Position = Tensor<double, D>;
+    using Position = Tensor<Number, D>;
 
     Position constant;
-    Columns<D> linear;
-    /// Of the products uv, vw, wu and uvw; in the plane that of uv alone.
-    std::array<Position, D == 3 ? 4 : 1> products;
+    Columns<D, Number> linear;
+    ProductTerms<D, Number> products;
 
     Position operator()(const Position& u) const
     {
         Position sum = constant;
         for (std::size_t i = 0; i < D; ++i)
             sum += u[i] * linear[i];
-        sum += u[0] * u[1] * products[0];
-        if constexpr (D == 3)
-            sum += u[1] * u[2] * products[1] + u[2] * u[0] * products[2] +
-                   u[0] * u[1] * u[2] * products[3];
-        return sum;
-    }
-
-    Columns<D> derivatives(const Position& u) const
-    {
-        Columns<D> columns = linear;
-        columns[0] += u[1] * products[0];
-        columns[1] += u[0] * products[0];
-        if constexpr (D == 3)
-        {
-            columns[0] += u[2] * products[2] + u[1] * u[2] * products[3];
-            columns[1] += u[2] * products[1] + u[2] * u[0] * products[3];
-            columns[2] += u[1] * products[1] + u[0] * products[2] + u[0] * u[1] * products[3];
-        }
-        return columns;
+        return sum + products(u);
     }
 };
 
-inline MultilinearMap<2> mapOfQuad(const Vector2* v, const Vector2& origin)
+template<typename Number>
+MultilinearMap<2, Number> mapOfQuad(const Tensor<Number, 2>* v, const Tensor<Number, 2>& origin)
 {
-    const Vector2 lower = v[1] - v[0];
-    const Vector2 upper = v[2] - v[3];
-    const Vector2 left = v[3] - v[0];
-    const Vector2 right = v[2] - v[1];
-    const Vector2 middle = (v[0] - origin) + (v[1] - origin) + (v[2] - origin) + (v[3] - origin);
+    using Vector = Tensor<Number, 2>;
+    const Vector lower = v[1] - v[0];
+    const Vector upper = v[2] - v[3];
+    const Vector left = v[3] - v[0];
+    const Vector right = v[2] - v[1];
+    const Vector middle = (v[0] - origin) + (v[1] - origin) + (v[2] - origin) + (v[3] - origin);
     return {0.25 * middle, {0.5 * (lower + upper), 0.5 * (left + right)}, {upper - lower}};
 }
 
-inline MultilinearMap<3> mapOfPrism(const Vector3* v, const Vector3& origin)
+template<typename Number>
+MultilinearMap<3, Number> mapOfPrism(const Tensor<Number, 3>* v, const Tensor<Number, 3>& origin)
 {
-    const auto mean = [&](const Vector3* triangle)
+    using Vector = Tensor<Number, 3>;
+    const auto mean = [&](const Vector* triangle)
     {
         return ((triangle[0] - origin) + (triangle[1] - origin) + (triangle[2] - origin)) *
                (1.0 / 3.0);
     };
-    const Vector3 lower = mean(v);
-    const Vector3 upper = mean(v + 3);
-    const Vector3 lowerR = v[1] - v[0];
-    const Vector3 upperR = v[4] - v[3];
-    const Vector3 lowerS = v[2] - v[0];
-    const Vector3 upperS = v[5] - v[3];
+    const Vector lower = mean(v);
+    const Vector upper = mean(v + 3);
+    const Vector lowerR = v[1] - v[0];
+    const Vector upperR = v[4] - v[3];
+    const Vector lowerS = v[2] - v[0];
+    const Vector upperS = v[5] - v[3];
     return {0.5 * (lower + upper),
             {0.5 * (lowerR + upperR), 0.5 * (lowerS + upperS), upper - lower},
-            {Vector3{}, upperS - lowerS, upperR - lowerR, Vector3{}}};
+            {Vector{}, upperS - lowerS, upperR - lowerR, Vector{}}};
 }
 
-inline MultilinearMap<3> mapOfHexahedron(const Vector3* v, const Vector3& origin)
+template<typename Number>
+MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v,
+                                          const Tensor<Number, 3>& origin)
 {
+    using Vector = Tensor<Number, 3>;
     // Edges along r and their starts; then sums and differences of neighbours along s and t.
-    const Vector3 edge00 = v[1] - v[0];
-    const Vector3 edge10 = v[2] - v[3];
-    const Vector3 edge01 = v[5] - v[4];
-    const Vector3 edge11 = v[6] - v[7];
-    const Vector3 sum00 = (v[0] - origin) + (v[1] - origin);
-    const Vector3 sum10 = (v[3] - origin) + (v[2] - origin);
-    const Vector3 sum01 = (v[4] - origin) + (v[5] - origin);
-    const Vector3 sum11 = (v[7] - origin) + (v[6] - origin);
-    const Vector3 side0 = sum10 - sum00;
-    const Vector3 side1 = sum11 - sum01;
-    const Vector3 layer0 = sum00 + sum10;
-    const Vector3 layer1 = sum01 + sum11;
-    const Vector3 twist0 = edge10 - edge00;
-    const Vector3 twist1 = edge11 - edge01;
-    const Vector3 shear0 = edge00 + edge10;
-    const Vector3 shear1 = edge01 + edge11;
+    const Vector edge00 = v[1] - v[0];
+    const Vector edge10 = v[2] - v[3];
+    const Vector edge01 = v[5] - v[4];
+    const Vector edge11 = v[6] - v[7];
+    const Vector sum00 = (v[0] - origin) + (v[1] - origin);
+    const Vector sum10 = (v[3] - origin) + (v[2] - origin);
+    const Vector sum01 = (v[4] - origin) + (v[5] - origin);
+    const Vector sum11 = (v[7] - origin) + (v[6] - origin);
+    const Vector side0 = sum10 - sum00;
+    const Vector side1 = sum11 - sum01;
+    const Vector layer0 = sum00 + sum10;
+    const Vector layer1 = sum01 + sum11;
+    const Vector twist0 = edge10 - edge00;
+    const Vector twist1 = edge11 - edge01;
+    const Vector shear0 = edge00 + edge10;
+    const Vector shear1 = edge01 + edge11;
     return {
         0.125 * (layer0 + layer1),
         {0.25 * (shear0 + shear1), 0.25 * (side0 + side1), 0.25 * (layer1 - layer0)},
         {0.5 * (twist0 + twist1), 0.5 * (side1 - side0), 0.5 * (shear1 - shear0), twist1 - twist0}};
 }
 
-/// The map minus the position, so that its zero is wanted.
-inline MultilinearMap<2> mapOf(CellType, const Vector2* vertices, const Vector2& position)
+/// Whether a cell of this type has such a map and as many dimensions as the space.
+constexpr bool isMultilinear(CellType type, std::size_t space)
 {
-    return mapOfQuad(vertices, position);
+    return (space == 2 && type == CellType::Quads) ||
+           (space == 3 && (type == CellType::Prisms || type == CellType::Hexahedra));
 }
-inline MultilinearMap<3> mapOf(CellType type, const Vector3* vertices, const Vector3& position)
+
+/// How far a multilinear cell extends from its centre along each reference coordinate, at most.
+constexpr double reachOf(CellType type)
 {
-    return type == CellType::Prisms ? mapOfPrism(vertices, position)
-                                    : mapOfHexahedron(vertices, position);
+    return type == CellType::Prisms ? 2.0 / 3.0 : 0.5;
+}
+
+/// The map minus the position, so that its zero is wanted.
+template<std::size_t D, typename Number>
+MultilinearMap<D, Number> mapOf(CellType type, const Tensor<Number, D>* vertices,
+                                const Tensor<Number, D>& position)
+{
+    if constexpr (D == 2)
+        return mapOfQuad(vertices, position);
+    else
+        return type == CellType::Prisms ? mapOfPrism(vertices, position)
+                                        : mapOfHexahedron(vertices, position);
 }
 
 }

@@ -13,8 +13,6 @@ RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid) : mCel
         axis.sign = axis.coordinates.front() <= axis.coordinates.back() ? 1.0 : -1.0;
         for (double& coordinate : axis.coordinates)
             coordinate *= axis.sign;
-        axis.rounding = coordinateRounding * std::max(std::abs(axis.coordinates.front()),
-                                                      std::abs(axis.coordinates.back()));
     }
 }
 
@@ -26,10 +24,19 @@ std::size_t RectilinearLocator<D>::Axis::find(double x) const
 }
 
 template<std::size_t D>
-bool RectilinearLocator<D>::locate(const Position& position, Location& location, Hint& hint) const
+void RectilinearLocator<D>::locate(std::span<const Position> positions, Location* locations,
+                                   std::uint8_t* isInside, Hint& hint) const
 {
     if (hint.locator != this)
         hint = {.locator = this};
+    for (std::size_t k = 0; k < positions.size(); ++k)
+        isInside[k] = locateOne(positions[k], locations[k], hint) ? 1 : 0;
+}
+
+template<std::size_t D>
+bool RectilinearLocator<D>::locateOne(const Position& position, Location& location,
+                                      Hint& hint) const
+{
     StructuredCell::Place place(mCells);
     double across = 0.0;
     for (std::size_t i = 0; i < D; ++i)
@@ -61,7 +68,7 @@ bool RectilinearLocator<D>::locate(const Position& position, Location& location,
         const Axis& axis = mAxes[i];
         const double distance = std::abs(axis.sign * position[i] - axis.coordinates[0]);
         if (axis.coordinates.size() < 2 &&
-            !(distance <= locationTolerance * across + axis.rounding))
+            !(distance <= locationTolerance * across + axis.rounding(0)))
             return false;
     }
     place.fill(location);

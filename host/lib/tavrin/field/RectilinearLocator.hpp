@@ -16,7 +16,8 @@ public:
 
     explicit RectilinearLocator(const RectilinearGrid<D>& grid);
 
-    bool locate(const Position& position, Location& location, Hint& hint) const override;
+    void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
+                Hint& hint) const override;
     std::size_t memory() const override;
 
 private:
@@ -25,7 +26,6 @@ private:
     {
         double sign;
         std::vector<double> coordinates;
-        double rounding;
 
         std::size_t lastCell() const { return coordinates.size() - 2; }
 
@@ -35,10 +35,21 @@ private:
             return (x - coordinates[cell]) / width(cell);
         }
         double width(std::size_t cell) const { return coordinates[cell + 1] - coordinates[cell]; }
-        double tolerance(std::size_t cell) const { return toleranceIn(width(cell), rounding); }
+        double rounding(std::size_t cell) const
+        {
+            const std::size_t end = std::min(cell + 1, coordinates.size() - 1);
+            return coordinateRounding *
+                   std::max(std::abs(coordinates[cell]), std::abs(coordinates[end]));
+        }
+        double tolerance(std::size_t cell) const
+        {
+            return toleranceIn(width(cell), rounding(cell));
+        }
 
         std::size_t find(double x) const;
     };
+
+    bool locateOne(const Position& position, Location& location, Hint& hint) const;
 
     StructuredCell mCells;
     std::array<Axis, D> mAxes;

@@ -33,6 +33,29 @@ public:
         mOffsets = {0, i, i + j, j, k, i + k, i + j + k, j + k};
     }
 
+    /// How much further the next cell, or point, along an axis is.
+    std::size_t cellStep(std::size_t axis) const { return mCellStep[axis]; }
+    std::size_t pointStep(std::size_t axis) const { return mPointStep[axis]; }
+
+    /// Takes the numbers of the cell and of its first point, and the share of the way through the cell
+    /// along each axis that counts.
+    void fill(std::size_t cell, std::size_t corner, const std::array<double, 3>& shares,
+              Location& location) const
+    {
+        location.cell = cell;
+        location.numVertices = mNumVertices;
+        for (std::size_t k = 0; k < mOffsets.size(); ++k)
+            location.pointIndices[k] = corner + mOffsets[k];
+        const auto& [r, s, t] = shares;
+        const std::array<double, 4> quad{(1.0 - r) * (1.0 - s), r * (1.0 - s), r * s,
+                                         (1.0 - r) * s};
+        for (std::size_t k = 0; k < quad.size(); ++k)
+        {
+            location.weights[k] = quad[k] * (1.0 - t);
+            location.weights[k + 4] = quad[k] * t;
+        }
+    }
+
     /// Takes the index of the cell and the share of the way through it along each axis.
     class Place
     {
@@ -46,21 +69,7 @@ public:
             mShares[mCells->mSlotOfAxis[axis]] = share;
         }
 
-        void fill(Location& location) const
-        {
-            location.cell = mCell;
-            location.numVertices = mCells->mNumVertices;
-            for (std::size_t k = 0; k < mCells->mOffsets.size(); ++k)
-                location.pointIndices[k] = mCorner + mCells->mOffsets[k];
-            const auto& [r, s, t] = mShares;
-            const std::array<double, 4> quad{(1.0 - r) * (1.0 - s), r * (1.0 - s), r * s,
-                                             (1.0 - r) * s};
-            for (std::size_t k = 0; k < quad.size(); ++k)
-            {
-                location.weights[k] = quad[k] * (1.0 - t);
-                location.weights[k + 4] = quad[k] * t;
-            }
-        }
+        void fill(Location& location) const { mCells->fill(mCell, mCorner, mShares, location); }
 
     private:
         const StructuredCell* mCells;

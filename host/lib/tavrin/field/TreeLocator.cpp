@@ -1,45 +1,46 @@
 #include <tavrin/field/TreeLocator.hpp>
 
-#include <tavrin/field/Inverse.hpp>
+#include <tavrin/field/CellCandidates.hpp>
 
 namespace tavrin
 {
 
 template<std::size_t D>
-TreeLocator<D>::TreeLocator(const EmbeddedCellComplex<D>& grid)
-    : mCells(grid), mRounding(coordinateRounding *
-                              std::max(maximumNorm(mCells.lower()), maximumNorm(mCells.upper()))),
-      mTree(mCells, mRounding)
+TreeLocator<D>::TreeLocator(const EmbeddedCellComplex<D>& grid) : mCells(grid), mTree(mCells)
 {
 }
 
 template<std::size_t D>
-bool TreeLocator<D>::locate(const Position& position, Location& location, Hint&) const
+void TreeLocator<D>::locate(std::span<const Position> positions, Location* locations,
+                            std::uint8_t* isInside, Hint&) const
 {
-    const Position scaled = mCells.scale() * position;
-    typename GridCells<D>::Vertices vertices;
-    Reference at;
-    Reference found;
-    CellType type = CellType::Invalid;
-    const auto contains = [&](std::uint32_t cell)
+    for (std::size_t first = 0; first < positions.size(); first += CellTree<D>::packetSize)
+        locatePacket(
+            positions.subspan(first, std::min(CellTree<D>::packetSize, positions.size() - first)),
+            locations + first, isInside + first);
+}
+
+template<std::size_t D>
+void TreeLocator<D>::locatePacket(std::span<const Position> positions, Location* locations,
+                                  std::uint8_t* isInside) const
+{
+    std::array<Position, CellTree<D>::packetSize> scaled;
+    std::ranges::transform(positions, scaled.begin(),
+                           [this](const Position& position) { return mCells.scale() * position; });
+    CellCandidates<D> candidates(mCells, scaled);
+    mTree.search(std::span(scaled).first(positions.size()),
+                 [&](std::size_t k, std::uint32_t cell) { candidates.add(k, cell); });
+    const auto& found = candidates.finish();
+    for (std::size_t k = 0; k < positions.size(); ++k)
     {
-        mCells.gather(cell, vertices);
-        const CellGeometry<D> geometry(vertices.type, vertices.positions.data(), mRounding);
-        if (!geometry.contains(scaled, at))
-            return false;
-        type = vertices.type;
-        found = at;
-        location.numVertices = vertices.count;
-        for (std::size_t k = 0; k < vertices.count; ++k)
-            location.pointIndices[k] = vertices.pointIndices[k];
-        return true;
-    };
-    const std::uint32_t cell = mTree.search(scaled, contains);
-    if (cell == CellTree<D>::nothing)
-        return false;
-    location.cell = cell;
-    shapeFunctions(type, found, location.weights);
-    return true;
+        isInside[k] = found[k].cell != CellCandidates<D>::nothing ? 1 : 0;
+        if (isInside[k] == 0)
+            continue;
+        Location& location = locations[k];
+        location.cell = found[k].cell;
+        location.numVertices = mCells.gather(found[k].cell, location.pointIndices);
+        shapeFunctions(mCells.type(found[k].cell), found[k].at, location.weights);
+    }
 }
 
 template class TreeLocator<1>;

@@ -16,13 +16,16 @@ public:
 
     explicit TreeLocator(const EmbeddedCellComplex<D>& grid);
 
-    bool locate(const Position& position, Location& location, Hint& hint) const override;
+    void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
+                Hint& hint) const override;
     std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }
 
 private:
+    /// Of at most `CellTree::packetSize` positions.
+    void locatePacket(std::span<const Position> positions, Location* locations,
+                      std::uint8_t* isInside) const;
+
     GridCells<D> mCells;
-    /// The distance by which positions may be off for want of digits, in scaled coordinates.
-    double mRounding;
     CellTree<D> mTree;
 };
 

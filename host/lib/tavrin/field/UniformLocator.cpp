@@ -1,7 +1,9 @@
 #include <tavrin/field/UniformLocator.hpp>
 
+#include <tavrin/base/Processors.hpp>
 #include <tavrin/field/Inverse.hpp>
 
+#include <functional>
 #include <limits>
 
 namespace tavrin
@@ -88,6 +90,7 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
     else
         for (std::size_t axis = 0; axis < D; ++axis)
             mToIndices(axis, axis) = mIsFlat[axis] ? 1.0 : 1.0 / layout.spacing[axis];
+    mIsBox = !mIsOriented && std::ranges::none_of(mIsFlat, std::identity());
     const double rounding = coordinateRounding * largest;
     for (std::size_t axis = 0; axis < D; ++axis)
     {
@@ -103,7 +106,50 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
 }
 
 template<std::size_t D>
-bool UniformLocator<D>::locate(const Position& position, Location& location, Hint&) const
+void UniformLocator<D>::locate(std::span<const Position> positions, Location* locations,
+                               std::uint8_t* isInside, Hint&) const
+{
+    if (mIsBox)
+        locateInBox(positions, locations, isInside);
+    else
+        for (std::size_t k = 0; k < positions.size(); ++k)
+            isInside[k] = locateOne(positions[k], locations[k]) ? 1 : 0;
+}
+
+template<std::size_t D>
+TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void UniformLocator<D>::locateInBox(
+    std::span<const Position> positions, Location* locations, std::uint8_t* isInside) const
+{
+    for (std::size_t k = 0; k < positions.size(); ++k)
+    {
+        // Without branches, of which each would be a guess about random positions.
+        bool isIn = true;
+        std::size_t cell = 0;
+        std::size_t corner = 0;
+        std::array<double, 3> shares{};
+        for (std::size_t axis = 0; axis < D; ++axis)
+        {
+            const double index = mToIndices(axis, axis) * (positions[k][axis] - mStart[axis]);
+            isIn &= (index >= -mTolerance[axis]) & (index <= mLimit[axis]);
+            const double within = index > 0.0 ? index : 0.0;
+            // Through signed numbers, which processors convert to and from in one instruction.
+            auto number =
+                static_cast<std::int64_t>(std::min(within, static_cast<double>(mLastCell[axis])));
+            double share = index - static_cast<double>(number);
+            const bool isOnLower = (share <= mTolerance[axis]) & (number > 0);
+            number -= isOnLower ? 1 : 0;
+            share += isOnLower ? 1.0 : 0.0;
+            cell += static_cast<std::size_t>(number) * mCells.cellStep(axis);
+            corner += static_cast<std::size_t>(number) * mCells.pointStep(axis);
+            shares[axis] = share;
+        }
+        isInside[k] = isIn ? 1 : 0;
+        mCells.fill(cell, corner, shares, locations[k]);
+    }
+}
+
+template<std::size_t D>
+bool UniformLocator<D>::locateOne(const Position& position, Location& location) const
 {
     const Position offset = position - mStart;
     Position indices;

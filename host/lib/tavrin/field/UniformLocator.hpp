@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/base/Processors.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/field/StructuredCell.hpp>
 
@@ -16,15 +17,24 @@ public:
 
     explicit UniformLocator(const UniformGrid<D>& grid);
 
-    bool locate(const Position& position, Location& location, Hint& hint) const override;
+    void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
+                Hint& hint) const override;
     std::size_t memory() const override { return sizeof(*this); }
 
 private:
     using Matrix = Tensor<double, D, D>;
 
+    bool locateOne(const Position& position, Location& location) const;
+
+    /// The same for a grid whose axes are those of space and have more than one point each.
+    TAVRIN_FOR_SEVERAL_PROCESSORS void locateInBox(std::span<const Position> positions,
+                                                   Location* locations,
+                                                   std::uint8_t* isInside) const;
+
     StructuredCell mCells;
     Position mStart;
     bool mIsOriented;
+    bool mIsBox;
     /// From a position relative to the start to the index along each axis; along an axis with one
     /// point, to the distance from the grid. Not a number where the grid has no such inverse.
     Matrix mToIndices{};

@@ -153,9 +153,13 @@ public:
 
 private:
     using Evaluator = FieldEvaluator<D, T>;
+    using Position = Tensor<double, D>;
 
     void sampleRun(Evaluator& evaluator, std::size_t step, std::size_t first, std::size_t last,
                    Algorithm::Progress& progress, const volatile bool& abortFlag);
+    void sampleInOrder(Evaluator& evaluator, std::size_t step, std::span<const Position> positions,
+                       std::span<const std::uint32_t> order, T* values, std::uint8_t* isValid,
+                       const volatile bool& abortFlag) const;
 
     const Field<D, T>& mField;
     const std::vector<double>& mTimes;
@@ -199,7 +203,6 @@ void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_
                               std::size_t last, Algorithm::Progress& progress,
                               const volatile bool& abortFlag)
 {
-    using Position = Tensor<double, D>;
     const bool isSorted = mPositions.mayBeScattered && mField.isSearched();
     const std::size_t atOnce = isSorted ? pointsPerSorting : pointsPerBlock;
     std::vector<Position> scratch(std::min(atOnce, last - first));
@@ -209,30 +212,55 @@ void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_
         const std::size_t count = std::min(atOnce, last - i);
         const auto positions = mPositions.read(i, std::span(scratch).first(count));
         const auto order = isSorted ? spatialOrder(positions) : std::vector<std::uint32_t>();
+        T* const values = mValues.data() + step * mPositions.count + i;
+        std::uint8_t* const isValid = mValidity->data() + step * mPositions.count + i;
         for (std::size_t done = 0; done < count; done += pointsPerBlock)
         {
             const std::size_t n = std::min(pointsPerBlock, count - done);
-            const auto sample = [&](std::size_t k, std::size_t number)
-            {
-                const std::size_t target = step * mPositions.count + i + k;
-                std::uint8_t* const isValid = mValidity->data() + target;
-                evaluator.sample(mTimes[step], positions.subspan(k, number),
-                                 mValues.data() + target, isValid, abortFlag);
-                outside += static_cast<std::size_t>(std::count(isValid, isValid + number, 0));
-            };
             if (order.empty())
-                sample(done, n);
+                evaluator.sample(mTimes[step], positions.subspan(done, n), values + done,
+                                 isValid + done, abortFlag);
             else
-                for (std::size_t k = done; k < done + n; ++k)
-                    sample(order[k], 1);
+                sampleInOrder(evaluator, step, positions, std::span(order).subspan(done, n), values,
+                              isValid, abortFlag);
             if (abortFlag || mFailure.hasHappened())
                 return;
             progress.advance(n);
         }
+        outside += static_cast<std::size_t>(std::count(isValid, isValid + count, 0));
     }
     mNumOutside += outside;
     // Nobody then holds steps of a series that the next time does not need.
     evaluator.release();
+}
+
+/// Samples at the positions with these indices.
+template<std::size_t D, typename T>
+void Sampler<D, T>::sampleInOrder(Evaluator& evaluator, std::size_t step,
+                                  std::span<const Position> positions,
+                                  std::span<const std::uint32_t> order, T* values,
+                                  std::uint8_t* isValid, const volatile bool& abortFlag) const
+{
+    // A wide value takes kilobytes.
+    constexpr std::size_t atOnce = sizeof(T) <= 128 ? 64 : 4;
+    std::array<Position, atOnce> gathered;
+    std::array<T, atOnce> gatheredValues;
+    std::array<std::uint8_t, atOnce> gatheredValidity;
+    for (std::size_t first = 0; first < order.size(); first += atOnce)
+    {
+        const auto indices = order.subspan(first, std::min(atOnce, order.size() - first));
+        for (std::size_t k = 0; k < indices.size(); ++k)
+            gathered[k] = positions[indices[k]];
+        evaluator.sample(mTimes[step], std::span(gathered).first(indices.size()),
+                         gatheredValues.data(), gatheredValidity.data(), abortFlag);
+        if (abortFlag)
+            return;
+        for (std::size_t k = 0; k < indices.size(); ++k)
+        {
+            values[indices[k]] = gatheredValues[k];
+            isValid[indices[k]] = gatheredValidity[k];
+        }
+    }
 }
 
 /// Throws `runtime_error` where so many samples take more memory than there is.

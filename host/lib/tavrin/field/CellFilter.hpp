@@ -1,0 +1,128 @@
+#pragma once
+
+#include <tavrin/domain/CellType.hpp>
+#include <tavrin/value/Tensor.hpp>
+
+#include <bit>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace tavrin
+{
+
+namespace detail
+{
+
+/// Four neighbouring numbers, and four answers that are all or no bits.
+using Quad = float __attribute__((vector_size(16)));
+using QuadMask = std::int32_t __attribute__((vector_size(16)));
+
+inline Quad loadQuad(const float* numbers)
+{
+    Quad quad;
+    __builtin_memcpy(&quad, numbers, sizeof(quad));
+    return quad;
+}
+
+inline std::uint32_t bitsOf(QuadMask mask)
+{
+#ifdef __SSE2__
+    return static_cast<std::uint32_t>(_mm_movemask_ps(std::bit_cast<__m128>(mask)));
+#else
+    return (mask[0] & 1U) | (mask[1] & 2U) | (mask[2] & 4U) | (mask[3] & 8U);
+#endif
+}
+
+}
+
+/// Rules out most cells of a leaf of a tree that do not contain a position, without a look at their
+/// vertices: by their boxes or, where all cells are simplices with as many dimensions as the space,
+/// by the linear functions that give the position's weights. In single precision, it errs to the side
+/// of a cell too many.
+///
+/// The numbers of all cells of a leaf lie side by side: one row for the first of each cell, the next
+/// row for the second, and so on. Three numbers behind the last are read, too.
+template<std::size_t D>
+class CellFilter
+{
+public:
+    using Position = Tensor<double, D>;
+    using Single = std::array<float, D>;
+
+    /// For cells that all have a type, or `Invalid` if they differ.
+    explicit CellFilter(CellType commonType)
+        : mAreSimplices((commonType == CellType::Triangles && D == 2) ||
+                        (commonType == CellType::Tetrahedra && D == 3))
+    {
+    }
+
+    bool areSimplices() const { return mAreSimplices; }
+
+    /// How many numbers there are for each cell.
+    std::size_t size() const { return mAreSimplices ? D * (D + 1) : 2 * D; }
+
+    /// Writes the numbers of a cell in a box, each a row after the other.
+    static void writeBox(const Single& lower, const Single& upper, float* numbers, std::size_t row);
+
+    /// Writes those of a simplex with these vertices, which are relative to an origin.
+    static void writeSimplex(const Position* vertices, float* numbers, std::size_t row);
+
+    /// One bit for each of up to 31 cells whose box holds the position.
+    static std::uint32_t boxesAt(const Single& position, const float* numbers, std::uint32_t count)
+    {
+        std::uint32_t bits = 0;
+        for (std::uint32_t lane = 0; lane < count; lane += 4)
+        {
+            const float* row = numbers + lane;
+            detail::QuadMask mask{-1, -1, -1, -1};
+            for (std::size_t i = 0; i < D; ++i, row += std::size_t{2} * count)
+                mask &= (detail::loadQuad(row) <= position[i]) &
+                        (detail::loadQuad(row + count) >= position[i]);
+            bits |= detail::bitsOf(mask) << lane;
+        }
+        return bits & ((1U << count) - 1);
+    }
+
+    /// One bit for each simplex that may contain the position, relative to the origin.
+    static std::uint32_t simplicesAt(const Single& position, const float* numbers,
+                                     std::uint32_t count)
+    {
+        std::uint32_t bits = 0;
+        for (std::uint32_t lane = 0; lane < count; lane += 4)
+        {
+            const float* row = numbers + lane;
+            detail::QuadMask mask{-1, -1, -1, -1};
+            detail::Quad sum{};
+            for (std::size_t i = 0; i < D; ++i)
+            {
+                detail::Quad weight = detail::loadQuad(row);
+                row += count;
+                for (std::size_t j = 0; j < D; ++j)
+                {
+                    weight += position[j] * detail::loadQuad(row);
+                    row += count;
+                }
+                mask &= weight >= -margin;
+                sum += weight;
+            }
+            mask &= sum <= 1.0F + margin;
+            bits |= detail::bitsOf(mask) << lane;
+        }
+        return bits & ((1U << count) - 1);
+    }
+
+private:
+    /// How far the weights of a simplex may lie outside.
+    static constexpr float margin = 0x1p-8F;
+
+    bool mAreSimplices;
+};
+
+extern template class CellFilter<1>;
+extern template class CellFilter<2>;
+extern template class CellFilter<3>;
+
+}
