@@ -93,8 +93,9 @@ private:
             isActive = isActive & local.exists();
             for (std::size_t axis = 0; axis < D; ++axis)
                 mSolution[axis] = select(isActive, last[axis], mSolution[axis]);
-            const Mask isDone =
-                isActive & (maximumNorm(first) < shortStep) & (maximumNorm(second) < shortestStep);
+            Mask isDone = isActive;
+            isDone &= maximumNorm(first) < shortStep;
+            isDone &= maximumNorm(second) < shortestStep;
             mIsFound = mIsFound | isDone;
             isActive = andNot(isActive, isDone);
             if constexpr (std::is_same_v<Number, double>)

@@ -130,13 +130,15 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void UniformLocator<D>::locateInB
         for (std::size_t axis = 0; axis < D; ++axis)
         {
             const double index = mToIndices(axis, axis) * (positions[k][axis] - mStart[axis]);
-            isIn &= (index >= -mTolerance[axis]) & (index <= mLimit[axis]);
+            isIn &= index >= -mTolerance[axis];
+            isIn &= index <= mLimit[axis];
             const double within = index > 0.0 ? index : 0.0;
             // Through signed numbers, which processors convert to and from in one instruction.
             auto number =
                 static_cast<std::int64_t>(std::min(within, static_cast<double>(mLastCell[axis])));
             double share = index - static_cast<double>(number);
-            const bool isOnLower = (share <= mTolerance[axis]) & (number > 0);
+            bool isOnLower = share <= mTolerance[axis];
+            isOnLower &= number > 0;
             number -= isOnLower ? 1 : 0;
             share += isOnLower ? 1.0 : 0.0;
             cell += static_cast<std::size_t>(number) * mCells.cellStep(axis);
