@@ -5,8 +5,10 @@
 #include <tavrin/domain/UnstructuredGrid.hpp>
 
 #include <cstring>
+#include <iomanip>
 #include <numeric>
 #include <random>
+#include <sstream>
 
 namespace
 {
@@ -112,6 +114,23 @@ protected:
         return values<Vector3>();
     }
 
+    /// At one time after the other, whatever is kept from one to the next.
+    void expectSameOneByOne(const std::shared_ptr<const DataObject>& field, const Samples& expected,
+                            const std::vector<double>& times)
+    {
+        for (std::size_t step = 0; step < times.size(); ++step)
+        {
+            std::ostringstream text;
+            text << std::setprecision(17) << times[step];
+            run.setText("Time", text.str());
+            const auto sampled = sample(field, expected.points, 2);
+            ASSERT_EQ(sampled.size(), expected.points.size());
+            EXPECT_EQ(std::memcmp(sampled.data(), &expected.values[step * sampled.size()],
+                                  sampled.size() * sizeof(Vector3)),
+                      0);
+        }
+    }
+
     /// On a copy with any number of threads, all at once or some alone, in any order.
     void expectSame(const std::shared_ptr<const DataObject>& field, const Samples& expected)
     {
@@ -144,7 +163,6 @@ protected:
 
 TEST_F(SampleInvariance, TheAnswerDependsOnFieldAndPositionAlone)
 {
-    run.setText("Time", "[0:3#0.4]+{1}");
     const GridSize size{pointsPerAxis, pointsPerAxis, pointsPerAxis};
     const std::vector<double> axis{0.0, 1.0, 1.5, 3.0, 4.0, 4.25, 6.0, 7.0, 8.0};
     const auto curvilinear = curvilinearGrid();
@@ -162,16 +180,18 @@ TEST_F(SampleInvariance, TheAnswerDependsOnFieldAndPositionAlone)
         {
             SCOPED_TRACE(std::string(nameOf(grid->structuringType())) + " " + part.getName());
             const auto field = arbitraryFunction(grid, part, ascending(grid->numElements(part)));
+            run.setText("Time", "[0:3#0.4]+{1}");
             const Samples expected{points, sample(field, points, 1)};
+            const std::vector<double> times = result<Vector3>()->timeSteps();
             const auto& counts = run.statistics().at("samples");
             EXPECT_GT(counts.at("total"), 2 * counts.at("outside"));
             expectSame(field, expected);
-            if (grid->structuringType() != StructuringType::Unstructured)
-                continue;
-            const bool isOnCells = part == detail::Cells;
-            expectSame(arbitraryFunction(listedGrid(order), part,
-                                         isOnCells ? order : ascending(grid->numPoints())),
-                       expected);
+            if (grid->structuringType() == StructuringType::Unstructured)
+                expectSame(
+                    arbitraryFunction(listedGrid(order), part,
+                                      part == detail::Cells ? order : ascending(grid->numPoints())),
+                    expected);
+            expectSameOneByOne(field, expected, times);
         }
 }
 

@@ -268,6 +268,55 @@ TEST(Field, OfABundleIsAnsweredByTheFirstMemberThatIsValid)
     EXPECT_TRUE(field->timeRange().contains(-1e300));
 }
 
+/// A function on the points of a grid, with arbitrary values at so many times.
+std::shared_ptr<const Function<Vector2>> arbitrary(const Grid<3>& grid, std::vector<double> times)
+{
+    std::vector<Vector2> values;
+    for (std::size_t i = 0; i < grid->numPoints() * times.size(); ++i)
+        values.emplace_back(std::sin(static_cast<double>(i)), std::cos(static_cast<double>(7 * i)));
+    return std::make_shared<Function<Vector2>>(
+        grid, PointSetBase::Points,
+        std::make_shared<DefaultValueArray<Vector2>>(std::move(values), Precision::Float64),
+        std::move(times), "v");
+}
+
+TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
+{
+    const auto early = arbitrary(uniformGrid<3>(), {0.0, 1.0});
+    const auto late = arbitrary(curvilinearGrid<3>(), {0.5, 1.5, 2.0});
+    const auto members = std::make_shared<DataObjectBundle>(DataObjectBundle::Members{early, late});
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> coordinate(-0.8, 1.8);
+    std::vector<Vector3> positions;
+    for (int i = 0; i < 100; ++i)
+        positions.emplace_back(coordinate(random), coordinate(random), coordinate(random));
+    for (const std::shared_ptr<const DataObject>& object :
+         std::initializer_list<std::shared_ptr<const DataObject>>{early, late, members})
+    {
+        const auto field = Field<3, Vector2>::applyTo(*object);
+        const auto one = field->makeEvaluator();
+        const auto many = field->makeEvaluator();
+        const auto places = many->place(positions);
+        std::vector<Vector2> values(positions.size());
+        std::vector<std::uint8_t> isValid(positions.size());
+        const volatile bool goOn = false;
+        for (const double time : {1.0, 0.25, -1.0, 1.75, 3.0})
+            for (const bool arePlaced : {false, true})
+            {
+                if (arePlaced)
+                    many->sampleAt(time, *places, values.data(), isValid.data(), goOn);
+                else
+                    many->sample(time, positions, values.data(), isValid.data(), goOn);
+                for (std::size_t k = 0; k < positions.size(); ++k)
+                {
+                    one->reset(time, positions[k]);
+                    ASSERT_EQ(isValid[k] != 0, one->isValid());
+                    EXPECT_EQ(values[k], one->isValid() ? one->value() : Vector2{});
+                }
+            }
+    }
+}
+
 TEST(Field, IsInterpolatedBetweenSteps)
 {
     const auto field = Field<1, Scalar>::applyTo(

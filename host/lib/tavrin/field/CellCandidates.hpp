@@ -1,12 +1,23 @@
 #pragma once
 
-#include <tavrin/field/CellTree.hpp>
+#include <tavrin/field/GridCells.hpp>
 #include <tavrin/field/Lanes.hpp>
 #include <tavrin/field/MultilinearMap.hpp>
 #include <tavrin/field/ShapeFunctions.hpp>
 
 namespace tavrin
 {
+
+/// The lowest cell that contains a position, and the reference point there; or no cell.
+struct CellPlace
+{
+    static constexpr std::uint32_t nothing = 0xffffffff;
+
+    std::uint32_t cell = nothing;
+    Reference at{};
+
+    bool isInside() const { return cell != nothing; }
+};
 
 /// Tests cells that may contain one of a few positions, and keeps the lowest that does for each.
 /// Quads, prisms and hexahedra are inverted several at a time; no answer depends on which of them
@@ -16,27 +27,18 @@ class CellCandidates
 {
 public:
     using Position = Tensor<double, D>;
-    using Positions = std::array<Position, CellTree<D>::packetSize>;
 
-    static constexpr std::uint32_t nothing = 0xffffffff;
-
-    /// Where a position was found, or nothing.
-    struct Found
-    {
-        std::uint32_t cell = nothing;
-        Reference at;
-    };
-
-    /// Cells and positions, which are scaled as the cells are, must outlive it.
-    CellCandidates(const GridCells<D>& cells, const Positions& positions)
-        : mCells(cells), mPositions(positions)
+    /// The positions are scaled as the cells are, and each has a place, which is nothing yet. All must
+    /// outlive it.
+    CellCandidates(const GridCells<D>& cells, const Position* positions, CellPlace* places)
+        : mCells(cells), mPositions(positions), mPlaces(places)
     {
     }
 
     /// The cell may contain position k.
     void add(std::size_t k, std::uint32_t cell)
     {
-        if (cell >= mFound[k].cell)
+        if (cell >= mPlaces[k].cell)
             return;
         if (D >= 2 && isMultilinear(mCells.type(cell), D))
             addToBatch(k, cell);
@@ -44,12 +46,11 @@ public:
             test(k, cell);
     }
 
-    /// For each position, when all candidates were added.
-    const std::array<Found, CellTree<D>::packetSize>& finish()
+    /// To be called when all candidates were added; then the places are right.
+    void finish()
     {
         if (mBatchSize > 0)
             testBatch();
-        return mFound;
     }
 
 private:
@@ -58,13 +59,13 @@ private:
     void testBatch();
     void keep(std::size_t k, std::uint32_t cell, const Reference& at)
     {
-        if (cell < mFound[k].cell)
-            mFound[k] = {cell, at};
+        if (cell < mPlaces[k].cell)
+            mPlaces[k] = {cell, at};
     }
 
     const GridCells<D>& mCells;
-    const Positions& mPositions;
-    std::array<Found, CellTree<D>::packetSize> mFound;
+    const Position* mPositions;
+    CellPlace* mPlaces;
 
     /// Cells of one type, to be tested side by side.
     std::size_t mBatchSize = 0;

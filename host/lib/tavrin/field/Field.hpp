@@ -4,6 +4,8 @@
 #include <tavrin/function/Function.hpp>
 
 #include <memory>
+#include <span>
+#include <vector>
 
 namespace tavrin
 {
@@ -45,6 +47,30 @@ public:
         setValid(false);
     }
 
+    /// Positions of which it is known where they are.
+    class Places
+    {
+    public:
+        Places() = default;
+        Places(const Places&) = delete;
+        Places& operator=(const Places&) = delete;
+        virtual ~Places() = default;
+    };
+
+    /// Positions to be sampled at several times. What can be found out of them at no particular time
+    /// is found out now, and no more. About as large as the positions.
+    virtual std::unique_ptr<Places> place(std::span<const Position> positions)
+    {
+        return std::make_unique<PlainPlaces>(positions);
+    }
+
+    /// What `sample` gives at the positions. The places come from an evaluator of the same field.
+    virtual void sampleAt(double time, const Places& places, T* values, std::uint8_t* isValid,
+                          const volatile bool& abortFlag)
+    {
+        sample(time, static_cast<const PlainPlaces&>(places).positions, values, isValid, abortFlag);
+    }
+
     /// Lets go of values that were loaded for the present time; it is invalid until the next reset.
     /// When all evaluators of a series do so before one of them goes on to the next time, no more
     /// than two steps of the series are in memory.
@@ -54,6 +80,13 @@ protected:
     void setValid(bool isValid) { mIsValid = isValid; }
 
 private:
+    struct PlainPlaces final : Places
+    {
+        explicit PlainPlaces(std::span<const Position> all) : positions(all.begin(), all.end()) {}
+
+        std::vector<Position> positions;
+    };
+
     bool mIsValid = false;
 };
 

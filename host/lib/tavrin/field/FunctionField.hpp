@@ -1,8 +1,8 @@
 #pragma once
 
 #include <tavrin/domain/CellComplex.hpp>
-#include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/Field.hpp>
+#include <tavrin/field/TreeLocator.hpp>
 
 namespace tavrin
 {
@@ -71,10 +71,12 @@ template<bool isOnPoints>
 class FunctionField<D, T>::Evaluator final : public FieldEvaluator<D, T>
 {
 public:
+    using typename FieldEvaluator<D, T>::Places;
     using typename FieldEvaluator<D, T>::Position;
 
     explicit Evaluator(const FunctionField& field)
-        : mSteps(field.mFunction), mLocator(field.mGrid->locator())
+        : mSteps(field.mFunction), mLocator(field.mGrid->locator()),
+          mTree(dynamic_cast<const TreeLocator<D>*>(&mLocator))
     {
         mPosition[0] = std::numeric_limits<double>::quiet_NaN();
     }
@@ -97,25 +99,38 @@ public:
     void sample(double time, std::span<const Position> positions, T* values, std::uint8_t* isValid,
                 const volatile bool& abortFlag) override
     {
-        this->setValid(false);
-        if (!mSteps.moveTo(time))
-        {
-            std::fill_n(values, positions.size(), T{});
-            std::fill_n(isValid, positions.size(), std::uint8_t{0});
-            return;
-        }
-        // A few at once: they are found faster together, and no value is waited for before the next
-        // position is located.
-        std::array<Location, 32> locations;
-        for (std::size_t first = 0; first < positions.size() && !abortFlag;
-             first += locations.size())
-        {
-            const std::size_t count = std::min(locations.size(), positions.size() - first);
-            mLocator.locate(positions.subspan(first, count), locations.data(), isValid + first,
-                            mHint);
-            for (std::size_t k = 0; k < count; ++k)
-                values[first + k] = isValid[first + k] != 0 ? valueAt(locations[k]) : T{};
-        }
+        sampleInGroups(time, positions.size(), values, isValid, abortFlag,
+                       [&](std::size_t first, std::size_t count, Location* locations) {
+                           mLocator.locate(positions.subspan(first, count), locations,
+                                           isValid + first, mHint);
+                       });
+    }
+
+    std::unique_ptr<Places> place(std::span<const Position> positions) override
+    {
+        if (mTree == nullptr)
+            return FieldEvaluator<D, T>::place(positions);
+        auto places = std::make_unique<CellPlaces>(positions.size());
+        mTree->find(positions, places->places.data());
+        return places;
+    }
+
+    void sampleAt(double time, const Places& places, T* values, std::uint8_t* isValid,
+                  const volatile bool& abortFlag) override
+    {
+        if (mTree == nullptr)
+            return FieldEvaluator<D, T>::sampleAt(time, places, values, isValid, abortFlag);
+        const auto& found = static_cast<const CellPlaces&>(places).places;
+        sampleInGroups(time, found.size(), values, isValid, abortFlag,
+                       [&](std::size_t first, std::size_t count, Location* locations)
+                       {
+                           for (std::size_t k = 0; k < count; ++k)
+                           {
+                               isValid[first + k] = found[first + k].isInside() ? 1 : 0;
+                               if (found[first + k].isInside())
+                                   mTree->locate(found[first + k], locations[k]);
+                           }
+                       });
     }
 
     void release() override
@@ -125,6 +140,36 @@ public:
     }
 
 private:
+    struct CellPlaces final : Places
+    {
+        explicit CellPlaces(std::size_t count) : places(count) {}
+
+        std::vector<CellPlace> places;
+    };
+
+    /// Calls `locate` for a few positions at once: they are found faster together, and no value is
+    /// waited for before the next position is located.
+    template<typename Locate>
+    void sampleInGroups(double time, std::size_t numPositions, T* values, std::uint8_t* isValid,
+                        const volatile bool& abortFlag, const Locate& locate)
+    {
+        this->setValid(false);
+        if (!mSteps.moveTo(time))
+        {
+            std::fill_n(values, numPositions, T{});
+            std::fill_n(isValid, numPositions, std::uint8_t{0});
+            return;
+        }
+        std::array<Location, 32> locations;
+        for (std::size_t first = 0; first < numPositions && !abortFlag; first += locations.size())
+        {
+            const std::size_t count = std::min(locations.size(), numPositions - first);
+            locate(first, count, locations.data());
+            for (std::size_t k = 0; k < count; ++k)
+                values[first + k] = isValid[first + k] != 0 ? valueAt(locations[k]) : T{};
+        }
+    }
+
     T valueAt(const Location& location) const
     {
         if constexpr (isOnPoints)
@@ -136,6 +181,8 @@ private:
 
     StepInterpolator<T> mSteps;
     const CellLocator<D>& mLocator;
+    /// The same where it searches.
+    const TreeLocator<D>* mTree;
     typename CellLocator<D>::Hint mHint;
     Position mPosition{};
     Location mLocation;

@@ -1,7 +1,5 @@
 #include <tavrin/field/TreeLocator.hpp>
 
-#include <tavrin/field/CellCandidates.hpp>
-
 namespace tavrin
 {
 
@@ -14,33 +12,43 @@ template<std::size_t D>
 void TreeLocator<D>::locate(std::span<const Position> positions, Location* locations,
                             std::uint8_t* isInside, Hint&) const
 {
-    for (std::size_t first = 0; first < positions.size(); first += CellTree<D>::packetSize)
-        locatePacket(
-            positions.subspan(first, std::min(CellTree<D>::packetSize, positions.size() - first)),
-            locations + first, isInside + first);
+    std::array<CellPlace, CellTree<D>::packetSize> places;
+    for (std::size_t first = 0; first < positions.size(); first += places.size())
+    {
+        const std::size_t count = std::min(places.size(), positions.size() - first);
+        find(positions.subspan(first, count), places.data());
+        for (std::size_t k = 0; k < count; ++k)
+        {
+            isInside[first + k] = places[k].isInside() ? 1 : 0;
+            if (places[k].isInside())
+                locate(places[k], locations[first + k]);
+        }
+    }
 }
 
 template<std::size_t D>
-void TreeLocator<D>::locatePacket(std::span<const Position> positions, Location* locations,
-                                  std::uint8_t* isInside) const
+void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places) const
 {
     std::array<Position, CellTree<D>::packetSize> scaled;
-    std::ranges::transform(positions, scaled.begin(),
-                           [this](const Position& position) { return mCells.scale() * position; });
-    CellCandidates<D> candidates(mCells, scaled);
-    mTree.search(std::span(scaled).first(positions.size()),
-                 [&](std::size_t k, std::uint32_t cell) { candidates.add(k, cell); });
-    const auto& found = candidates.finish();
-    for (std::size_t k = 0; k < positions.size(); ++k)
+    for (std::size_t first = 0; first < positions.size(); first += scaled.size())
     {
-        isInside[k] = found[k].cell != CellCandidates<D>::nothing ? 1 : 0;
-        if (isInside[k] == 0)
-            continue;
-        Location& location = locations[k];
-        location.cell = found[k].cell;
-        location.numVertices = mCells.gather(found[k].cell, location.pointIndices);
-        shapeFunctions(mCells.type(found[k].cell), found[k].at, location.weights);
+        const std::size_t count = std::min(scaled.size(), positions.size() - first);
+        for (std::size_t k = 0; k < count; ++k)
+            scaled[k] = mCells.scale() * positions[first + k];
+        std::fill_n(places + first, count, CellPlace());
+        CellCandidates<D> candidates(mCells, scaled.data(), places + first);
+        mTree.search(std::span(scaled).first(count),
+                     [&](std::size_t k, std::uint32_t cell) { candidates.add(k, cell); });
+        candidates.finish();
     }
+}
+
+template<std::size_t D>
+void TreeLocator<D>::locate(const CellPlace& place, Location& location) const
+{
+    location.cell = place.cell;
+    location.numVertices = mCells.gather(place.cell, location.pointIndices);
+    shapeFunctions(mCells.type(place.cell), place.at, location.weights);
 }
 
 template class TreeLocator<1>;

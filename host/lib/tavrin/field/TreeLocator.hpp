@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/field/CellCandidates.hpp>
 #include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/CellTree.hpp>
 
@@ -18,13 +19,14 @@ public:
 
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
+
+    /// `locate` in two parts, the first of which takes most of the time.
+    void find(std::span<const Position> positions, CellPlace* places) const;
+    void locate(const CellPlace& place, Location& location) const;
+
     std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }
 
 private:
-    /// Of at most `CellTree::packetSize` positions.
-    void locatePacket(std::span<const Position> positions, Location* locations,
-                      std::uint8_t* isInside) const;
-
     GridCells<D> mCells;
     CellTree<D> mTree;
 };

@@ -1,16 +1,11 @@
+#include "Sampler.hpp"
+
 #include <BundleTools/ListParser.hpp>
 #include <BundleTools/WalkLimits.hpp>
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/base/Memory.hpp>
-#include <tavrin/domain/StructuredGrid.hpp>
-#include <tavrin/field/Field.hpp>
-#include <tavrin/field/SpatialOrder.hpp>
 #include <tavrin/function/visit.hpp>
 
-#include <omp.h>
-
-#include <exception>
-#include <functional>
 #include <iomanip>
 #include <sstream>
 
@@ -41,227 +36,6 @@ struct Sampled<3>
 {
     using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3, Vector375>;
 };
-
-/// Points that are fetched, and counted as progress, together.
-constexpr std::size_t pointsPerBlock = 256;
-
-/// Scattered points that are fetched together and sampled in spatial order: so many that neighbours
-/// among them share what they read of the field, in a few megabytes.
-constexpr std::size_t pointsPerSorting = std::size_t{1} << 18;
-
-/// What a sample takes in the result: its value, and the mark whether it is real.
-template<typename T>
-constexpr std::size_t bytesPerSample = sizeof(T) + sizeof(ValidityMask::value_type);
-
-/// Keeps the first exception of a team of threads, none of which may leave its parallel region.
-class TeamFailure
-{
-public:
-    template<typename Work>
-    void guard(const Work& work) noexcept
-    {
-        if (hasHappened())
-            return;
-        try
-        {
-            work();
-        }
-        catch (...)
-        {
-            if (!mHasHappened.exchange(true))
-                mException = std::current_exception();
-        }
-    }
-
-    bool hasHappened() const { return mHasHappened; }
-
-    /// To be called when the team is done.
-    void rethrow() const
-    {
-        if (mException != nullptr)
-            std::rethrow_exception(mException);
-    }
-
-private:
-    std::atomic<bool> mHasHappened = false;
-    std::exception_ptr mException;
-};
-
-/// The points where samples are taken, as positions of a field.
-template<std::size_t D>
-struct Positions
-{
-    using Position = Tensor<double, D>;
-
-    std::size_t count;
-    /// Whether positions that follow one another may lie far apart.
-    bool mayBeScattered;
-    /// The positions from `first` on, as `ValueArray::read` delivers values.
-    std::function<std::span<const Position>(std::size_t first, std::span<Position> scratch)> read;
-};
-
-/// The points of a grid of any dimension. Coordinates that a field of dimension D does not have are
-/// dropped, missing ones are 0. The grid must outlive the answer.
-template<std::size_t D, std::size_t G>
-Positions<D> positionsOf(const PointSet<G>& grid)
-{
-    using Position = Tensor<double, D>;
-    const auto read = [&grid](std::size_t first,
-                              std::span<Position> scratch) -> std::span<const Position>
-    {
-        if constexpr (D == G)
-            return grid.points(first, scratch);
-        else
-        {
-            std::array<Tensor<double, G>, pointsPerBlock> block;
-            for (std::size_t done = 0; done < scratch.size();)
-            {
-                const auto part =
-                    std::span(block).first(std::min(pointsPerBlock, scratch.size() - done));
-                for (const auto& point : grid.points(first + done, part))
-                {
-                    Position& position = scratch[done++] = {};
-                    std::copy_n(point.begin(), std::min(D, G), position.begin());
-                }
-            }
-            return scratch;
-        }
-    };
-    const bool isStructured = dynamic_cast<const StructuredGrid<G>*>(&grid) != nullptr;
-    return {grid.numPoints(), !isStructured, read};
-}
-
-/// Samples a field at every position at one time after the other, on all threads.
-template<std::size_t D, typename T>
-class Sampler
-{
-public:
-    Sampler(const Field<D, T>& field, const std::vector<double>& times, Positions<D> positions)
-        : mField(field), mTimes(times), mPositions(std::move(positions)),
-          mValues(mTimes.size() * mPositions.count),
-          mValidity(std::make_shared<ValidityMask>(mValues.size()))
-    {
-    }
-
-    /// After an abort some values are undefined. Throws what evaluating the field throws.
-    void run(Algorithm::Progress& progress, const volatile bool& abortFlag);
-
-    /// Those of all positions at the first time, then at the next; 0 where the field has none.
-    LargeVector<T> takeValues() { return std::move(mValues); }
-    std::shared_ptr<const ValidityMask> validity() const { return mValidity; }
-    std::size_t numOutside() const { return mNumOutside; }
-
-private:
-    using Evaluator = FieldEvaluator<D, T>;
-    using Position = Tensor<double, D>;
-
-    void sampleRun(Evaluator& evaluator, std::size_t step, std::size_t first, std::size_t last,
-                   Algorithm::Progress& progress, const volatile bool& abortFlag);
-    void sampleInOrder(Evaluator& evaluator, std::size_t step, std::span<const Position> positions,
-                       std::span<const std::uint32_t> order, T* values, std::uint8_t* isValid,
-                       const volatile bool& abortFlag) const;
-
-    const Field<D, T>& mField;
-    const std::vector<double>& mTimes;
-    Positions<D> mPositions;
-    LargeVector<T> mValues;
-    std::shared_ptr<ValidityMask> mValidity;
-    std::atomic<std::size_t> mNumOutside = 0;
-    TeamFailure mFailure;
-};
-
-template<std::size_t D, typename T>
-void Sampler<D, T>::run(Algorithm::Progress& progress, const volatile bool& abortFlag)
-{
-    // The first evaluator makes what all of them share, and here all threads take part in that.
-    mField.makeEvaluator();
-    const std::size_t n = mPositions.count;
-    std::atomic<std::size_t> numSteps = mTimes.size();
-#pragma omp parallel
-    {
-        const auto team = static_cast<std::size_t>(omp_get_num_threads());
-        const auto thread = static_cast<std::size_t>(omp_get_thread_num());
-        const std::size_t first = thread * (n / team) + std::min(thread, n % team);
-        const std::size_t last = first + n / team + (thread < n % team ? 1 : 0);
-        std::unique_ptr<Evaluator> evaluator;
-        mFailure.guard([&] { evaluator = mField.makeEvaluator(); });
-        for (std::size_t step = 0; step < numSteps; ++step)
-        {
-            mFailure.guard([&] { sampleRun(*evaluator, step, first, last, progress, abortFlag); });
-            // Set before the barrier, so that all threads see it after this very step.
-            if (abortFlag || mFailure.hasHappened())
-                numSteps = step + 1;
-#pragma omp barrier
-        }
-    }
-    mFailure.rethrow();
-}
-
-/// Samples at the positions first ... last - 1.
-template<std::size_t D, typename T>
-void Sampler<D, T>::sampleRun(Evaluator& evaluator, std::size_t step, std::size_t first,
-                              std::size_t last, Algorithm::Progress& progress,
-                              const volatile bool& abortFlag)
-{
-    const bool isSorted = mPositions.mayBeScattered && mField.isSearched();
-    const std::size_t atOnce = isSorted ? pointsPerSorting : pointsPerBlock;
-    std::vector<Position> scratch(std::min(atOnce, last - first));
-    std::size_t outside = 0;
-    for (std::size_t i = first; i < last; i += atOnce)
-    {
-        const std::size_t count = std::min(atOnce, last - i);
-        const auto positions = mPositions.read(i, std::span(scratch).first(count));
-        const auto order = isSorted ? spatialOrder(positions) : std::vector<std::uint32_t>();
-        T* const values = mValues.data() + step * mPositions.count + i;
-        std::uint8_t* const isValid = mValidity->data() + step * mPositions.count + i;
-        for (std::size_t done = 0; done < count; done += pointsPerBlock)
-        {
-            const std::size_t n = std::min(pointsPerBlock, count - done);
-            if (order.empty())
-                evaluator.sample(mTimes[step], positions.subspan(done, n), values + done,
-                                 isValid + done, abortFlag);
-            else
-                sampleInOrder(evaluator, step, positions, std::span(order).subspan(done, n), values,
-                              isValid, abortFlag);
-            if (abortFlag || mFailure.hasHappened())
-                return;
-            progress.advance(n);
-        }
-        outside += static_cast<std::size_t>(std::count(isValid, isValid + count, 0));
-    }
-    mNumOutside += outside;
-    // Nobody then holds steps of a series that the next time does not need.
-    evaluator.release();
-}
-
-/// Samples at the positions with these indices.
-template<std::size_t D, typename T>
-void Sampler<D, T>::sampleInOrder(Evaluator& evaluator, std::size_t step,
-                                  std::span<const Position> positions,
-                                  std::span<const std::uint32_t> order, T* values,
-                                  std::uint8_t* isValid, const volatile bool& abortFlag) const
-{
-    // A wide value takes kilobytes.
-    constexpr std::size_t atOnce = sizeof(T) <= 128 ? 64 : 4;
-    std::array<Position, atOnce> gathered;
-    std::array<T, atOnce> gatheredValues;
-    std::array<std::uint8_t, atOnce> gatheredValidity;
-    for (std::size_t first = 0; first < order.size(); first += atOnce)
-    {
-        const auto indices = order.subspan(first, std::min(atOnce, order.size() - first));
-        for (std::size_t k = 0; k < indices.size(); ++k)
-            gathered[k] = positions[indices[k]];
-        evaluator.sample(mTimes[step], std::span(gathered).first(indices.size()),
-                         gatheredValues.data(), gatheredValidity.data(), abortFlag);
-        if (abortFlag)
-            return;
-        for (std::size_t k = 0; k < indices.size(); ++k)
-        {
-            values[indices[k]] = gatheredValues[k];
-            isValid[indices[k]] = gatheredValidity[k];
-        }
-    }
-}
 
 /// Throws `runtime_error` where so many samples take more memory than there is.
 void requireMemory(std::size_t points, std::size_t times, std::size_t bytesPerSample)
@@ -385,8 +159,8 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
 
     // At least one, so that a grid which is too large is reported as such.
     const std::size_t numPoints = dynamic_cast<const PointSetBase&>(*grid).numPoints();
-    const std::size_t maximum =
-        availableMemory() / bytesPerSample<Scalar> / std::max<std::size_t>(1, numPoints);
+    const std::size_t maximum = availableMemory() / Sampler<3, Scalar>::bytesPerSample /
+                                std::max<std::size_t>(1, numPoints);
     const auto times =
         readTimes(options.get<std::string>("Time"), std::max<std::size_t>(1, maximum));
     debugLog() << "Found " << times.size() << " time values." << std::endl;
@@ -455,10 +229,16 @@ std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
     std::shared_ptr<const PointSet<G>> grid, const Field<D, T>& field,
     const std::vector<double>& times, const volatile bool& abortFlag)
 {
+    using FieldSampler = Sampler<D, T>;
     const std::size_t n = grid->numPoints();
-    requireMemory(n, times.size(), bytesPerSample<T>);
+    requireMemory(n, times.size(), FieldSampler::bytesPerSample);
     announceResult("Sampled Field", *grid, times.size());
-    Sampler<D, T> sampler(field, times, positionsOf<D>(*grid));
+    // Places are kept where they are slow to find and take little beside the result.
+    const std::size_t bytesPerPosition = times.size() * FieldSampler::bytesPerSample;
+    const bool keepsPlaces =
+        field.isSearched() && 4 * FieldSampler::bytesPerPlace <= bytesPerPosition &&
+        n <= availableMemory() / (bytesPerPosition + FieldSampler::bytesPerPlace);
+    FieldSampler sampler(field, times, positionsOf<D>(*grid), keepsPlaces);
     {
         Progress progress(*this, "computing", n * times.size(), true);
         sampler.run(progress, abortFlag);
