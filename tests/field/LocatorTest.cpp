@@ -134,6 +134,7 @@ TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
                         Vector3 beside = point;
                         beside[axis] = std::nextafter(point[axis], direction);
                         EXPECT_EQ(cellAt<3>(*grid, beside), lowest);
+                        EXPECT_TRUE(grid->locator().bounds().contains(beside));
                         const bool isOutward = (at[axis] == 0 && direction * spacing[axis] < 0) ||
                                                (at[axis] == n - 1 && direction * spacing[axis] > 0);
                         beside[axis] += std::copysign(1e-4 * spacing[axis], direction);
@@ -230,8 +231,13 @@ template<std::size_t D>
 void expectBruteForce(const Mesh<D>& mesh, std::mt19937& random)
 {
     const auto grid = mesh.grid();
+    const Box<D> bounds = grid->locator().bounds();
     for (const auto& query : queriesFor(mesh, random))
-        ASSERT_EQ(cellAt<D>(*grid, query), cellByBruteForce(*grid, query)) << query;
+    {
+        const auto cell = cellAt<D>(*grid, query);
+        ASSERT_EQ(cell, cellByBruteForce(*grid, query)) << query;
+        EXPECT_TRUE(!cell || bounds.contains(query));
+    }
 }
 
 /// Overlapping cells of one type, the more distorted the less they can be inverted.

@@ -72,7 +72,10 @@ public:
     explicit Evaluator(const Members& members)
     {
         for (const auto& member : members)
+        {
             mMembers.push_back(member->makeEvaluator());
+            mBounds.push_back(mMembers.back()->bounds());
+        }
     }
 
     void reset(double time, const Position& position) override
@@ -96,9 +99,14 @@ public:
                 const volatile bool& abortFlag) override
     {
         this->setValid(false);
-        mMembers.front()->sample(time, positions, values, isValid, abortFlag);
-        for (const auto& member : std::span(mMembers).subspan(1))
-            sampleRest(*member, time, positions, values, isValid, abortFlag);
+        std::fill_n(values, positions.size(), T{});
+        std::fill_n(isValid, positions.size(), std::uint8_t{0});
+        auto box = Box<D>::nothing();
+        for (const Position& position : positions)
+            box.add(position);
+        for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
+            if (mBounds[i].meets(box))
+                sampleRest(*mMembers[i], time, positions, values, isValid, abortFlag);
     }
 
     void release() override
@@ -121,7 +129,7 @@ private:
                 mRest.push_back(positions[k]);
                 mRestIndices.push_back(k);
             }
-        if (mRest.empty() || abortFlag)
+        if (mRest.empty())
             return;
         mRestValues.resize(mRest.size());
         mRestValidity.resize(mRest.size());
@@ -138,6 +146,8 @@ private:
     std::vector<T> mRestValues;
     std::vector<std::uint8_t> mRestValidity;
     std::vector<std::unique_ptr<FieldEvaluator<D, T>>> mMembers;
+    /// Of the members.
+    std::vector<Box<D>> mBounds;
     const FieldEvaluator<D, T>* mAnswering = nullptr;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/domain/CellType.hpp>
+#include <tavrin/field/Box.hpp>
 #include <tavrin/value/Tensor.hpp>
 
 #include <array>
@@ -72,6 +73,9 @@ public:
     /// allocates nothing.
     virtual void locate(std::span<const Position> positions, Location* locations,
                         std::uint8_t* isInside, Hint& hint) const = 0;
+
+    /// A box that holds every position in a cell, tolerance included.
+    virtual Box<D> bounds() const = 0;
 
     /// What it keeps in memory beside the grid, in bytes.
     virtual std::size_t memory() const = 0;

@@ -424,6 +424,25 @@ CellTree<D>::CellTree(const GridCells<D>& cells) : mFilter(cells.commonType())
     TreeBuilder<D>(*this, cells).build();
 }
 
+template<std::size_t D>
+Box<D> CellTree<D>::bounds() const
+{
+    auto box = Box<D>::nothing();
+    for (std::size_t child = 0; child < maximumChildren && !mNodes.empty(); ++child)
+        for (std::size_t i = 0; i < D; ++i)
+        {
+            // Single precision may have moved the sides inward.
+            const double lower = mNodes.front().lower[i][child];
+            const double upper = mNodes.front().upper[i][child];
+            constexpr double rounding = std::numeric_limits<float>::epsilon();
+            box.lower[i] =
+                std::min(box.lower[i], mOrigin[i] + (lower - rounding * std::abs(lower)) / mUnit);
+            box.upper[i] =
+                std::max(box.upper[i], mOrigin[i] + (upper + rounding * std::abs(upper)) / mUnit);
+        }
+    return box;
+}
+
 template class CellTree<1>;
 template class CellTree<2>;
 template class CellTree<3>;

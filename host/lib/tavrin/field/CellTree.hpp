@@ -36,6 +36,9 @@ public:
     template<typename Candidate>
     void search(std::span<const Position> positions, const Candidate& candidate) const;
 
+    /// A box that holds the bounds of all cells.
+    Box<D> bounds() const;
+
     std::size_t memory() const
     {
         return mNodes.size() * sizeof(Node) + mCells.size() * sizeof(std::uint32_t) +

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/field/Box.hpp>
 #include <tavrin/field/FieldBase.hpp>
 #include <tavrin/function/Function.hpp>
 
@@ -46,6 +47,9 @@ public:
         }
         setValid(false);
     }
+
+    /// A box outside of which no position is valid.
+    virtual Box<D> bounds() const { return Box<D>::everything(); }
 
     /// Positions of which it is known where they are.
     class Places

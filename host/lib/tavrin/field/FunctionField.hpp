@@ -81,6 +81,8 @@ public:
         mPosition[0] = std::numeric_limits<double>::quiet_NaN();
     }
 
+    Box<D> bounds() const override { return mLocator.bounds(); }
+
     void reset(double time, const Position& position) override
     {
         this->setValid(false);

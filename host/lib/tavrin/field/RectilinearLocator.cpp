@@ -76,6 +76,31 @@ bool RectilinearLocator<D>::locateOne(const Position& position, Location& locati
 }
 
 template<std::size_t D>
+Box<D> RectilinearLocator<D>::bounds() const
+{
+    Box<D> box;
+    double widest = 0.0;
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        const auto& coordinates = mAxes[i].coordinates;
+        box.lower[i] =
+            std::min(mAxes[i].sign * coordinates.front(), mAxes[i].sign * coordinates.back());
+        box.upper[i] =
+            std::max(mAxes[i].sign * coordinates.front(), mAxes[i].sign * coordinates.back());
+        widest = std::max(widest, box.upper[i] - box.lower[i]);
+    }
+    // Tolerances are much less than a thousandth of a cell.
+    for (std::size_t i = 0; i < D; ++i)
+    {
+        const double margin = 1e-3 * widest + coordinateRounding * std::max(std::abs(box.lower[i]),
+                                                                            std::abs(box.upper[i]));
+        box.lower[i] -= margin;
+        box.upper[i] += margin;
+    }
+    return box;
+}
+
+template<std::size_t D>
 std::size_t RectilinearLocator<D>::memory() const
 {
     std::size_t bytes = sizeof(*this);

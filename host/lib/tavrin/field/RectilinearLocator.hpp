@@ -18,6 +18,7 @@ public:
 
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
+    Box<D> bounds() const override;
     std::size_t memory() const override;
 
 private:

@@ -51,6 +51,13 @@ void TreeLocator<D>::locate(const CellPlace& place, Location& location) const
     shapeFunctions(mCells.type(place.cell), place.at, location.weights);
 }
 
+template<std::size_t D>
+Box<D> TreeLocator<D>::bounds() const
+{
+    const Box<D> scaled = mTree.bounds();
+    return {scaled.lower / mCells.scale(), scaled.upper / mCells.scale()};
+}
+
 template class TreeLocator<1>;
 template class TreeLocator<2>;
 template class TreeLocator<3>;

@@ -24,6 +24,7 @@ public:
     void find(std::span<const Position> positions, CellPlace* places) const;
     void locate(const CellPlace& place, Location& location) const;
 
+    Box<D> bounds() const override;
     std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }
 
 private:

@@ -103,6 +103,21 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
                                          : toleranceIn(1.0 / growth, rounding);
         mLimit[axis] = static_cast<double>(cells) + mTolerance[axis];
     }
+    // A whole step more than the tolerance, which is much less.
+    for (std::size_t corner = 0; corner < std::size_t{1} << D; ++corner)
+    {
+        Position position = mStart;
+        for (std::size_t axis = 0; axis < D; ++axis)
+            if (!mIsFlat[axis])
+                position +=
+                    ((corner >> axis & 1U) != 0 ? mLimit[axis] + 1.0 : -1.0) * columns[axis];
+        mBounds.add(position);
+    }
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        mBounds.lower[axis] -= across + rounding;
+        mBounds.upper[axis] += across + rounding;
+    }
 }
 
 template<std::size_t D>

@@ -19,6 +19,7 @@ public:
 
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
+    Box<D> bounds() const override { return mBounds; }
     std::size_t memory() const override { return sizeof(*this); }
 
 private:
@@ -41,6 +42,7 @@ private:
     std::array<bool, D> mIsFlat;
     std::array<std::int64_t, D> mLastCell;
     std::array<double, D> mTolerance;
+    Box<D> mBounds = Box<D>::nothing();
     /// The largest index that is inside, tolerance included.
     std::array<double, D> mLimit;
 };
