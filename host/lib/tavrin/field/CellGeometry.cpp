@@ -38,13 +38,13 @@ bool isSimplex(CellType type)
 template<std::size_t D, std::size_t N>
 struct LocalMap
 {
+    /// Relative to the first vertex, so that large coordinates lose no digits.
     Tensor<double, D> position{};
     std::array<Tensor<double, D>, N> derivatives{};
 
     LocalMap(std::span<const Tensor<double, D>> vertices, std::span<const double> weights,
              std::span<const std::array<double, 3>> slopes)
     {
-        // Measured from one vertex, so that large coordinates lose no digits.
         for (std::size_t k = 1; k < vertices.size(); ++k)
         {
             const Tensor<double, D> edge = vertices[k] - vertices[0];
@@ -52,7 +52,6 @@ struct LocalMap
             for (std::size_t i = 0; i < N; ++i)
                 derivatives[i] += slopes[k][i] * edge;
         }
-        position += vertices[0];
     }
 
     /// The inverse of the derivatives, or of their normal equations.
@@ -253,7 +252,8 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
     const Inverse<N> inverse = map.inverse();
     if (!(inverse.isIndependent(reliableIndependence)))
         return searchParts<N>(position, at);
-    at = moved(table.center, map.step(inverse, position - map.position));
+    const Position target = position - mVertices[0];
+    at = moved(table.center, map.step(inverse, target - map.position));
 
     if constexpr (N < D)
     {
@@ -268,7 +268,7 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
         double largest = 0.0;
         for (std::size_t k = 0; k < table.numVertices; ++k)
         {
-            deviations[k] = inverse * (mVertices[k] - map.position);
+            deviations[k] = inverse * (mVertices[k] - mVertices[0] - map.position);
             for (std::size_t i = 0; i < D; ++i)
                 deviations[k][i] -= table.vertexReferences[k][i] - table.center[i];
             largest = std::max(largest, maximumNorm(deviations[k]));
@@ -333,6 +333,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
     const std::size_t count = numVerticesOf(mType);
     std::array<double, maximumVertices> weights;
     std::array<std::array<double, 3>, maximumVertices> slopes;
+    const Position target = position - mVertices[0];
     Reference current = start;
     int strays = 0;
     for (int i = 0; i < maximumSteps; ++i)
@@ -341,7 +342,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         shapeDerivatives(mType, current, slopes);
         const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
         const Inverse<N> inverse = map.inverse();
-        const Position offset = position - map.position;
+        const Position offset = target - map.position;
         if (!inverse.exists())
         {
             // Where sides of a cell collapse to a point, it has that point all the same. A cell that
