@@ -79,6 +79,59 @@ TEST(Inversion, ReachesVerticesAndTheApexOfAPyramid)
     }
 }
 
+/// The last digits of coordinates are coarse steps across a thin cell, between which the search must
+/// not go to and fro.
+TEST(Inversion, FindsPositionsInThinCells)
+{
+    std::mt19937 random(9);
+    struct Shape
+    {
+        CellType type;
+        double size;
+        double thickness;
+        double shear;
+        double place;
+    };
+    for (const auto& [type, size, thickness, shear, place] :
+         {Shape{CellType::Lines, 1e-6, 1.0, 0.0, 1e3}, Shape{CellType::Quads, 1.0, 1e-5, 0.0, 1e3},
+          Shape{CellType::QuadraticTriangle, 1.0, 1e-5, 0.0, 1e3},
+          Shape{CellType::Pyramids, 1.0, 1e-5, 0.0, 1e3},
+          Shape{CellType::QuadraticHexahedron, 1.0, 1e-5, 0.0, 1e3},
+          Shape{CellType::TriquadraticHexahedron, 1.0, 1e-8, 0.0, 1.0},
+          Shape{CellType::Hexahedra, 0.002, 1.0, 1000.0, 500.0}})
+    {
+        Points<3> vertices;
+        for (std::size_t k = 0; k < numVerticesOf(type); ++k)
+        {
+            const Reference at = vertexReference(type, k);
+            vertices.push_back(place * Vector3(1.3, -1.7, 1.1) +
+                               size * (at[0] * Vector3(0.48, 0.6, 0.64) +
+                                       at[1] * (thickness * Vector3(-0.8, 0.6, 0.1) +
+                                                shear * Vector3(0.48, 0.6, 0.64)) +
+                                       at[2] * Vector3(-0.36, -0.48, 0.8)));
+        }
+        Mesh<3> mesh;
+        mesh.addCell(type, vertices);
+        const auto grid = mesh.grid();
+        std::vector<double> weights(vertices.size());
+        for (int i = 0; i < 200; ++i)
+        {
+            const Vector3 cube = 0.5 * (randomVector(random) + Vector3(1.0, 1.0, 1.0));
+            const Reference at{cube[0], cube[1], cube[2]};
+            if (distanceOutside(type, at) > 0.0)
+                continue;
+            shapeFunctions(type, at, weights);
+            Vector3 position{};
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                position += weights[k] * vertices[k];
+            const auto location = locate<3>(*grid, position);
+            ASSERT_TRUE(location) << nameOf(type) << ' ' << at[0] << ' ' << at[1] << ' ' << at[2];
+            for (std::size_t k = 0; k < weights.size(); ++k)
+                EXPECT_NEAR(location->weights[k], weights[k], 1e-5);
+        }
+    }
+}
+
 TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
 {
     // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.

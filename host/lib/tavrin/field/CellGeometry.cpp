@@ -234,7 +234,7 @@ bool CellGeometry<D>::multilinearContains(const Position& position, Reference& a
         return false;
     at = moved(centerReference(mType), inversion.solution());
     if (!inversion.isFound())
-        return inversion.distortion(reach) >= provenDistortion && searchParts<D>(position, at);
+        return searchParts<D>(position, at);
     if (isInside(at, inversion.inverseNorm(), position))
         return true;
     // A solution outside the cell rules out one inside where it is the only one.
@@ -336,19 +336,20 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
     const Position target = position - mVertices[0];
     Reference current = start;
     int strays = 0;
-    for (int i = 0; i < maximumSteps; ++i)
+    for (int i = 0;; ++i)
     {
         shapeFunctions(mType, current, weights);
         shapeDerivatives(mType, current, slopes);
         const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
         const Inverse<N> inverse = map.inverse();
         const Position offset = target - map.position;
-        if (!inverse.exists())
+        // Where sides of a cell collapse to a point, it has that point all the same. A cell that is
+        // flat as a whole does not get this far. In a thin one rounding may keep the steps long.
+        if (!inverse.exists() || i == maximumSteps)
         {
-            // Where sides of a cell collapse to a point, it has that point all the same. A cell that
-            // is flat as a whole does not get this far.
             at = current;
-            return i > 0 && maximumNorm(offset) <= rounding() && isInside(at, 0.0, position);
+            return i > 0 && maximumNorm(offset) <= rounding() &&
+                   isInside(at, inverse.exists() ? map.inverseNorm(inverse) : 0.0, position);
         }
         const Tensor<double, N> step = map.step(inverse, offset);
         const double length = maximumNorm(step);
@@ -369,7 +370,6 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         }
         return isInside(at, map.inverseNorm(inverse), position);
     }
-    return false;
 }
 
 template<std::size_t D>

@@ -51,18 +51,19 @@ Dual quotient(const Dual& coordinate, const Dual& height)
     return result;
 }
 
-/// At least this height is left below the apex of a pyramid, so that it can be divided by.
+/// At least this height is left at the apex of a pyramid, so that it can be divided by. Beyond the apex
+/// heights are negative, and the weights still sum to 1.
 constexpr double leastHeight = 1e-150;
 
 double heightBelowApex(double t)
 {
-    return std::max(1.0 - t, leastHeight);
+    return t == 1.0 ? leastHeight : 1.0 - t;
 }
 
 Dual heightBelowApex(const Dual& t)
 {
     Dual height = 1.0 - t;
-    height.value = std::max(height.value, leastHeight);
+    height.value = heightBelowApex(t.value);
     return height;
 }
 
