@@ -132,6 +132,25 @@ TEST(Inversion, FindsPositionsInThinCells)
     }
 }
 
+/// Far from the origin a position may count that lies beyond the apex of a pyramid by a few of its
+/// last digits. `locate` expects that its weights sum to 1.
+TEST(Inversion, CountsNothingTwiceBeyondTheApexOfAPyramid)
+{
+    const Vector3 apex(1e9 + 0.5, 1e9 + 0.5, 1e9 + 1.0);
+    Mesh<3> mesh;
+    mesh.addCell(CellType::Pyramids, Points<3>{{1e9, 1e9, 1e9},
+                                               {1e9 + 1.0, 1e9, 1e9},
+                                               {1e9 + 1.0, 1e9 + 1.0, 1e9},
+                                               {1e9, 1e9 + 1.0, 1e9},
+                                               apex});
+    const auto grid = mesh.grid();
+    Vector3 beyond = apex;
+    beyond[2] = std::nextafter(beyond[2], HUGE_VAL);
+    const auto location = locate<3>(*grid, beyond);
+    ASSERT_TRUE(location);
+    EXPECT_NEAR(location->weights[4], 1.0, 1e-6);
+}
+
 TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
 {
     // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.
