@@ -338,7 +338,7 @@ TEST(Locator, FindsCellsFarFromTheOriginAndOfAnySize)
 TEST(Locator, TakesOneWildCoordinateForWhatItIs)
 {
     std::mt19937 random(8);
-    for (const double wild : {1e20, 9.96921e36, -1e100})
+    for (const double wild : {1e20, 9.96921e36, -1e100, 1e308})
         for (const double size : {1e-3, 1e6})
         {
             Mesh<3> mesh = tetrahedra(5, 0.2, random);
@@ -347,11 +347,19 @@ TEST(Locator, TakesOneWildCoordinateForWhatItIs)
             mesh.addCell(CellType::Lines, Points<3>{{10, 0, 0}, {10, 1, 0}});
             mesh.addCell(CellType::Tetrahedra,
                          Points<3>{{wild, wild, wild}, {10, 5, 5}, {10, 6, 5}, {10, 5, 6}});
+            mesh.addCell(CellType::Tetrahedra,
+                         Points<3>{{-wild, -wild, -wild}, {-9, 5, 5}, {-9, 6, 5}, {-9, 5, 6}});
             for (Vector3& point : mesh.points)
                 point *= size;
             const auto grid = mesh.grid();
+            const Box<3> bounds = grid->locator().bounds();
             for (const auto& query : queriesFor(mesh, random))
-                ASSERT_EQ(cellAt<3>(*grid, query), cellByBruteForce(*grid, query)) << query;
+            {
+                const auto cell = cellAt<3>(*grid, query);
+                ASSERT_EQ(cell, cellByBruteForce(*grid, query)) << query;
+                EXPECT_TRUE(!cell || bounds.contains(query)) << query;
+            }
+            EXPECT_FALSE(cellAt<3>(*grid, {HUGE_VAL, 0.0, 0.0}));
             EXPECT_EQ(cellAt<3>(*grid, size * Vector3(9.0, 0.2, 0.2)), inner);
             EXPECT_FALSE(cellAt<3>(*grid, size * Vector3(9.001, 0.2, 0.2)));
             EXPECT_EQ(cellAt<3>(*grid, size * Vector3(10.0, 0.2, 0.0)), inner + 1);

@@ -150,6 +150,11 @@ struct Part
     }
 };
 
+bool isFinite(const Reference& at)
+{
+    return std::isfinite(at[0] + at[1] + at[2]);
+}
+
 template<std::size_t N>
 Reference moved(Reference at, const Tensor<double, N>& change)
 {
@@ -200,6 +205,8 @@ template<std::size_t D>
 bool CellGeometry<D>::isInside(const Reference& at, double inverseNorm,
                                const Position& position) const
 {
+    if (!isFinite(at))
+        return false;
     const double outside = distanceOutside(mType, at);
     if (outside <= locationTolerance)
         return true;
@@ -217,7 +224,7 @@ bool CellGeometry<D>::simplexContains(const Position& position, Reference& at) c
     at = moved(Reference{}, inverse * (position - mVertices[0]));
     const double outside = distanceOutside(mType, at);
     if (outside <= locationTolerance)
-        return inverse.exists();
+        return inverse.exists() && isFinite(at);
     return outside <= largestTolerance && inverse.exists() &&
            isInside(at, inverse.growth(), position);
 }

@@ -412,15 +412,11 @@ CellTree<D>::CellTree(const GridCells<D>& cells) : mFilter(cells.commonType())
     // too small for single precision.
     const Box<D>& most = cells.boxOfMost();
     mOrigin = 0.5 * (most.lower + most.upper);
-    const double spread = maximumNorm(most.upper - most.lower);
-    const double extent = maximumNorm(cells.box().upper - cells.box().lower);
-    if (extent > 0.0)
-    {
-        // Single precision ends at about 2^127.
-        constexpr int largestExponent = 100;
-        const int exponent = std::ilogb(spread > 0.0 ? spread : extent);
-        mUnit = std::ldexp(1.0, std::min(-exponent, largestExponent - std::ilogb(extent)));
-    }
+    double spread = maximumNorm(most.upper - most.lower);
+    if (spread == 0.0)
+        spread = maximumNorm(0.5 * cells.box().upper - 0.5 * cells.box().lower);
+    if (spread > 0.0)
+        mUnit = std::ldexp(1.0, -std::ilogb(spread));
     TreeBuilder<D>(*this, cells).build();
 }
 
@@ -435,10 +431,12 @@ Box<D> CellTree<D>::bounds() const
             const double lower = mNodes.front().lower[i][child];
             const double upper = mNodes.front().upper[i][child];
             constexpr double rounding = std::numeric_limits<float>::epsilon();
-            box.lower[i] =
-                std::min(box.lower[i], mOrigin[i] + (lower - rounding * std::abs(lower)) / mUnit);
-            box.upper[i] =
-                std::max(box.upper[i], mOrigin[i] + (upper + rounding * std::abs(upper)) / mUnit);
+            constexpr double infinity = std::numeric_limits<double>::infinity();
+            constexpr double far = 0.99 * farthest;
+            const double least = mOrigin[i] + (lower - rounding * std::abs(lower)) / mUnit;
+            const double most = mOrigin[i] + (upper + rounding * std::abs(upper)) / mUnit;
+            box.lower[i] = std::min(box.lower[i], lower < -far ? -infinity : least);
+            box.upper[i] = std::max(box.upper[i], upper > far ? infinity : most);
         }
     return box;
 }

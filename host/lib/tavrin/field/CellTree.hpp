@@ -65,6 +65,8 @@ private:
         std::array<std::uint32_t, maximumChildren> count;
     };
 
+    static constexpr double farthest = 1e37;
+
     /// A position around the middle of the grid, in units of about its size.
     struct Mapped
     {
@@ -78,7 +80,9 @@ private:
         for (std::size_t i = 0; i < D; ++i)
         {
             mapped.exact[i] = (position[i] - mOrigin[i]) * mUnit;
-            mapped.rounded[i] = static_cast<float>(mapped.exact[i]);
+            // Wild coordinates go as far as single precision does; infinite ones go further.
+            const double kept = std::clamp(mapped.exact[i], -farthest, farthest);
+            mapped.rounded[i] = static_cast<float>(std::isfinite(position[i]) ? kept : position[i]);
         }
         return mapped;
     }

@@ -44,7 +44,8 @@ public:
     const Mask& isFound() const { return mIsFound; }
     const Position& solution() const { return mSolution; }
 
-    /// False for a cell whose linear term is too flat to say anything.
+    /// False for a cell whose linear term is too flat to say anything, and for positions so far away
+    /// that they cannot be computed with.
     const Mask& isRegular() const { return mIsRegular; }
 
     /// By how much derivatives up to a distance from the centre differ from those at the centre, as
@@ -70,6 +71,10 @@ private:
     void solve(const MultilinearMap<D, Number>& map)
     {
         const Position affine = mInverse * (-1.0 * map.constant);
+        Number poison = 0.0;
+        for (const Number& coordinate : affine)
+            poison += 0.0 * coordinate;
+        mIsRegular = mIsRegular & (poison <= 0.0);
         // The solution is the affine one but for the products, which are bounded in the cell.
         const Number bound = mReach * mReach * (mPairs + mReach * mTriple);
         mIsRuledOut = mIsRegular & (maximumNorm(affine) > mReach + 1.01 * bound + largestTolerance);
