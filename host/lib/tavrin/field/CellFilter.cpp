@@ -53,8 +53,7 @@ void CellFilter<D>::writeSimplex(const Position* vertices, float* numbers, std::
     // Half the margin is for rounding here and in the search, half for the cell's tolerance.
     static_assert(largestTolerance < 0.5 * static_cast<double>(margin));
     const double error = 8.0 * std::numeric_limits<float>::epsilon() * magnitude;
-    const bool isReliable = inverse.isIndependent(1e-8) &&
-                            error < 0.5 * static_cast<double>(margin) &&
+    const bool isReliable = inverse.isReliable() && error < 0.5 * static_cast<double>(margin) &&
                             largest < static_cast<double>(std::numeric_limits<float>::max());
     for (std::size_t i = 0; i < D; ++i)
         for (std::size_t j = 0; j <= D; ++j)

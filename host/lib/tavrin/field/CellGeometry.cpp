@@ -26,9 +26,6 @@ constexpr int maximumStrays = 4;
 /// Newton's method finds the one solution where the derivatives differ by less than this share.
 constexpr double provenDistortion = 1.0 / 3.0;
 
-/// Below it, rounding could make the inverse at the centre useless for a proof.
-constexpr double reliableIndependence = 1e-8;
-
 bool isSimplex(CellType type)
 {
     return type == Lines || type == Triangles || type == Tetrahedra;
@@ -257,7 +254,7 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
     const LocalMap<D, N> map(std::span(mVertices, table.numVertices), table.centerWeights,
                              table.centerDerivatives);
     const Inverse<N> inverse = map.inverse();
-    if (!(inverse.isIndependent(reliableIndependence)))
+    if (!inverse.isReliable())
         return searchParts<N>(position, at);
     const Position target = position - mVertices[0];
     at = moved(table.center, map.step(inverse, target - map.position));

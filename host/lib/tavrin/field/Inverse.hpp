@@ -65,6 +65,9 @@ public:
     /// It is not where one of them is no number.
     auto isIndependent(double share) const { return mVolume > share * mLengths; }
 
+    /// False where rounding could make the inverse useless for a proof.
+    auto isReliable() const { return isIndependent(1e-8); }
+
     /// False where rounding leaves nothing of the inverse.
     auto exists() const { return isIndependent(1e-14); }
 

@@ -18,8 +18,7 @@ public:
 
     /// `reach` is how far the cell extends from its centre along each reference coordinate.
     MultilinearInversion(const MultilinearMap<D, Number>& map, double reach)
-        : mInverse(map.linear), mIsRegular(mInverse.isIndependent(reliableIndependence)),
-          mReach(reach)
+        : mInverse(map.linear), mIsRegular(mInverse.isReliable()), mReach(reach)
     {
         // From here on in the coordinates where the linear term is the identity.
         std::array<Number, std::tuple_size_v<decltype(mProducts.factors)>> size;
@@ -59,9 +58,6 @@ public:
     double inverseNorm() const { return mInverse.growth() * mLocalGrowth; }
 
 private:
-    /// Below it, rounding could make the inverse at the centre useless for a proof.
-    static constexpr double reliableIndependence = 1e-8;
-
     /// After a step with new derivatives as short as the first, and one with the same derivatives as
     /// short as the second, only rounding is left.
     static constexpr double shortStep = 1e-3;
