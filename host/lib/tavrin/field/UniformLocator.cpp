@@ -121,6 +121,22 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
 }
 
 template<std::size_t D>
+inline typename UniformLocator<D>::Along UniformLocator<D>::along(std::size_t axis,
+                                                                  double index) const
+{
+    // Without branches, of which each would be a guess about random positions, and through signed
+    // numbers, which processors convert to and from in one instruction.
+    const double within = index > 0.0 ? index : 0.0;
+    auto cell = static_cast<std::int64_t>(std::min(within, static_cast<double>(mLastCell[axis])));
+    double share = index - static_cast<double>(cell);
+    bool isOnLower = share <= mTolerance[axis];
+    isOnLower &= cell > 0;
+    cell -= isOnLower ? 1 : 0;
+    share += isOnLower ? 1.0 : 0.0;
+    return {static_cast<std::size_t>(cell), share};
+}
+
+template<std::size_t D>
 void UniformLocator<D>::locate(std::span<const Position> positions, Location* locations,
                                std::uint8_t* isInside, Hint&) const
 {
@@ -137,7 +153,6 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void UniformLocator<D>::locateInB
 {
     for (std::size_t k = 0; k < positions.size(); ++k)
     {
-        // Without branches, of which each would be a guess about random positions.
         bool isIn = true;
         std::size_t cell = 0;
         std::size_t corner = 0;
@@ -147,17 +162,9 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void UniformLocator<D>::locateInB
             const double index = mToIndices(axis, axis) * (positions[k][axis] - mStart[axis]);
             isIn &= index >= -mTolerance[axis];
             isIn &= index <= mLimit[axis];
-            const double within = index > 0.0 ? index : 0.0;
-            // Through signed numbers, which processors convert to and from in one instruction.
-            auto number =
-                static_cast<std::int64_t>(std::min(within, static_cast<double>(mLastCell[axis])));
-            double share = index - static_cast<double>(number);
-            bool isOnLower = share <= mTolerance[axis];
-            isOnLower &= number > 0;
-            number -= isOnLower ? 1 : 0;
-            share += isOnLower ? 1.0 : 0.0;
-            cell += static_cast<std::size_t>(number) * mCells.cellStep(axis);
-            corner += static_cast<std::size_t>(number) * mCells.pointStep(axis);
+            const auto [number, share] = along(axis, index);
+            cell += number * mCells.cellStep(axis);
+            corner += number * mCells.pointStep(axis);
             shares[axis] = share;
         }
         isInside[k] = isIn ? 1 : 0;
@@ -184,15 +191,8 @@ bool UniformLocator<D>::locateOne(const Position& position, Location& location) 
             return false;
         if (mIsFlat[axis])
             continue;
-        // Through signed numbers, which processors convert to and from in one instruction.
-        auto cell = std::min(static_cast<std::int64_t>(index), mLastCell[axis]);
-        double share = index - static_cast<double>(cell);
-        if (share <= mTolerance[axis] && cell > 0)
-        {
-            --cell;
-            share += 1.0;
-        }
-        place.set(axis, static_cast<std::size_t>(cell), share);
+        const auto [cell, share] = along(axis, index);
+        place.set(axis, cell, share);
     }
     place.fill(location);
     return true;

@@ -25,6 +25,16 @@ public:
 private:
     using Matrix = Tensor<double, D, D>;
 
+    /// A cell along an axis, and the share of the way through it.
+    struct Along
+    {
+        std::size_t cell;
+        double share;
+    };
+
+    /// Where an index lies; on a face in the lower cell. Any cell for an index outside.
+    Along along(std::size_t axis, double index) const;
+
     bool locateOne(const Position& position, Location& location) const;
 
     /// The same for a grid whose axes are those of space and have more than one point each.
