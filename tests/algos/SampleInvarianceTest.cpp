@@ -195,4 +195,48 @@ TEST_F(SampleInvariance, TheAnswerDependsOnFieldAndPositionAlone)
         }
 }
 
+/// More points than are looked up at once, few along an axis, and axes that descend.
+TEST_F(SampleInvariance, ALatticeIsSampledAsItsPointsAre)
+{
+    const auto curvilinear = curvilinearGrid();
+    const auto field =
+        arbitraryFunction(curvilinear, PointSetBase::Points, ascending(curvilinear->numPoints()));
+    const std::vector<double> axis{-0.3, 0.0, 0.1, 2.0, 2.5, 7.0, 7.9, 8.1};
+    const std::vector<double> descending(axis.rbegin(), axis.rend());
+    const auto uniform = [](const GridSize& size, const Vector3& origin, const Vector3& spacing)
+    {
+        return std::make_shared<UniformGrid<3>>(
+            UniformGrid<3>::Layout{.size = size, .origin = origin, .spacing = spacing});
+    };
+    const auto rectilinear = [](const std::vector<double>& x, const std::vector<double>& y,
+                                const std::vector<double>& z) {
+        return std::make_shared<RectilinearGrid<3>>(RectilinearGrid<3>::Coordinates{x, y, z});
+    };
+    for (const auto& grid : std::initializer_list<std::shared_ptr<const EmbeddedCellComplex<3>>>{
+             uniform({61, 50, 47}, {-0.2, -0.2, -0.2}, {0.15, 0.17, 0.19}),
+             uniform({1, 30, 300}, {4.1, -0.2, -0.2}, {0.0, 0.3, 0.03}),
+             uniform({40, 30, 20}, {8.2, -0.2, -0.2}, {-0.2, 0.3, 0.4}),
+             rectilinear(axis, axis, axis), rectilinear({3.0}, axis, {2.0, 2.7}),
+             rectilinear(axis, descending, axis)})
+        for (const std::string times : {"{0.7}", "[0:2#0.25]"})
+        {
+            std::vector<Vector3> points;
+            for (std::size_t i = 0; i < grid->numPoints(); ++i)
+                points.push_back(grid->point(i));
+            run.setText("Time", times);
+            const auto expected = sample(field, points, 2);
+            for (const int threads : {1, 3})
+            {
+                omp_set_num_threads(threads);
+                connect(field, grid);
+                execute();
+                const auto sampled = values<Vector3>();
+                ASSERT_EQ(sampled.size(), expected.size());
+                EXPECT_EQ(
+                    std::memcmp(sampled.data(), expected.data(), sampled.size() * sizeof(Vector3)),
+                    0);
+            }
+        }
+}
+
 }

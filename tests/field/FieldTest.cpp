@@ -304,7 +304,8 @@ TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
             for (const bool arePlaced : {false, true})
             {
                 if (arePlaced)
-                    many->sampleAt(time, *places, values.data(), isValid.data(), goOn);
+                    many->sampleAt(time, *places, 0, positions.size(), values.data(),
+                                   isValid.data(), goOn);
                 else
                     many->sample(time, positions, values.data(), isValid.data(), goOn);
                 for (std::size_t k = 0; k < positions.size(); ++k)

@@ -1,8 +1,6 @@
 #include <tavrin/field/CellCandidates.hpp>
 
-#include <tavrin/base/Processors.hpp>
 #include <tavrin/field/CellGeometry.hpp>
-#include <tavrin/field/MultilinearInversion.hpp>
 
 namespace tavrin
 {
@@ -10,111 +8,175 @@ namespace tavrin
 namespace
 {
 
-/// What a batch of inversions says: one bit for each lane.
-template<std::size_t D>
-struct BatchAnswer
+/// Calls `visit(k, position)` for each position of a block.
+template<std::size_t D, typename Visit>
+void forEachIn(const LatticeBlock& block, const Lattice<D>& lattice, const Visit& visit)
 {
-    std::uint32_t isInside = 0;
-    /// The position is near the boundary of the cell, or the cell is too distorted for a quick word.
-    std::uint32_t isUndecided = 0;
-    /// As seen from the centre of the cell.
-    Tensor<Lanes, D> solution;
-};
-
-/// How far a reference point, as seen from the centre, lies outside the cell.
-template<std::size_t D>
-Lanes distanceOutside(CellType type, const Tensor<Lanes, D>& u)
-{
-    if (type != CellType::Prisms)
-        return maximumNorm(u) - 0.5;
-    return max(max(0.0 - min(u[0], u[1]), u[0] + u[1]) - 1.0 / 3.0, abs(u[D - 1]) - 0.5);
-}
-
-/// Inlined as a whole, so that all of it is compiled for each processor.
-template<std::size_t D>
-TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void invert(CellType type,
-                                                           const Tensor<Lanes, D>* vertices,
-                                                           const Tensor<Lanes, D>& position,
-                                                           BatchAnswer<D>& answer)
-{
-    const double reach = reachOf(type);
-    const MultilinearInversion<D, Lanes> inversion(mapOf(type, vertices, position), reach);
-    answer.solution = inversion.solution();
-    const Lanes distance = distanceOutside(type, answer.solution);
-    const Lanes range = max(Lanes(reach), maximumNorm(answer.solution));
-    const auto isInside = inversion.isFound() & (distance <= locationTolerance);
-    const auto isOutside =
-        inversion.isRuledOut() |
-        (inversion.isFound() & (distance > largestTolerance) & (inversion.distortion(range) < 1.0));
-    answer.isInside = bitsOf(isInside);
-    answer.isUndecided = ~bitsOf(isInside | isOutside);
+    // One loop, the end of which is foretold more easily than those of three short ones.
+    auto [i, j, k] = block.first;
+    for (std::size_t rest = block.size(); rest > 0; --rest)
+    {
+        const std::array<std::size_t, 3> indices{i, j, k};
+        visit(lattice.number(indices), lattice.position(indices));
+        const bool isEndOfRow = ++i == block.end[0];
+        i = isEndOfRow ? block.first[0] : i;
+        j += isEndOfRow ? 1 : 0;
+        const bool isEndOfLayer = j == block.end[1];
+        j = isEndOfLayer ? block.first[1] : j;
+        k += isEndOfLayer ? 1 : 0;
+    }
 }
 
 }
 
 template<std::size_t D>
-void CellCandidates<D>::test(std::size_t k, std::uint32_t cell)
+void CellCandidates<D>::test(std::size_t k, const Position& position, std::uint32_t cell)
 {
     typename GridCells<D>::Vertices vertices;
     mCells.gather(cell, vertices);
     const CellGeometry<D> geometry(vertices.type, vertices.positions.data());
     Reference at;
-    if (geometry.contains(mPositions[k], at))
+    if (geometry.contains(position, at))
         keep(k, cell, at);
 }
 
+/// Takes a lane for the cell.
 template<std::size_t D>
-void CellCandidates<D>::addToBatch(std::size_t k, std::uint32_t cell)
+void CellCandidates<D>::addTrial(std::size_t k, const Position& position, std::uint32_t cell)
 {
-    const CellType type = mCells.type(cell);
-    if (type != mBatchType && mBatchSize > 0)
-        testBatch();
-    mBatchType = type;
-    const std::size_t lane = mBatchSize++;
-    mBatchCells[lane] = cell;
-    mBatchPositions[lane] = k;
-    auto& points = mBatchPoints[lane];
+    if (mTrials.size() > 0 && mCells.type(cell) != mCells.type(mCellOfLane[0]))
+        tryTrials();
+    const std::size_t lane = mTrials.size();
+    mCellOfLane[lane] = cell;
+    auto& points = mPointsOfLane[lane];
     const std::size_t count = mCells.gather(cell, points);
     for (std::size_t n = 0; n < count; ++n)
         __builtin_prefetch(&mCells.point(points[n]));
-    if (mBatchSize == Lanes::size)
-        testBatch();
+    mTrials.add(k, position, lane);
+    if (mTrials.size() == Lanes::size)
+        tryTrials();
 }
 
 template<std::size_t D>
-void CellCandidates<D>::testBatch()
+void CellCandidates<D>::tryTrials()
+{
+    keepAnswers(gatherCells(mCells.type(mCellOfLane[0]), mTrials.size()));
+}
+
+/// The cells of the first lanes. Lanes without a cell of their own repeat the first.
+template<std::size_t D>
+auto CellCandidates<D>::gatherCells(CellType type, std::size_t count) -> Multilinear
+{
+    std::fill(mPointsOfLane.begin() + count, mPointsOfLane.end(), mPointsOfLane[0]);
+    typename Multilinear::Vertices vertices;
+    for (std::size_t n = 0; n < numVerticesOf(type); ++n)
+    {
+        std::array<std::array<double, Lanes::size>, D> numbers;
+        for (std::size_t lane = 0; lane < Lanes::size; ++lane)
+        {
+            const Position& point = mCells.point(mPointsOfLane[lane][n]);
+            for (std::size_t axis = 0; axis < D; ++axis)
+                numbers[axis][lane] = mCells.scale() * point[axis];
+        }
+        for (std::size_t axis = 0; axis < D; ++axis)
+            vertices[n][axis] = Lanes::at(numbers[axis].data());
+    }
+    return Multilinear(type, vertices);
+}
+
+/// Tries what is to be tried in these cells, and keeps what comes of it.
+template<std::size_t D>
+void CellCandidates<D>::keepAnswers(const Multilinear& cells)
 {
     if constexpr (D >= 2)
     {
-        const std::size_t numVertices = numVerticesOf(mBatchType);
-        // Lanes without a cell of their own repeat the first.
-        const auto source = [this](std::size_t lane) { return lane < mBatchSize ? lane : 0; };
-        std::array<Tensor<Lanes, D>, 8> vertices;
-        for (std::size_t k = 0; k < numVertices; ++k)
-            for (std::size_t i = 0; i < D; ++i)
-                vertices[k][i] =
-                    mCells.scale() *
-                    Lanes::of([&](std::size_t lane)
-                              { return mCells.point(mBatchPoints[source(lane)][k])[i]; });
-        Tensor<Lanes, D> position;
-        for (std::size_t i = 0; i < D; ++i)
-            position[i] = Lanes::of([&](std::size_t lane)
-                                    { return mPositions[mBatchPositions[source(lane)]][i]; });
-        BatchAnswer<D> answer;
-        invert<D>(mBatchType, vertices.data(), position, answer);
-        const Reference center = centerReference(mBatchType);
-        for (std::size_t lane = 0; lane < mBatchSize; ++lane)
-            if ((answer.isInside >> lane & 1U) != 0)
+        std::array<TrialAnswers<D>, Trials<D>::numBatches> answers;
+        cells.find(mTrials, mTrials.completeBatches(), answers.data());
+        const Reference center = centerReference(cells.type());
+        for (std::size_t trial = 0; trial < mTrials.size(); ++trial)
+        {
+            const TrialAnswers<D>& answer = answers[trial / Lanes::size];
+            const std::size_t place = trial % Lanes::size;
+            const std::size_t k = mTrials.number(trial);
+            const std::uint32_t cell = mCellOfLane[mTrials.lane(trial)];
+            if ((answer.isInside >> place & 1U) != 0)
             {
                 Reference at = center;
                 for (std::size_t i = 0; i < D; ++i)
-                    at[i] += answer.solution[i][lane];
-                keep(mBatchPositions[lane], mBatchCells[lane], at);
+                    at[i] += answer.solution[i][place];
+                keep(k, cell, at);
             }
-            else if ((answer.isUndecided >> lane & 1U) != 0)
-                test(mBatchPositions[lane], mBatchCells[lane]);
-        mBatchSize = 0;
+            else if ((answer.isUndecided >> place & 1U) != 0)
+                test(k, mTrials.position(trial), cell);
+        }
+        mTrials.clear();
     }
+}
+
+template<std::size_t D>
+void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
+                            std::span<const LatticeBlock> blocks, const Lattice<D>& lattice)
+{
+    // Gathering cells pays where enough positions share that work.
+    std::size_t numPairs = 0;
+    for (const LatticeBlock& block : blocks)
+        numPairs += block.size();
+    if (numPairs >= cells.size() && isMultilinear(mCells.commonType(), D))
+        return tryTogether(cells, blocks, lattice);
+    for (std::size_t n = 0; n < cells.size(); ++n)
+        forEachIn(blocks[n], lattice,
+                  [&](std::size_t k, const Position& position) { add(k, position, cells[n]); });
+}
+
+template<std::size_t D>
+void CellCandidates<D>::tryTogether(std::span<const std::uint32_t> cells,
+                                    std::span<const LatticeBlock> blocks, const Lattice<D>& lattice)
+{
+    if constexpr (D >= 2)
+    {
+        finish();
+        for (std::size_t lane = 0; lane < cells.size(); ++lane)
+        {
+            mCellOfLane[lane] = cells[lane];
+            mCells.gather(cells[lane], mPointsOfLane[lane]);
+        }
+        const Multilinear multilinear = gatherCells(mCells.commonType(), cells.size());
+        const auto tryAll = [&]
+        {
+            std::array<std::uint32_t, Trials<D>::numBatches> areRuledOut;
+            multilinear.ruleOut(mTrials, mTrials.completeBatches(), areRuledOut.data());
+            mTrials.keepIf(
+                [&](std::size_t trial)
+                {
+                    const bool isRuledOut =
+                        (areRuledOut[trial / Lanes::size] >> trial % Lanes::size & 1U) != 0;
+                    return !isRuledOut &
+                           (cells[mTrials.lane(trial)] < mPlaces[mTrials.number(trial)].cell);
+                });
+            if (mTrials.size() > 0)
+                keepAnswers(multilinear);
+        };
+        for (std::size_t lane = 0; lane < cells.size(); ++lane)
+            forEachIn(blocks[lane], lattice,
+                      [&](std::size_t k, const Position& position)
+                      {
+                          __builtin_prefetch(&mPlaces[k]);
+                          mTrials.add(k, position, lane);
+                          if (mTrials.isFull())
+                              tryAll();
+                      });
+        if (mTrials.size() > 0)
+            tryAll();
+    }
+}
+
+template<std::size_t D>
+void CellCandidates<D>::fetch(std::span<const std::uint32_t> cells) const
+{
+    std::array<std::size_t, maximumVertices> points;
+    for (const std::uint32_t cell : cells)
+        for (const std::size_t point : std::span(points).first(mCells.gather(cell, points)))
+            __builtin_prefetch(&mCells.point(point));
 }
 
 template class CellCandidates<1>;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <tavrin/field/GridCells.hpp>
-#include <tavrin/field/Lanes.hpp>
-#include <tavrin/field/MultilinearMap.hpp>
+#include <tavrin/field/Lattice.hpp>
+#include <tavrin/field/MultilinearCells.hpp>
 #include <tavrin/field/ShapeFunctions.hpp>
 
 namespace tavrin
@@ -19,44 +19,53 @@ struct CellPlace
     bool isInside() const { return cell != nothing; }
 };
 
-/// Tests cells that may contain one of a few positions, and keeps the lowest that does for each.
-/// Quads, prisms and hexahedra are inverted several at a time; no answer depends on which of them
-/// come together.
+/// Tests cells that may contain some positions, and keeps the lowest that does for each. Positions
+/// are scaled as the cells are, and numbered in 32 bits.
 template<std::size_t D>
 class CellCandidates
 {
 public:
     using Position = Tensor<double, D>;
 
-    /// The positions are scaled as the cells are, and each has a place, which is nothing yet. All must
-    /// outlive it.
-    CellCandidates(const GridCells<D>& cells, const Position* positions, CellPlace* places)
-        : mCells(cells), mPositions(positions), mPlaces(places)
-    {
-    }
+    /// Each position has a place, which is nothing yet. Both must outlive it.
+    CellCandidates(const GridCells<D>& cells, CellPlace* places) : mCells(cells), mPlaces(places) {}
 
     /// The cell may contain position k.
-    void add(std::size_t k, std::uint32_t cell)
+    void add(std::size_t k, const Position& position, std::uint32_t cell)
     {
         if (cell >= mPlaces[k].cell)
             return;
-        if (D >= 2 && isMultilinear(mCells.type(cell), D))
-            addToBatch(k, cell);
+        if (isMultilinear(mCells.type(cell), D))
+            addTrial(k, position, cell);
         else
-            test(k, cell);
+            test(k, position, cell);
     }
+
+    /// Each of up to `Lanes::size` cells may contain the positions in a block of a lattice.
+    void add(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
+             const Lattice<D>& lattice);
+
+    /// Asks the memory for the vertices of cells that will be added soon.
+    void fetch(std::span<const std::uint32_t> cells) const;
 
     /// To be called when all candidates were added; then the places are right.
     void finish()
     {
-        if (mBatchSize > 0)
-            testBatch();
+        if (mTrials.size() > 0)
+            tryTrials();
     }
 
 private:
-    void test(std::size_t k, std::uint32_t cell);
-    void addToBatch(std::size_t k, std::uint32_t cell);
-    void testBatch();
+    // Cells on a line are none, but the type must exist.
+    using Multilinear = MultilinearCells<D == 1 ? 2 : D>;
+
+    void test(std::size_t k, const Position& position, std::uint32_t cell);
+    void addTrial(std::size_t k, const Position& position, std::uint32_t cell);
+    void tryTrials();
+    void tryTogether(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
+                     const Lattice<D>& lattice);
+    Multilinear gatherCells(CellType type, std::size_t count);
+    void keepAnswers(const Multilinear& cells);
     void keep(std::size_t k, std::uint32_t cell, const Reference& at)
     {
         if (cell < mPlaces[k].cell)
@@ -64,15 +73,12 @@ private:
     }
 
     const GridCells<D>& mCells;
-    const Position* mPositions;
     CellPlace* mPlaces;
 
-    /// Cells of one type, to be tested side by side.
-    std::size_t mBatchSize = 0;
-    CellType mBatchType = CellType::Invalid;
-    std::array<std::uint32_t, Lanes::size> mBatchCells;
-    std::array<std::size_t, Lanes::size> mBatchPositions;
-    std::array<std::array<std::size_t, maximumVertices>, Lanes::size> mBatchPoints;
+    /// Multilinear cells of one type, one in each lane.
+    std::array<std::uint32_t, Lanes::size> mCellOfLane;
+    std::array<std::array<std::size_t, maximumVertices>, Lanes::size> mPointsOfLane;
+    Trials<D> mTrials;
 };
 
 extern template class CellCandidates<1>;

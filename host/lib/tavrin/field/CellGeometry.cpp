@@ -231,18 +231,19 @@ bool CellGeometry<D>::multilinearContains(const Position& position, Reference& a
     requires(D >= 2)
 {
     const double reach = reachOf(mType);
-    const MultilinearInversion<D, double> inversion(mapOf(mType, mVertices, position), reach);
-    if (!inversion.isRegular())
+    const MultilinearInversion<D, double> inversion(mType, mVertices);
+    const auto answer = inversion.find(position);
+    if (!answer.isRegular)
         return searchParts<D>(position, at);
-    if (inversion.isRuledOut())
+    if (answer.isRuledOut)
         return false;
-    at = moved(centerReference(mType), inversion.solution());
-    if (!inversion.isFound())
+    at = moved(centerReference(mType), answer.solution);
+    if (!answer.isFound)
         return searchParts<D>(position, at);
-    if (isInside(at, inversion.inverseNorm(), position))
+    if (isInside(at, answer.inverseNorm, position))
         return true;
     // A solution outside the cell rules out one inside where it is the only one.
-    const double range = std::max(reach, maximumNorm(inversion.solution()));
+    const double range = std::max(reach, maximumNorm(answer.solution));
     return inversion.distortion(range) >= 1.0 && searchParts<D>(position, at);
 }
 

@@ -36,6 +36,51 @@ public:
     template<typename Candidate>
     void search(std::span<const Position> positions, const Candidate& candidate) const;
 
+    static constexpr std::uint32_t leafCapacity = 8;
+
+    /// A few cells that are neighbours, and their filters.
+    class Leaf
+    {
+    public:
+        std::span<const std::uint32_t> cells() const { return {mCells, mCount}; }
+
+        /// The sides of the boxes of the cells along an axis, in mapped coordinates, where the tree
+        /// keeps boxes.
+        const float* lower(std::size_t axis) const { return mFilters + 2 * axis * mCount; }
+        const float* upper(std::size_t axis) const { return lower(axis) + mCount; }
+
+        /// Asks the memory for it.
+        void fetch() const
+        {
+            prefetch(mCells, mCount * sizeof(std::uint32_t));
+            prefetch(mFilters, mCount * 2 * D * sizeof(float));
+        }
+
+    private:
+        friend class CellTree;
+
+        const std::uint32_t* mCells;
+        const float* mFilters;
+        std::size_t mCount;
+    };
+
+    /// Whether it keeps boxes of its cells, not something better.
+    bool hasBoxes() const { return !mFilter.areSimplices(); }
+
+    /// Finds the leaves that meet a box in mapped coordinates. Returns false, and may not have found
+    /// all, where they have more than so many cells.
+    bool findLeaves(const std::array<float, D>& lower, const std::array<float, D>& upper,
+                    std::size_t maximumCells, std::vector<Leaf>& leaves) const;
+
+    /// A coordinate of a position around the middle of the grid, in units of about its size.
+    /// Rounding keeps the order of numbers: what is inside a box is inside its mapped box.
+    float map(std::size_t axis, double coordinate) const
+    {
+        // Wild coordinates go as far as single precision does; infinite ones go further.
+        const double kept = std::clamp(mapExactly(axis, coordinate), -farthest, farthest);
+        return static_cast<float>(std::isfinite(coordinate) ? kept : coordinate);
+    }
+
     /// A box that holds the bounds of all cells.
     Box<D> bounds() const;
 
@@ -49,7 +94,6 @@ private:
     template<std::size_t>
     friend class TreeBuilder;
 
-    static constexpr std::uint32_t leafCapacity = 8;
     static constexpr std::size_t maximumChildren = 4;
     /// As deep as the builder goes.
     static constexpr std::size_t maximumDepth = 96;
@@ -67,22 +111,22 @@ private:
 
     static constexpr double farthest = 1e37;
 
-    /// A position around the middle of the grid, in units of about its size.
     struct Mapped
     {
         std::array<double, D> exact;
         std::array<float, D> rounded;
     };
+    double mapExactly(std::size_t axis, double coordinate) const
+    {
+        return (coordinate - mOrigin[axis]) * mUnit;
+    }
     Mapped map(const Position& position) const
     {
-        // Rounding keeps the order of numbers: what is inside a box is inside its mapped box.
         Mapped mapped;
         for (std::size_t i = 0; i < D; ++i)
         {
-            mapped.exact[i] = (position[i] - mOrigin[i]) * mUnit;
-            // Wild coordinates go as far as single precision does; infinite ones go further.
-            const double kept = std::clamp(mapped.exact[i], -farthest, farthest);
-            mapped.rounded[i] = static_cast<float>(std::isfinite(position[i]) ? kept : position[i]);
+            mapped.exact[i] = mapExactly(i, position[i]);
+            mapped.rounded[i] = map(i, position[i]);
         }
         return mapped;
     }

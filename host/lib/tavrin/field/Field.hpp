@@ -2,6 +2,7 @@
 
 #include <tavrin/field/Box.hpp>
 #include <tavrin/field/FieldBase.hpp>
+#include <tavrin/field/Lattice.hpp>
 #include <tavrin/function/Function.hpp>
 
 #include <memory>
@@ -61,18 +62,24 @@ public:
         virtual ~Places() = default;
     };
 
-    /// Positions to be sampled at several times. What can be found out of them at no particular time
-    /// is found out now, and no more. About as large as the positions.
+    /// Finds out of positions what can be found out at no particular time. That is faster for many
+    /// positions at once, and done once for several times. About as large as the positions.
     virtual std::unique_ptr<Places> place(std::span<const Position> positions)
     {
         return std::make_unique<PlainPlaces>(positions);
     }
 
-    /// What `sample` gives at the positions. The places come from an evaluator of the same field.
-    virtual void sampleAt(double time, const Places& places, T* values, std::uint8_t* isValid,
-                          const volatile bool& abortFlag)
+    /// The same of the positions of a lattice; or null where it is no faster than to take them one
+    /// after the other.
+    virtual std::unique_ptr<Places> place(const Lattice<D>&) { return nullptr; }
+
+    /// What `sample` gives at `count` of the positions, from the one with the number `first` on. The
+    /// places come from an evaluator of the same field.
+    virtual void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
+                          T* values, std::uint8_t* isValid, const volatile bool& abortFlag)
     {
-        sample(time, static_cast<const PlainPlaces&>(places).positions, values, isValid, abortFlag);
+        const auto& positions = static_cast<const PlainPlaces&>(places).positions;
+        sample(time, std::span(positions).subspan(first, count), values, isValid, abortFlag);
     }
 
     /// Lets go of values that were loaded for the present time; it is invalid until the next reset.

@@ -117,20 +117,31 @@ public:
         return places;
     }
 
-    void sampleAt(double time, const Places& places, T* values, std::uint8_t* isValid,
-                  const volatile bool& abortFlag) override
+    std::unique_ptr<Places> place(const Lattice<D>& lattice) override
     {
         if (mTree == nullptr)
-            return FieldEvaluator<D, T>::sampleAt(time, places, values, isValid, abortFlag);
-        const auto& found = static_cast<const CellPlaces&>(places).places;
-        sampleInGroups(time, found.size(), values, isValid, abortFlag,
-                       [&](std::size_t first, std::size_t count, Location* locations)
+            return nullptr;
+        auto places = std::make_unique<CellPlaces>(lattice.size());
+        return mTree->find(lattice, places->places.data()) ? std::move(places) : nullptr;
+    }
+
+    void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
+                  T* values, std::uint8_t* isValid, const volatile bool& abortFlag) override
+    {
+        if (mTree == nullptr)
+            return FieldEvaluator<D, T>::sampleAt(time, places, first, count, values, isValid,
+                                                  abortFlag);
+        const auto found =
+            std::span(static_cast<const CellPlaces&>(places).places).subspan(first, count);
+        sampleInGroups(time, count, values, isValid, abortFlag,
+                       [&](std::size_t group, std::size_t size, Location* locations)
                        {
-                           for (std::size_t k = 0; k < count; ++k)
+                           for (std::size_t k = 0; k < size; ++k)
                            {
-                               isValid[first + k] = found[first + k].isInside() ? 1 : 0;
-                               if (found[first + k].isInside())
-                                   mTree->locate(found[first + k], locations[k]);
+                               const CellPlace& place = found[group + k];
+                               isValid[group + k] = place.isInside() ? 1 : 0;
+                               if (place.isInside())
+                                   mTree->locate(place, locations[k]);
                            }
                        });
     }
@@ -146,7 +157,7 @@ private:
     {
         explicit CellPlaces(std::size_t count) : places(count) {}
 
-        std::vector<CellPlace> places;
+        LargeVector<CellPlace> places;
     };
 
     /// Calls `locate` for a few positions at once: they are found faster together, and no value is

@@ -73,6 +73,8 @@ void GridCells<D>::takeCells(const EmbeddedCellComplex<D>& grid)
             }
             step *= points;
         }
+        const auto& [i, j, k] = mAxisStep;
+        mCornerSteps = {0, i, i + j, j, k, i + k, i + j + k, j + k};
         return;
     }
     const CellTable& cells = dynamic_cast<const UnstructuredGrid<D>&>(grid).cells();

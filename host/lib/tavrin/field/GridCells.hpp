@@ -94,6 +94,8 @@ private:
     /// Of structured cells: cells and the step to the next point, along each axis that counts.
     std::array<std::uint32_t, 3> mAxisCells{1, 1, 1};
     std::array<std::size_t, 3> mAxisStep{};
+    /// From the first vertex of a cell to each.
+    std::array<std::size_t, 8> mCornerSteps{};
 };
 
 template<std::size_t D>
@@ -109,10 +111,8 @@ inline std::size_t GridCells<D>::gather(std::size_t cell,
         const std::uint32_t row = number / ni;
         const std::uint32_t layer = row / nj;
         const std::size_t corner = (number - row * ni) * i + (row - layer * nj) * j + layer * k;
-        const std::array<std::size_t, 8> corners{
-            corner,     corner + i,     corner + i + j,     corner + j,
-            corner + k, corner + i + k, corner + i + j + k, corner + j + k};
-        std::ranges::copy(corners, points.begin());
+        for (std::size_t n = 0; n < mCornerSteps.size(); ++n)
+            points[n] = corner + mCornerSteps[n];
         return mCommonCount;
     }
     const bool areAlike = mCommonType != CellType::Invalid;

@@ -48,6 +48,7 @@ template<std::size_t N, typename Number = double>
 class Inverse
 {
 public:
+    Inverse() = default;
     explicit Inverse(const Columns<N, Number>& columns) : mRows(adjugate<N, Number>(columns))
     {
         using std::abs;

@@ -2,27 +2,82 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace tavrin
 {
+
+/// A yes or no for each of a few lanes.
+///
+/// They are kept as numbers, 1 and 0, since g++ 12 compares vectors lane by lane unless it selects
+/// by the outcome at once.
+class LaneMask
+{
+public:
+    static constexpr std::size_t size = 8;
+
+    using Numbers = double __attribute__((vector_size(size * sizeof(double))));
+
+    LaneMask() = default;
+    LaneMask(const Numbers& answers) : mAnswers(answers) {}
+
+    const Numbers& answers() const { return mAnswers; }
+
+    LaneMask& operator&=(const LaneMask& other) { return *this = *this & other; }
+
+    friend LaneMask operator&(const LaneMask& a, const LaneMask& b)
+    {
+        return a.mAnswers * b.mAnswers;
+    }
+    friend LaneMask operator|(const LaneMask& a, const LaneMask& b)
+    {
+        return a.mAnswers < b.mAnswers ? b.mAnswers : a.mAnswers;
+    }
+    friend LaneMask andNot(const LaneMask& a, const LaneMask& b)
+    {
+        return a.mAnswers - a.mAnswers * b.mAnswers;
+    }
+
+    /// One bit for each lane.
+    friend std::uint32_t bitsOf(const LaneMask& mask)
+    {
+        const Numbers each = mask.mAnswers * Numbers{1.0, 2.0, 4.0, 8.0, 16.0, 32.0, 64.0, 128.0};
+        const double sum = ((each[0] + each[4]) + (each[1] + each[5])) +
+                           ((each[2] + each[6]) + (each[3] + each[7]));
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(sum));
+    }
+    friend bool any(const LaneMask& mask) { return bitsOf(mask) != 0; }
+
+private:
+    Numbers mAnswers;
+};
 
 /// A few numbers that are computed with at once, each as if it were alone.
 class Lanes
 {
 public:
-    static constexpr std::size_t size = 8;
+    static constexpr std::size_t size = LaneMask::size;
 
-    /// All bits of each lane, or none.
-    using Mask = std::int64_t __attribute__((vector_size(size * sizeof(std::int64_t))));
+    /// The number of a lane for each lane.
+    using Sources = std::int64_t __attribute__((vector_size(size * sizeof(std::int64_t))));
 
     Lanes() = default;
-    Lanes(double number) : mNumbers(number - Numbers{}) {}
+    /// The same in each. Not more than half the largest number.
+    // What is plainly a list of equal numbers g++ 12 stores one after the other.
+    Lanes(double number) : mNumbers(0.5 * (2.0 * number - Numbers{})) {}
 
-    /// What `read` gives for each lane.
-    template<typename Read>
-    static Lanes of(const Read& read)
+    /// Numbers that lie side by side.
+    static Lanes at(const double* numbers)
     {
-        return Numbers{read(0), read(1), read(2), read(3), read(4), read(5), read(6), read(7)};
+        Lanes lanes;
+        std::memcpy(&lanes.mNumbers, numbers, sizeof(lanes.mNumbers));
+        return lanes;
+    }
+    static Sources sourcesAt(const std::int64_t* lanes)
+    {
+        Sources sources;
+        std::memcpy(&sources, lanes, sizeof(sources));
+        return sources;
     }
 
     double operator[](std::size_t lane) const { return mNumbers[lane]; }
@@ -37,9 +92,15 @@ public:
     friend Lanes operator*(Lanes a, const Lanes& b) { return a *= b; }
     friend Lanes operator/(Lanes a, const Lanes& b) { return a /= b; }
 
-    friend Mask operator<(const Lanes& a, const Lanes& b) { return a.mNumbers < b.mNumbers; }
-    friend Mask operator<=(const Lanes& a, const Lanes& b) { return a.mNumbers <= b.mNumbers; }
-    friend Mask operator>(const Lanes& a, const Lanes& b) { return b < a; }
+    friend LaneMask operator<(const Lanes& a, const Lanes& b)
+    {
+        return a.mNumbers < b.mNumbers ? Numbers{} + 1.0 : Numbers{};
+    }
+    friend LaneMask operator<=(const Lanes& a, const Lanes& b)
+    {
+        return a.mNumbers <= b.mNumbers ? Numbers{} + 1.0 : Numbers{};
+    }
+    friend LaneMask operator>(const Lanes& a, const Lanes& b) { return b < a; }
 
     /// Whether all lanes are equal.
     friend bool operator==(const Lanes& a, const Lanes& b)
@@ -50,9 +111,9 @@ public:
         return areEqual;
     }
 
-    friend Lanes select(const Mask& mask, const Lanes& yes, const Lanes& no)
+    friend Lanes select(const LaneMask& mask, const Lanes& yes, const Lanes& no)
     {
-        return mask ? yes.mNumbers : no.mNumbers;
+        return mask.answers() > 0.5 ? yes.mNumbers : no.mNumbers;
     }
     friend Lanes max(const Lanes& a, const Lanes& b)
     {
@@ -65,36 +126,36 @@ public:
     friend Lanes abs(const Lanes& a) { return max(a, 0.0 - a); }
 
 private:
-    using Numbers = double __attribute__((vector_size(size * sizeof(double))));
+    using Numbers = LaneMask::Numbers;
 
     Lanes(const Numbers& numbers) : mNumbers(numbers) {}
 
     Numbers mNumbers;
 };
 
-/// One bit for each lane.
-inline std::uint32_t bitsOf(const Lanes::Mask& mask)
+/// Something made of `Lanes` and masks, with other lanes: lane i is what lane sources[i] was.
+template<typename Something>
+Something rearranged(const Something& lanes, const Lanes::Sources& sources)
 {
-    std::uint32_t bits = 0;
-    for (std::uint32_t lane = 0; lane < Lanes::size; ++lane)
-        bits |= static_cast<std::uint32_t>(mask[lane] & 1) << lane;
-    return bits;
+    static_assert(sizeof(Something) % sizeof(Lanes::Sources) == 0);
+    Something result;
+    for (std::size_t start = 0; start < sizeof(Something); start += sizeof(Lanes::Sources))
+    {
+        Lanes::Sources vector;
+        std::memcpy(&vector, reinterpret_cast<const char*>(&lanes) + start, sizeof(vector));
+#ifdef __clang__
+        const Lanes::Sources before = vector;
+        for (std::size_t lane = 0; lane < Lanes::size; ++lane)
+            vector[lane] = before[sources[lane]];
+#else
+        vector = __builtin_shuffle(vector, sources);
+#endif
+        std::memcpy(reinterpret_cast<char*>(&result) + start, &vector, sizeof(vector));
+    }
+    return result;
 }
 
-inline bool any(const Lanes::Mask& mask)
-{
-    std::int64_t bits = 0;
-    for (std::size_t lane = 0; lane < Lanes::size; ++lane)
-        bits |= mask[lane];
-    return bits != 0;
-}
-
-inline Lanes::Mask andNot(const Lanes::Mask& a, const Lanes::Mask& b)
-{
-    return a & ~b;
-}
-
-/// The same of a single number.
+/// The same as of a mask, of a single answer.
 inline bool any(bool mask)
 {
     return mask;

@@ -40,13 +40,15 @@ struct ProductTerms
     }
 };
 
-/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its centre. It is
-/// the sum of a constant, a linear term, and terms in the products of different coordinates.
+/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its centre, to
+/// positions as seen from its first vertex. It is the sum of a constant, a linear term, and terms in
+/// the products of different coordinates.
 template<std::size_t D, typename Number = double>
 struct MultilinearMap
 {
     using Position = Tensor<Number, D>;
 
+    Position origin;
     Position constant;
     Columns<D, Number> linear;
     ProductTerms<D, Number> products;
@@ -61,40 +63,39 @@ struct MultilinearMap
 };
 
 template<typename Number>
-MultilinearMap<2, Number> mapOfQuad(const Tensor<Number, 2>* v, const Tensor<Number, 2>& origin)
+MultilinearMap<2, Number> mapOfQuad(const Tensor<Number, 2>* v)
 {
     using Vector = Tensor<Number, 2>;
     const Vector lower = v[1] - v[0];
     const Vector upper = v[2] - v[3];
     const Vector left = v[3] - v[0];
     const Vector right = v[2] - v[1];
-    const Vector middle = (v[0] - origin) + (v[1] - origin) + (v[2] - origin) + (v[3] - origin);
-    return {0.25 * middle, {0.5 * (lower + upper), 0.5 * (left + right)}, {upper - lower}};
+    return {v[0],
+            0.25 * (lower + left + (v[2] - v[0])),
+            {0.5 * (lower + upper), 0.5 * (left + right)},
+            {upper - lower}};
 }
 
 template<typename Number>
-MultilinearMap<3, Number> mapOfPrism(const Tensor<Number, 3>* v, const Tensor<Number, 3>& origin)
+MultilinearMap<3, Number> mapOfPrism(const Tensor<Number, 3>* v)
 {
     using Vector = Tensor<Number, 3>;
     const auto mean = [&](const Vector* triangle)
-    {
-        return ((triangle[0] - origin) + (triangle[1] - origin) + (triangle[2] - origin)) *
-               (1.0 / 3.0);
-    };
+    { return ((triangle[0] - v[0]) + (triangle[1] - v[0]) + (triangle[2] - v[0])) * (1.0 / 3.0); };
     const Vector lower = mean(v);
     const Vector upper = mean(v + 3);
     const Vector lowerR = v[1] - v[0];
     const Vector upperR = v[4] - v[3];
     const Vector lowerS = v[2] - v[0];
     const Vector upperS = v[5] - v[3];
-    return {0.5 * (lower + upper),
+    return {v[0],
+            0.5 * (lower + upper),
             {0.5 * (lowerR + upperR), 0.5 * (lowerS + upperS), upper - lower},
             {Vector{}, upperS - lowerS, upperR - lowerR, Vector{}}};
 }
 
 template<typename Number>
-MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v,
-                                          const Tensor<Number, 3>& origin)
+MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v)
 {
     using Vector = Tensor<Number, 3>;
     // Edges along r and their starts; then sums and differences of neighbours along s and t.
@@ -102,10 +103,10 @@ MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v,
     const Vector edge10 = v[2] - v[3];
     const Vector edge01 = v[5] - v[4];
     const Vector edge11 = v[6] - v[7];
-    const Vector sum00 = (v[0] - origin) + (v[1] - origin);
-    const Vector sum10 = (v[3] - origin) + (v[2] - origin);
-    const Vector sum01 = (v[4] - origin) + (v[5] - origin);
-    const Vector sum11 = (v[7] - origin) + (v[6] - origin);
+    const Vector sum00 = edge00;
+    const Vector sum10 = (v[3] - v[0]) + (v[2] - v[0]);
+    const Vector sum01 = (v[4] - v[0]) + (v[5] - v[0]);
+    const Vector sum11 = (v[7] - v[0]) + (v[6] - v[0]);
     const Vector side0 = sum10 - sum00;
     const Vector side1 = sum11 - sum01;
     const Vector layer0 = sum00 + sum10;
@@ -115,6 +116,7 @@ MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v,
     const Vector shear0 = edge00 + edge10;
     const Vector shear1 = edge01 + edge11;
     return {
+        v[0],
         0.125 * (layer0 + layer1),
         {0.25 * (shear0 + shear1), 0.25 * (side0 + side1), 0.25 * (layer1 - layer0)},
         {0.5 * (twist0 + twist1), 0.5 * (side1 - side0), 0.5 * (shear1 - shear0), twist1 - twist0}};
@@ -133,16 +135,14 @@ constexpr double reachOf(CellType type)
     return type == CellType::Prisms ? 2.0 / 3.0 : 0.5;
 }
 
-/// The map minus the position, so that its zero is wanted.
+/// The map of a cell that has one.
 template<std::size_t D, typename Number>
-MultilinearMap<D, Number> mapOf(CellType type, const Tensor<Number, D>* vertices,
-                                const Tensor<Number, D>& position)
+MultilinearMap<D, Number> mapOf(CellType type, const Tensor<Number, D>* vertices)
 {
     if constexpr (D == 2)
-        return mapOfQuad(vertices, position);
+        return mapOfQuad(vertices);
     else
-        return type == CellType::Prisms ? mapOfPrism(vertices, position)
-                                        : mapOfHexahedron(vertices, position);
+        return type == CellType::Prisms ? mapOfPrism(vertices) : mapOfHexahedron(vertices);
 }
 
 }

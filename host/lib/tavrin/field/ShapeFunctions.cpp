@@ -186,14 +186,13 @@ void linearFunctions(CellType linear, const Coordinates<Number>& at, Number* wei
     case Quads:
     case Hexahedra:
     {
-        const std::array<Number, 4> sides{1.0 - r, r, 1.0 - s, s};
+        const std::array<Number, 4> quad{(1.0 - r) * (1.0 - s), r * (1.0 - s), r * s,
+                                         (1.0 - r) * s};
+        const bool isQuad = linear == Quads;
         for (std::size_t k = 0; k < 4; ++k)
-            weights[k] = sides[cornerOfCube[k][0]] * sides[2 + cornerOfCube[k][1]];
-        for (std::size_t k = 0; k < 4 && linear == Hexahedra; ++k)
-        {
-            weights[k + 4] = weights[k] * t;
-            weights[k] = weights[k] * (1.0 - t);
-        }
+            weights[k] = isQuad ? quad[k] : quad[k] * (1.0 - t);
+        for (std::size_t k = 0; k < 4 && !isQuad; ++k)
+            weights[k + 4] = quad[k] * t;
         break;
     }
     default:

@@ -1,5 +1,7 @@
 #include <tavrin/field/TreeLocator.hpp>
 
+#include <tavrin/field/LatticeSweep.hpp>
+
 namespace tavrin
 {
 
@@ -36,11 +38,37 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places
         for (std::size_t k = 0; k < count; ++k)
             scaled[k] = mCells.scale() * positions[first + k];
         std::fill_n(places + first, count, CellPlace());
-        CellCandidates<D> candidates(mCells, scaled.data(), places + first);
-        mTree.search(std::span(scaled).first(count),
-                     [&](std::size_t k, std::uint32_t cell) { candidates.add(k, cell); });
+        CellCandidates<D> candidates(mCells, places + first);
+        mTree.search(std::span(scaled).first(count), [&](std::size_t k, std::uint32_t cell)
+                     { candidates.add(k, scaled[k], cell); });
         candidates.finish();
     }
+}
+
+template<std::size_t D>
+bool TreeLocator<D>::find(const Lattice<D>& lattice, CellPlace* places) const
+{
+    if (!mTree.hasBoxes() || lattice.size() == 0)
+        return false;
+    std::array<std::vector<double>, D> planes;
+    Lattice<D> scaled;
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        for (const double coordinate : lattice.planes[axis])
+            planes[axis].push_back(mCells.scale() * coordinate);
+        scaled.planes[axis] = planes[axis];
+    }
+    const LatticeSweep<D> sweep(mTree, scaled);
+    if (!sweep.isWorthwhile())
+        return false;
+    std::fill_n(places, lattice.size(), CellPlace());
+    CellCandidates<D> candidates(mCells, places);
+    using Cells = std::span<const std::uint32_t>;
+    sweep.run([&](Cells cells) { candidates.fetch(cells); },
+              [&](Cells cells, std::span<const LatticeBlock> blocks)
+              { candidates.add(cells, blocks, scaled); });
+    candidates.finish();
+    return true;
 }
 
 template<std::size_t D>

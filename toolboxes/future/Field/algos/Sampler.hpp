@@ -1,7 +1,8 @@
 #pragma once
 
+#include "SamplePositions.hpp"
+
 #include <tavrin/algorithm/Algorithm.hpp>
-#include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SpatialOrder.hpp>
 
@@ -9,13 +10,10 @@
 
 #include <atomic>
 #include <exception>
-#include <functional>
+#include <numeric>
 
 namespace tavrin
 {
-
-/// Points that are sampled, and counted as progress, together.
-constexpr std::size_t pointsPerBlock = 256;
 
 /// Keeps the first exception of a team of threads, none of which may leave its parallel region.
 class TeamFailure
@@ -51,50 +49,6 @@ private:
     std::exception_ptr mException;
 };
 
-/// The points where samples are taken, as positions of a field.
-template<std::size_t D>
-struct Positions
-{
-    using Position = Tensor<double, D>;
-
-    std::size_t count;
-    /// Whether positions that follow one another may lie far apart.
-    bool mayBeScattered;
-    /// The positions from `first` on, as `ValueArray::read` delivers values.
-    std::function<std::span<const Position>(std::size_t first, std::span<Position> scratch)> read;
-};
-
-/// The points of a grid of any dimension. Coordinates that a field of dimension D does not have are
-/// dropped, missing ones are 0. The grid must outlive the answer.
-template<std::size_t D, std::size_t G>
-Positions<D> positionsOf(const PointSet<G>& grid)
-{
-    using Position = Tensor<double, D>;
-    const auto read = [&grid](std::size_t first,
-                              std::span<Position> scratch) -> std::span<const Position>
-    {
-        if constexpr (D == G)
-            return grid.points(first, scratch);
-        else
-        {
-            std::array<Tensor<double, G>, pointsPerBlock> block;
-            for (std::size_t done = 0; done < scratch.size();)
-            {
-                const auto part =
-                    std::span(block).first(std::min(pointsPerBlock, scratch.size() - done));
-                for (const auto& point : grid.points(first + done, part))
-                {
-                    Position& position = scratch[done++] = {};
-                    std::copy_n(point.begin(), std::min(D, G), position.begin());
-                }
-            }
-            return scratch;
-        }
-    };
-    const bool isStructured = dynamic_cast<const StructuredGrid<G>*>(&grid) != nullptr;
-    return {grid.numPoints(), !isStructured, read};
-}
-
 /// Samples a field at every position at one time after the other, on all threads.
 template<std::size_t D, typename T>
 class Sampler
@@ -110,7 +64,7 @@ public:
     Sampler(const Field<D, T>& field, const std::vector<double>& times, Positions<D> positions,
             bool keepsPlaces)
         : mField(field), mTimes(times), mPositions(std::move(positions)), mKeepsPlaces(keepsPlaces),
-          mIsSorted(mPositions.mayBeScattered && field.isSearched()),
+          mIsSearched(field.isSearched()), mIsSorted(mPositions.mayBeScattered && mIsSearched),
           mValues(mTimes.size() * mPositions.count),
           mValidity(std::make_shared<ValidityMask>(mValues.size()))
     {
@@ -128,19 +82,45 @@ private:
     using Evaluator = FieldEvaluator<D, T>;
     using Position = Tensor<double, D>;
 
+    /// Positions of a lattice that are found together: so many that few cells are looked at again with
+    /// the next ones, in a few megabytes.
+    static constexpr std::size_t pointsPerLookup = std::size_t{1} << 17;
+
     /// Scattered points that are fetched together and sampled in spatial order: so many that
-    /// neighbours among them share what they read of the field, in a few megabytes.
+    /// neighbours among them share what they read of the field.
     static constexpr std::size_t pointsPerSorting = std::size_t{1} << 18;
 
-    /// Positions that are fetched together.
-    struct Chunk
+    /// Positions that follow one another, and are sampled and counted as progress together.
+    struct Run
     {
         std::size_t first;
         std::size_t count;
-        /// In which they are sampled; as they come where it is empty.
+    };
+
+    /// Positions that are found together.
+    struct Chunk
+    {
+        std::vector<Run> runs;
+        /// What they are of the lattice, if they are found as such.
+        std::optional<LatticeBlock> block;
+        /// Of all of them, while they are known.
+        std::unique_ptr<typename Evaluator::Places> places;
+        /// Of one run after the other, where they are kept and not found together.
+        std::vector<std::unique_ptr<typename Evaluator::Places>> placesOfRuns;
+        /// In which scattered ones are sampled; as they come where it is empty.
         std::vector<std::uint32_t> order;
-        /// Of one block after the other, where they are kept.
-        std::vector<std::unique_ptr<typename Evaluator::Places>> places;
+
+        void addRuns(std::size_t first, std::size_t count)
+        {
+            for (; count > 0; first += runs.back().count, count -= runs.back().count)
+                runs.push_back({first, std::min(pointsPerRun, count)});
+        }
+        std::size_t first() const { return runs.front().first; }
+        std::size_t count() const
+        {
+            return std::accumulate(runs.begin(), runs.end(), std::size_t{0},
+                                   [](std::size_t sum, const Run& run) { return sum + run.count; });
+        }
     };
 
     /// What a thread works with.
@@ -148,23 +128,39 @@ private:
     {
         std::unique_ptr<Evaluator> evaluator;
         std::vector<Chunk> chunks;
+        /// Of a chunk of scattered positions, or of a run.
         std::vector<Position> scratch;
-        /// Of a block in the order of the chunk.
+        std::span<const Position> fetched;
+        /// Of a run in the order of the chunk.
         std::vector<Position> positions;
         std::vector<T> values;
         std::vector<std::uint8_t> validity;
     };
 
     Worker makeWorker(std::size_t first, std::size_t last) const;
+    void addLatticeChunks(std::size_t first, std::size_t last, std::vector<Chunk>& chunks) const;
     void sampleStep(Worker& worker, std::size_t step, Algorithm::Progress& progress,
                     const volatile bool& abortFlag);
-    void sampleBlock(Worker& worker, Chunk& chunk, std::span<const Position> positions,
-                     std::size_t block, std::size_t step, const volatile bool& abortFlag);
+    std::size_t sampleChunk(Worker& worker, Chunk& chunk, std::size_t step,
+                            Algorithm::Progress& progress, const volatile bool& abortFlag);
+    void prepare(Worker& worker, Chunk& chunk) const;
+    void sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
+                   std::size_t step, const volatile bool& abortFlag);
+    std::span<const Position> positionsOf(Worker& worker, const Chunk& chunk, const Run& run,
+                                          std::size_t before) const;
+
+    Lattice<D> lattice() const
+    {
+        Lattice<D> lattice;
+        std::ranges::copy(*mPositions.planes, lattice.planes.begin());
+        return lattice;
+    }
 
     const Field<D, T>& mField;
     const std::vector<double>& mTimes;
     Positions<D> mPositions;
     bool mKeepsPlaces;
+    bool mIsSearched;
     bool mIsSorted;
     LargeVector<T> mValues;
     std::shared_ptr<ValidityMask> mValidity;
@@ -205,17 +201,50 @@ typename Sampler<D, T>::Worker Sampler<D, T>::makeWorker(std::size_t first, std:
 {
     Worker worker;
     worker.evaluator = mField.makeEvaluator();
-    const std::size_t atOnce = mIsSorted ? pointsPerSorting : pointsPerBlock;
-    for (; first < last; first += atOnce)
-        worker.chunks.push_back({first, std::min(atOnce, last - first), {}, {}});
-    worker.scratch.resize(worker.chunks.empty() ? 0 : worker.chunks.front().count);
+    if (mIsSearched && mPositions.planes)
+        addLatticeChunks(first, last, worker.chunks);
+    else
+    {
+        const std::size_t atOnce = mIsSorted ? pointsPerSorting : pointsPerRun;
+        for (; first < last; first += worker.chunks.back().count())
+            worker.chunks.emplace_back().addRuns(first, std::min(atOnce, last - first));
+    }
+    const bool isChunkFetched = mIsSorted && !worker.chunks.empty();
+    worker.scratch.resize(isChunkFetched ? worker.chunks.front().count() : pointsPerRun);
     if (mIsSorted)
     {
-        worker.positions.resize(pointsPerBlock);
-        worker.values.resize(pointsPerBlock);
-        worker.validity.resize(pointsPerBlock);
+        worker.positions.resize(pointsPerRun);
+        worker.values.resize(pointsPerRun);
+        worker.validity.resize(pointsPerRun);
     }
     return worker;
+}
+
+template<std::size_t D, typename T>
+void Sampler<D, T>::addLatticeChunks(std::size_t first, std::size_t last,
+                                     std::vector<Chunk>& chunks) const
+{
+    const Lattice<D> lattice = this->lattice();
+    for (const LatticeBlock& block : lattice.blocksOf(first, last, pointsPerLookup))
+    {
+        Chunk& chunk = chunks.emplace_back();
+        chunk.block = block;
+        // Rows that follow one another are as good as one.
+        std::size_t begin = lattice.number({block.first[0], block.first[1], block.first[2]});
+        std::size_t end = begin;
+        for (std::size_t k = block.first[2]; k < block.end[2]; ++k)
+            for (std::size_t j = block.first[1]; j < block.end[1]; ++j)
+            {
+                const std::size_t row = lattice.number({block.first[0], j, k});
+                if (row != end)
+                {
+                    chunk.addRuns(begin, end - begin);
+                    begin = row;
+                }
+                end = row + block.length(0);
+            }
+        chunk.addRuns(begin, end - begin);
+    }
 }
 
 template<std::size_t D, typename T>
@@ -225,67 +254,103 @@ void Sampler<D, T>::sampleStep(Worker& worker, std::size_t step, Algorithm::Prog
     std::size_t outside = 0;
     for (Chunk& chunk : worker.chunks)
     {
-        std::span<const Position> positions;
-        if (step == 0 || !mKeepsPlaces)
-        {
-            positions = mPositions.read(chunk.first, std::span(worker.scratch).first(chunk.count));
-            if (mIsSorted)
-                chunk.order = spatialOrder(positions);
-        }
-        for (std::size_t block = 0; block < chunk.count; block += pointsPerBlock)
-        {
-            sampleBlock(worker, chunk, positions, block, step, abortFlag);
-            if (abortFlag || mFailure.hasHappened())
-                return;
-            progress.advance(std::min(pointsPerBlock, chunk.count - block));
-        }
-        if (!mKeepsPlaces)
-            chunk.order = {};
-        const auto marks =
-            std::span(*mValidity).subspan(step * mPositions.count + chunk.first, chunk.count);
-        outside += static_cast<std::size_t>(std::ranges::count(marks, 0));
+        outside += sampleChunk(worker, chunk, step, progress, abortFlag);
+        if (abortFlag || mFailure.hasHappened())
+            return;
     }
     mNumOutside += outside;
     // Nobody then holds steps of a series that the next time does not need.
     worker.evaluator->release();
 }
 
-/// Samples the positions of a chunk from the one with the number `block` on. `positions` are those of
-/// the chunk, if their places are not known yet.
+/// Returns how many of the positions are outside.
 template<std::size_t D, typename T>
-void Sampler<D, T>::sampleBlock(Worker& worker, Chunk& chunk, std::span<const Position> positions,
-                                std::size_t block, std::size_t step, const volatile bool& abortFlag)
+std::size_t Sampler<D, T>::sampleChunk(Worker& worker, Chunk& chunk, std::size_t step,
+                                       Algorithm::Progress& progress,
+                                       const volatile bool& abortFlag)
 {
-    const std::size_t count = std::min(pointsPerBlock, chunk.count - block);
-    const bool hasOrder = !chunk.order.empty();
-    const std::size_t start = step * mPositions.count + chunk.first;
-    T* const values = hasOrder ? worker.values.data() : mValues.data() + start + block;
-    std::uint8_t* const validity =
-        hasOrder ? worker.validity.data() : mValidity->data() + start + block;
-    std::span<const Position> here;
-    if (!positions.empty() && hasOrder)
+    if (step == 0 || !mKeepsPlaces)
+        prepare(worker, chunk);
+    std::size_t outside = 0;
+    std::size_t before = 0;
+    for (std::size_t number = 0; number < chunk.runs.size(); ++number)
     {
-        for (std::size_t k = 0; k < count; ++k)
-            worker.positions[k] = positions[chunk.order[block + k]];
-        here = std::span(worker.positions).first(count);
+        sampleRun(worker, chunk, number, before, step, abortFlag);
+        if (abortFlag || mFailure.hasHappened())
+            return 0;
+        const Run& run = chunk.runs[number];
+        before += run.count;
+        progress.advance(run.count);
     }
-    else if (!positions.empty())
-        here = positions.subspan(block, count);
+    for (const Run& run : chunk.runs)
+        outside += static_cast<std::size_t>(std::ranges::count(
+            std::span(*mValidity).subspan(step * mPositions.count + run.first, run.count), 0));
+    if (!mKeepsPlaces)
+    {
+        chunk.places = nullptr;
+        chunk.order = {};
+    }
+    return outside;
+}
 
-    if (mKeepsPlaces)
+/// Finds the positions of a chunk, or their order, before the first of its runs.
+template<std::size_t D, typename T>
+void Sampler<D, T>::prepare(Worker& worker, Chunk& chunk) const
+{
+    if (chunk.block)
+        chunk.places = worker.evaluator->place(lattice().part(*chunk.block));
+    if (mIsSorted)
     {
-        if (!here.empty())
-            chunk.places.push_back(worker.evaluator->place(here));
-        worker.evaluator->sampleAt(mTimes[step], *chunk.places[block / pointsPerBlock], values,
-                                   validity, abortFlag);
+        worker.fetched =
+            mPositions.read(chunk.first(), std::span(worker.scratch).first(chunk.count()));
+        chunk.order = spatialOrder(worker.fetched);
     }
+}
+
+/// Samples a run of a chunk, of which so many positions come `before` those of the run.
+template<std::size_t D, typename T>
+void Sampler<D, T>::sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
+                              std::size_t step, const volatile bool& abortFlag)
+{
+    const Run& run = chunk.runs[number];
+    const double time = mTimes[step];
+    const bool hasOrder = !chunk.order.empty();
+    const std::size_t start = step * mPositions.count;
+    T* const values = hasOrder ? worker.values.data() : mValues.data() + start + run.first;
+    std::uint8_t* const validity =
+        hasOrder ? worker.validity.data() : mValidity->data() + start + run.first;
+    Evaluator& evaluator = *worker.evaluator;
+    if (chunk.places != nullptr)
+        evaluator.sampleAt(time, *chunk.places, before, run.count, values, validity, abortFlag);
+    else if (!mKeepsPlaces)
+        evaluator.sample(time, positionsOf(worker, chunk, run, before), values, validity,
+                         abortFlag);
     else
-        worker.evaluator->sample(mTimes[step], here, values, validity, abortFlag);
-    for (std::size_t k = 0; k < count && hasOrder && !abortFlag; ++k)
     {
-        mValues[start + chunk.order[block + k]] = values[k];
-        (*mValidity)[start + chunk.order[block + k]] = validity[k];
+        auto& places = chunk.placesOfRuns;
+        if (places.size() == number)
+            places.push_back(evaluator.place(positionsOf(worker, chunk, run, before)));
+        evaluator.sampleAt(time, *places[number], 0, run.count, values, validity, abortFlag);
     }
+    for (std::size_t k = 0; k < run.count && hasOrder && !abortFlag; ++k)
+    {
+        const std::size_t target = start + chunk.first() + chunk.order[before + k];
+        mValues[target] = values[k];
+        (*mValidity)[target] = validity[k];
+    }
+}
+
+template<std::size_t D, typename T>
+auto Sampler<D, T>::positionsOf(Worker& worker, const Chunk& chunk, const Run& run,
+                                std::size_t before) const -> std::span<const Position>
+{
+    if (!mIsSorted)
+        return mPositions.read(run.first, std::span(worker.scratch).first(run.count));
+    if (chunk.order.empty())
+        return worker.fetched.subspan(before, run.count);
+    for (std::size_t k = 0; k < run.count; ++k)
+        worker.positions[k] = worker.fetched[chunk.order[before + k]];
+    return std::span(worker.positions).first(run.count);
 }
 
 }

@@ -1,0 +1,211 @@
+#include "Meshes.hpp"
+
+#include <tavrin/domain/CurvilinearGrid.hpp>
+#include <tavrin/field/Field.hpp>
+#include <tavrin/field/LatticeSweep.hpp>
+#include <tavrin/function/Function.hpp>
+
+namespace
+{
+
+using namespace meshes;
+
+template<std::size_t D>
+using Planes = std::array<std::vector<double>, D>;
+
+template<std::size_t D>
+Lattice<D> latticeOf(const Planes<D>& planes)
+{
+    Lattice<D> lattice;
+    std::ranges::copy(planes, lattice.planes.begin());
+    return lattice;
+}
+
+template<std::size_t D>
+Points<D> positionsOf(const Lattice<D>& lattice)
+{
+    Points<D> positions;
+    for (std::size_t k = 0; k < lattice.length(2); ++k)
+        for (std::size_t j = 0; j < lattice.length(1); ++j)
+            for (std::size_t i = 0; i < lattice.length(0); ++i)
+                positions.push_back(lattice.position({i, j, k}));
+    return positions;
+}
+
+TEST(Lattice, FallsIntoCompactBlocksOfAnyRangeOfItsPositions)
+{
+    const Planes<3> planes{std::vector<double>(7), std::vector<double>(5), std::vector<double>(9)};
+    const Lattice<3> lattice = latticeOf(planes);
+    for (std::size_t first = 0; first < lattice.size(); first += 13)
+        for (std::size_t last = first; last <= lattice.size(); last += 17)
+            for (const std::size_t atMost : {1, 6, 50, 1000})
+            {
+                std::vector<std::size_t> numbers;
+                for (const LatticeBlock& block : lattice.blocksOf(first, last, atMost))
+                {
+                    EXPECT_LE(block.size(), atMost);
+                    EXPECT_EQ(lattice.part(block).size(), block.size());
+                    for (std::size_t k = block.first[2]; k < block.end[2]; ++k)
+                        for (std::size_t j = block.first[1]; j < block.end[1]; ++j)
+                            for (std::size_t i = block.first[0]; i < block.end[0]; ++i)
+                                numbers.push_back(lattice.number({i, j, k}));
+                }
+                std::ranges::sort(numbers);
+                std::vector<std::size_t> expected(last - first);
+                std::iota(expected.begin(), expected.end(), first);
+                ASSERT_EQ(numbers, expected);
+            }
+    const auto blocks = lattice.blocksOf(0, lattice.size(), 50);
+    EXPECT_LE(blocks.size(), 16U);
+}
+
+TEST(SortedCoordinates, AreCountedBelowEveryBound)
+{
+    std::mt19937 random(4);
+    std::uniform_real_distribution<float> number(-1.0F, 1.0F);
+    std::vector<float> crowded;
+    for (int i = 0; i < 100; ++i)
+        crowded.push_back(number(random) * (i % 3 == 0 ? 1e3F : 1e-3F));
+    std::ranges::sort(crowded);
+    for (const auto& coordinates : std::initializer_list<std::vector<float>>{
+             {2.0F}, {2.0F, 2.0F, 2.0F}, {0.0F, 0.1F, 0.2F, 0.3F}, {-1e37F, 0.0F, 1e37F}, crowded})
+    {
+        const SortedCoordinates sorted(coordinates);
+        std::vector<float> bounds{-HUGE_VALF, -1e38F, 1e38F, HUGE_VALF};
+        for (const float x : coordinates)
+            for (const float bound :
+                 {x, std::nextafter(x, -HUGE_VALF), std::nextafter(x, HUGE_VALF)})
+                bounds.push_back(bound);
+        for (const float bound : bounds)
+        {
+            EXPECT_EQ(sorted.numBelow(bound),
+                      std::ranges::lower_bound(coordinates, bound) - coordinates.begin());
+            EXPECT_EQ(sorted.numUpTo(bound),
+                      std::ranges::upper_bound(coordinates, bound) - coordinates.begin());
+        }
+    }
+}
+
+/// Planes through vertices, in which the vertices themselves are crossings, among others.
+template<std::size_t D>
+Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, std::mt19937& random)
+{
+    Planes<D> planes;
+    const auto box = grid.boundingBox();
+    for (std::size_t axis = 0; axis < D; ++axis)
+    {
+        const auto [lower, upper] = box[axis];
+        std::uniform_real_distribution<double> coordinate(1.1 * lower - 0.1 * upper,
+                                                          1.1 * upper - 0.1 * lower);
+        for (std::size_t i = 0; i < count; ++i)
+            planes[axis].push_back(i % 3 == 0 ? grid.point(7 * i % grid.numPoints())[axis]
+                                              : coordinate(random));
+        planes[axis].push_back(planes[axis].front());
+        std::ranges::sort(planes[axis]);
+    }
+    planes[0].push_back(1e200);
+    return planes;
+}
+
+/// The number of the cell and a bent function, at the positions of a lattice and one by one.
+template<std::size_t D>
+void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& random)
+{
+    std::vector<Scalar> numbers;
+    for (std::size_t i = 0; i < grid->numCells(); ++i)
+        numbers.emplace_back(static_cast<double>(i));
+    std::vector<Scalar> waves;
+    for (std::size_t i = 0; i < grid->numPoints(); ++i)
+        waves.emplace_back(std::sin(static_cast<double>(i)));
+    const Planes<D> planes = planesThrough(*grid, count, random);
+    const Points<D> positions = positionsOf(latticeOf(planes));
+    for (const auto& function :
+         {addData(grid, detail::Cells, numbers, Precision::Float64, {}),
+          addData(grid, PointSetBase::Points, waves, Precision::Float64, {})})
+    {
+        const auto evaluator = Field<D, Scalar>::applyTo(*function)->makeEvaluator();
+        const volatile bool goOn = false;
+        std::vector<Scalar> expected(positions.size());
+        std::vector<std::uint8_t> isInside(positions.size());
+        evaluator->sample(0.0, positions, expected.data(), isInside.data(), goOn);
+        EXPECT_GT(std::ranges::count(isInside, 1), 0);
+
+        const auto places = evaluator->place(latticeOf(planes));
+        ASSERT_NE(places, nullptr);
+        std::vector<Scalar> values(positions.size());
+        std::vector<std::uint8_t> isFound(positions.size());
+        evaluator->sampleAt(0.0, *places, 0, positions.size(), values.data(), isFound.data(), goOn);
+        EXPECT_EQ(isFound, isInside);
+        EXPECT_EQ(values, expected);
+    }
+}
+
+/// A bent and shaken grid, folded where it is shaken much.
+template<std::size_t D>
+Grid<D> bentGrid(const GridSize& size, double shake, const Tensor<double, D>& origin,
+                 std::mt19937& random)
+{
+    Points<D> points;
+    for (std::size_t k = 0; k < size[2]; ++k)
+        for (std::size_t j = 0; j < size[1]; ++j)
+            for (std::size_t i = 0; i < size[0]; ++i)
+            {
+                const Vector3 move = randomVector(random, shake);
+                const double x = static_cast<double>(i);
+                const double y = static_cast<double>(j);
+                const double z = static_cast<double>(k);
+                points.push_back(origin + firstCoordinates<D>({x + 0.5 * std::sin(y) + move[0],
+                                                               y + 0.5 * std::sin(x) + move[1],
+                                                               z + 0.3 * x + move[2]}));
+            }
+    return std::make_shared<CurvilinearGrid<D>>(size, stored<D>(points));
+}
+
+TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
+{
+    std::mt19937 random(6);
+    for (const double shake : {0.0, 0.1, 0.8})
+        for (const double far : {0.0, 1e7})
+        {
+            expectSameAnswers(bentGrid<3>({7, 6, 5}, shake, {far, -far, far}, random), 16, random);
+            expectSameAnswers(bentGrid<2>({9, 8, 1}, shake, {far, far}, random), 60, random);
+            expectSameAnswers(bentGrid<3>({9, 8, 1}, shake, {far, far, far}, random), 12, random);
+        }
+    Mesh<3> prisms;
+    Mesh<3> mixed;
+    Mesh<2> plane;
+    for (int i = 0; i < 60; ++i)
+        for (const CellType type : {CellType::Prisms, CellType::Hexahedra, CellType::Quads,
+                                    CellType::Pyramids, CellType::QuadraticTetrahedron})
+        {
+            const Vector3 place = randomVector(random, 2.0);
+            const auto add = [&](auto& mesh, auto vertices)
+            {
+                for (auto& vertex : vertices)
+                    for (std::size_t axis = 0; axis < vertex.size; ++axis)
+                        vertex[axis] += place[axis];
+                mesh.addCell(type, vertices);
+            };
+            const double distortion = i % 3 == 0 ? 0.5 : 0.05;
+            add(mixed, distortedCell<3>(type, distortion, random));
+            if (type == CellType::Prisms)
+                add(prisms, distortedCell<3>(type, distortion, random));
+            if (type == CellType::Quads)
+                add(plane, distortedCell<2>(type, distortion, random));
+        }
+    expectSameAnswers<3>(prisms.grid(), 14, random);
+    expectSameAnswers<3>(mixed.grid(), 14, random);
+    expectSameAnswers<2>(plane.grid(), 40, random);
+}
+
+TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
+{
+    std::mt19937 random(7);
+    const auto grid = bentGrid<3>({20, 20, 20}, 0.1, {0, 0, 0}, random);
+    const auto field = Field<3, Scalar>::applyTo(
+        *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
+    const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
+    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few)), nullptr);
+}
+
+}
