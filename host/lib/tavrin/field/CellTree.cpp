@@ -2,6 +2,7 @@
 
 #include <tavrin/field/CellGeometry.hpp>
 #include <tavrin/field/CellLocator.hpp>
+#include <tavrin/field/CellSorter.hpp>
 #include <tavrin/field/Inverse.hpp>
 
 #include <limits>
@@ -16,37 +17,6 @@ namespace
 /// Fewer cells than this are the work of one thread.
 constexpr std::uint32_t cellsPerBranch = 4096;
 
-/// A split in the middle of space leaves at least so many cells on both sides.
-constexpr std::uint32_t smallestHalf = 3;
-
-/// Nodes are split in the middle of space; below this depth in the middle of their cells, which
-/// bounds the depth.
-constexpr int depthOfSpatialSplits = 60;
-
-template<std::size_t D>
-struct FloatBox
-{
-    std::array<float, D> lower;
-    std::array<float, D> upper;
-
-    static FloatBox empty()
-    {
-        FloatBox box;
-        box.lower.fill(std::numeric_limits<float>::infinity());
-        box.upper.fill(-std::numeric_limits<float>::infinity());
-        return box;
-    }
-
-    void add(const FloatBox& other)
-    {
-        for (std::size_t i = 0; i < D; ++i)
-        {
-            lower[i] = std::min(lower[i], other.lower[i]);
-            upper[i] = std::max(upper[i], other.upper[i]);
-        }
-    }
-};
-
 }
 
 /// Builds a tree from the top down.
@@ -54,15 +24,18 @@ template<std::size_t D>
 class TreeBuilder
 {
 public:
-    TreeBuilder(CellTree<D>& tree, const GridCells<D>& cells) : mTree(tree), mGridCells(cells) {}
+    TreeBuilder(CellTree<D>& tree, const GridCells<D>& cells)
+        : mTree(tree), mGridCells(cells),
+          mSorter(cells.size(), [&](std::size_t cell) { return boxOf(cell); })
+    {
+    }
 
     void build()
     {
-        measureCells();
-        const auto count = static_cast<std::uint32_t>(mItems.size());
+        const Range all = mSorter.all();
+        const std::uint32_t count = all.size();
         if (count == 0)
             return;
-        mSpareItems = LargeVector<Item>(count);
         mTree.mCells = LargeVector<std::uint32_t>(count);
         // Rows are read four numbers at a time, beyond the end of the last.
         mTree.mFilters = LargeVector<float>(count * mTree.mFilter.size() + Tree::leafCapacity);
@@ -70,7 +43,7 @@ public:
         Branch root;
 #pragma omp parallel if (count >= cellsPerBranch)
 #pragma omp single
-        growSafely(root, {0, count, false}, 0);
+        growSafely(root, all, 0);
         if (mIsOutOfMemory)
             throw std::bad_alloc();
         std::vector<Branch*> branches;
@@ -86,23 +59,7 @@ private:
     using Node = typename Tree::Node;
     using Vertices = typename GridCells<D>::Vertices;
     using Position = typename Tree::Position;
-
-    /// A cell while it is sorted in, by the middle of its box.
-    struct Item
-    {
-        std::array<float, D> middle;
-        std::uint32_t cell;
-    };
-
-    /// Neighbouring items, in the first or the second of the two arrays.
-    struct Range
-    {
-        std::uint32_t begin;
-        std::uint32_t end;
-        bool isSpare;
-
-        std::uint32_t size() const { return end - begin; }
-    };
+    using Range = typename CellSorter<D>::Range;
 
     /// What a node has to know of a child.
     struct Part
@@ -123,39 +80,22 @@ private:
         std::uint32_t firstNode = 0;
     };
 
-    void measureCells()
+    /// Not a number where the cell is to be left out.
+    FloatBox<D> boxOf(std::size_t cell) const
     {
-        const std::size_t count = mGridCells.size();
-        mBoxes = LargeVector<FloatBox<D>>(count);
-        mItems = LargeVector<Item>(count);
-        bool areAllFinite = true;
-#pragma omp parallel for schedule(static) reduction(&& : areAllFinite) if (count >= cellsPerBranch)
-        for (std::size_t cell = 0; cell < count; ++cell)
+        FloatBox<D> box;
+        box.lower.fill(std::numeric_limits<float>::quiet_NaN());
+        Vertices vertices;
+        mGridCells.gather(cell, vertices);
+        if (vertices.type == CellType::Invalid)
+            return box;
+        const Box<D> bounds = CellGeometry<D>(vertices.type, vertices.positions.data()).bounds();
+        for (std::size_t i = 0; i < D; ++i)
         {
-            Vertices vertices;
-            mGridCells.gather(cell, vertices);
-            FloatBox<D>& box = mBoxes[cell];
-            box.lower.fill(std::numeric_limits<float>::quiet_NaN());
-            if (vertices.type != CellType::Invalid)
-            {
-                const Box<D> bounds =
-                    CellGeometry<D>(vertices.type, vertices.positions.data()).bounds();
-                box = {mTree.map(bounds.lower).rounded, mTree.map(bounds.upper).rounded};
-            }
-            Item& item = mItems[cell];
-            item.cell = static_cast<std::uint32_t>(cell);
-            for (std::size_t i = 0; i < D; ++i)
-            {
-                item.middle[i] = 0.5F * (box.lower[i] + box.upper[i]);
-                areAllFinite = areAllFinite && std::isfinite(item.middle[i]);
-            }
+            box.lower[i] = mTree.map(i, bounds.lower[i]);
+            box.upper[i] = mTree.map(i, bounds.upper[i]);
         }
-        if (!areAllFinite)
-            std::erase_if(mItems,
-                          [](const Item& item) {
-                              return !std::ranges::all_of(item.middle,
-                                                          [](float x) { return std::isfinite(x); });
-                          });
+        return box;
     }
 
     /// No exception may leave a task.
@@ -276,91 +216,22 @@ private:
                 children.begin(), children.begin() + count, {}, &Range::size);
             if (largest->size() <= Tree::leafCapacity)
                 break;
-            const Range half = *largest;
-            const std::uint32_t middle = halve(half, depth + (count > 1 ? 1 : 0));
-            *largest = {half.begin, middle, !half.isSpare};
-            children[count++] = {middle, half.end, !half.isSpare};
+            const auto [left, right] = mSorter.halve(*largest, depth + (count > 1 ? 1 : 0));
+            *largest = left;
+            children[count++] = right;
         }
         return count;
     }
 
-    Item* itemsOf(bool isSpare) { return isSpare ? mSpareItems.data() : mItems.data(); }
-
-    /// Moves the items to the other array, those of the left half first. Returns where the right
-    /// half begins.
-    std::uint32_t halve(const Range& range, int depth)
-    {
-        const Item* const items = itemsOf(range.isSpare);
-        Item* const spare = itemsOf(!range.isSpare);
-        const std::uint32_t begin = range.begin;
-        const std::uint32_t end = range.end;
-        FloatBox<D> middles = FloatBox<D>::empty();
-        for (std::uint32_t i = begin; i < end; ++i)
-            middles.add({items[i].middle, items[i].middle});
-        const std::size_t axis = longestAxis(middles, items, begin, end);
-        const float plane = 0.5F * middles.lower[axis] + 0.5F * middles.upper[axis];
-
-        // Every item is written to both ends, and stays at the one whose counter goes on: there is
-        // no branch to be foretold.
-        std::uint32_t left = begin;
-        std::uint32_t right = end - 1;
-        for (std::uint32_t i = begin; i < end; ++i)
-        {
-            spare[left] = items[i];
-            spare[right] = items[i];
-            const bool isLeft = items[i].middle[axis] < plane;
-            left += isLeft ? 1U : 0U;
-            right -= isLeft ? 0U : 1U;
-        }
-        const std::uint32_t smaller = std::min(left - begin, end - left);
-        const bool isBalanced = smaller >= smallestHalf && depth < depthOfSpatialSplits;
-        if (!isBalanced)
-        {
-            left = begin + (end - begin) / 2;
-            std::nth_element(spare + begin, spare + left, spare + end,
-                             [axis](const Item& a, const Item& b) {
-                                 return a.middle[axis] != b.middle[axis]
-                                            ? a.middle[axis] < b.middle[axis]
-                                            : a.cell < b.cell;
-                             });
-        }
-        return left;
-    }
-
-    /// The axis along which the most cells lie behind one another, going by a few of them.
-    std::size_t longestAxis(const FloatBox<D>& middles, const Item* items, std::uint32_t begin,
-                            std::uint32_t end) const
-    {
-        constexpr std::uint64_t samples = 4;
-        std::array<float, D> size;
-        size.fill(std::numeric_limits<float>::min());
-        for (std::uint64_t i = 0; i < samples; ++i)
-        {
-            const auto place = static_cast<std::uint32_t>(begin + std::uint64_t{end - begin} *
-                                                                      (2 * i + 1) / (2 * samples));
-            const FloatBox<D>& box = mBoxes[items[place].cell];
-            for (std::size_t axis = 0; axis < D; ++axis)
-                size[axis] += box.upper[axis] - box.lower[axis];
-        }
-        std::size_t longest = 0;
-        for (std::size_t axis = 1; axis < D; ++axis)
-            if ((middles.upper[axis] - middles.lower[axis]) * size[longest] >
-                (middles.upper[longest] - middles.lower[longest]) * size[axis])
-                longest = axis;
-        return longest;
-    }
-
     Part buildLeaf(const Range& range)
     {
-        const std::span items(itemsOf(range.isSpare) + range.begin, range.size());
-        std::ranges::sort(items, {}, &Item::cell);
         Part part;
         part.link = range.begin;
         part.count = range.size();
-        for (const Item& item : items)
-            part.box.add(mBoxes[item.cell]);
-        for (std::size_t n = 0; n < items.size(); ++n)
-            mTree.mCells[range.begin + n] = items[n].cell;
+        const std::span cells(mTree.mCells.data() + range.begin, range.size());
+        mSorter.takeCells(range, cells);
+        for (const std::uint32_t cell : cells)
+            part.box.add(mSorter.box(cell));
         writeFilters(part);
         return part;
     }
@@ -378,8 +249,8 @@ private:
             if (mTree.mFilter.areSimplices())
                 writeSimplex(cell, origin, numbers + n, leaf.count);
             else
-                CellFilter<D>::writeBox(mBoxes[cell].lower, mBoxes[cell].upper, numbers + n,
-                                        leaf.count);
+                CellFilter<D>::writeBox(mSorter.box(cell).lower, mSorter.box(cell).upper,
+                                        numbers + n, leaf.count);
         }
     }
 
@@ -399,9 +270,7 @@ private:
 
     CellTree<D>& mTree;
     const GridCells<D>& mGridCells;
-    LargeVector<FloatBox<D>> mBoxes;
-    LargeVector<Item> mItems;
-    LargeVector<Item> mSpareItems;
+    CellSorter<D> mSorter;
     bool mIsOutOfMemory = false;
 };
 
