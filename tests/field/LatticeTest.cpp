@@ -123,7 +123,8 @@ void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& ran
          {addData(grid, detail::Cells, numbers, Precision::Float64, {}),
           addData(grid, PointSetBase::Points, waves, Precision::Float64, {})})
     {
-        const auto evaluator = Field<D, Scalar>::applyTo(*function)->makeEvaluator();
+        const auto field = Field<D, Scalar>::applyTo(*function);
+        const auto evaluator = field->makeEvaluator();
         const volatile bool goOn = false;
         std::vector<Scalar> expected(positions.size());
         std::vector<std::uint8_t> isInside(positions.size());

@@ -144,8 +144,8 @@ private:
     std::size_t sampleChunk(Worker& worker, Chunk& chunk, std::size_t step,
                             Algorithm::Progress& progress, const volatile bool& abortFlag);
     void prepare(Worker& worker, Chunk& chunk) const;
-    void sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
-                   std::size_t step, const volatile bool& abortFlag);
+    std::size_t sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
+                          std::size_t step, const volatile bool& abortFlag);
     std::span<const Position> positionsOf(Worker& worker, const Chunk& chunk, const Run& run,
                                           std::size_t before) const;
 
@@ -205,7 +205,7 @@ typename Sampler<D, T>::Worker Sampler<D, T>::makeWorker(std::size_t first, std:
         addLatticeChunks(first, last, worker.chunks);
     else
     {
-        const std::size_t atOnce = mIsSorted ? pointsPerSorting : pointsPerRun;
+        const std::size_t atOnce = mIsSorted ? pointsPerSorting : last - first;
         for (; first < last; first += worker.chunks.back().count())
             worker.chunks.emplace_back().addRuns(first, std::min(atOnce, last - first));
     }
@@ -275,16 +275,12 @@ std::size_t Sampler<D, T>::sampleChunk(Worker& worker, Chunk& chunk, std::size_t
     std::size_t before = 0;
     for (std::size_t number = 0; number < chunk.runs.size(); ++number)
     {
-        sampleRun(worker, chunk, number, before, step, abortFlag);
+        outside += sampleRun(worker, chunk, number, before, step, abortFlag);
         if (abortFlag || mFailure.hasHappened())
             return 0;
-        const Run& run = chunk.runs[number];
-        before += run.count;
-        progress.advance(run.count);
+        before += chunk.runs[number].count;
+        progress.advance(chunk.runs[number].count);
     }
-    for (const Run& run : chunk.runs)
-        outside += static_cast<std::size_t>(std::ranges::count(
-            std::span(*mValidity).subspan(step * mPositions.count + run.first, run.count), 0));
     if (!mKeepsPlaces)
     {
         chunk.places = nullptr;
@@ -307,10 +303,12 @@ void Sampler<D, T>::prepare(Worker& worker, Chunk& chunk) const
     }
 }
 
-/// Samples a run of a chunk, of which so many positions come `before` those of the run.
+/// Samples a run of a chunk, of which so many positions come `before` those of the run. Returns how
+/// many of them are outside.
 template<std::size_t D, typename T>
-void Sampler<D, T>::sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
-                              std::size_t step, const volatile bool& abortFlag)
+std::size_t Sampler<D, T>::sampleRun(Worker& worker, Chunk& chunk, std::size_t number,
+                                     std::size_t before, std::size_t step,
+                                     const volatile bool& abortFlag)
 {
     const Run& run = chunk.runs[number];
     const double time = mTimes[step];
@@ -338,6 +336,7 @@ void Sampler<D, T>::sampleRun(Worker& worker, Chunk& chunk, std::size_t number, 
         mValues[target] = values[k];
         (*mValidity)[target] = validity[k];
     }
+    return static_cast<std::size_t>(std::count(validity, validity + run.count, 0));
 }
 
 template<std::size_t D, typename T>
