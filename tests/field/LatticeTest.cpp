@@ -2,7 +2,7 @@
 
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/field/Field.hpp>
-#include <tavrin/field/LatticeSweep.hpp>
+#include <tavrin/field/SortedCoordinates.hpp>
 #include <tavrin/function/Function.hpp>
 
 namespace
@@ -131,7 +131,7 @@ void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& ran
         evaluator->sample(0.0, positions, expected.data(), isInside.data(), goOn);
         EXPECT_GT(std::ranges::count(isInside, 1), 0);
 
-        const auto places = evaluator->place(latticeOf(planes));
+        const auto places = evaluator->place(latticeOf(planes), goOn);
         ASSERT_NE(places, nullptr);
         std::vector<Scalar> values(positions.size());
         std::vector<std::uint8_t> isFound(positions.size());
@@ -172,6 +172,17 @@ TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
             expectSameAnswers(bentGrid<2>({9, 8, 1}, shake, {far, far}, random), 60, random);
             expectSameAnswers(bentGrid<3>({9, 8, 1}, shake, {far, far, far}, random), 12, random);
         }
+    // Cells so small that the inverse of their volume is no number, beside large ones.
+    Mesh<2> tiny;
+    for (int i = 0; i < 20; ++i)
+        for (const double size : {1.0, 6e-155})
+        {
+            Points<2> vertices = distortedCell<2>(CellType::Quads, 0.2, random);
+            for (auto& vertex : vertices)
+                vertex = size * (vertex - Vector2(100.0, -50.0));
+            tiny.addCell(CellType::Quads, vertices);
+        }
+    expectSameAnswers<2>(tiny.grid(), 40, random);
     Mesh<3> prisms;
     Mesh<3> mixed;
     Mesh<2> plane;
@@ -206,7 +217,8 @@ TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
     const auto field = Field<3, Scalar>::applyTo(
         *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
     const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
-    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few)), nullptr);
+    const volatile bool goOn = false;
+    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few), goOn), nullptr);
 }
 
 }

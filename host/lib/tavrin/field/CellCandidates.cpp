@@ -8,13 +8,14 @@ namespace tavrin
 namespace
 {
 
-/// Calls `visit(k, position)` for each position of a block.
+/// Calls `visit(k, position)` for each position of a block, until `abortFlag` reads true.
 template<std::size_t D, typename Visit>
-void forEachIn(const LatticeBlock& block, const Lattice<D>& lattice, const Visit& visit)
+void forEachIn(const LatticeBlock& block, const Lattice<D>& lattice, const volatile bool& abortFlag,
+               const Visit& visit)
 {
     // One loop, the end of which is foretold more easily than those of three short ones.
     auto [i, j, k] = block.first;
-    for (std::size_t rest = block.size(); rest > 0; --rest)
+    for (std::size_t rest = block.size(); rest > 0 && !abortFlag; --rest)
     {
         const std::array<std::size_t, 3> indices{i, j, k};
         visit(lattice.number(indices), lattice.position(indices));
@@ -115,58 +116,72 @@ void CellCandidates<D>::keepAnswers(const Multilinear& cells)
 
 template<std::size_t D>
 void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
-                            std::span<const LatticeBlock> blocks, const Lattice<D>& lattice)
+                            std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
+                            const volatile bool& abortFlag)
 {
     // Gathering cells pays where enough positions share that work.
     std::size_t numPairs = 0;
     for (const LatticeBlock& block : blocks)
         numPairs += block.size();
     if (numPairs >= cells.size() && isMultilinear(mCells.commonType(), D))
-        return tryTogether(cells, blocks, lattice);
+        return tryTogether(cells, blocks, lattice, abortFlag);
     for (std::size_t n = 0; n < cells.size(); ++n)
-        forEachIn(blocks[n], lattice,
+        forEachIn(blocks[n], lattice, abortFlag,
                   [&](std::size_t k, const Position& position) { add(k, position, cells[n]); });
 }
 
 template<std::size_t D>
 void CellCandidates<D>::tryTogether(std::span<const std::uint32_t> cells,
-                                    std::span<const LatticeBlock> blocks, const Lattice<D>& lattice)
+                                    std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
+                                    const volatile bool& abortFlag)
+{
+    finish();
+    for (std::size_t lane = 0; lane < cells.size(); ++lane)
+    {
+        mCellOfLane[lane] = cells[lane];
+        mCells.gather(cells[lane], mPointsOfLane[lane]);
+    }
+    const Multilinear multilinear = gatherCells(mCells.commonType(), cells.size());
+    const auto tryAll = [&]
+    {
+        siftTrials(multilinear);
+        if (mTrials.size() > 0)
+            keepAnswers(multilinear);
+    };
+    for (std::size_t lane = 0; lane < cells.size(); ++lane)
+        forEachIn(blocks[lane], lattice, abortFlag,
+                  [&](std::size_t k, const Position& position)
+                  {
+                      __builtin_prefetch(&mPlaces[k]);
+                      mTrials.add(k, position, lane);
+                      if (mTrials.isFull())
+                          tryAll();
+                  });
+    tryAll();
+}
+
+/// Leaves out trials that cannot change anything.
+template<std::size_t D>
+void CellCandidates<D>::siftTrials(const Multilinear& cells)
 {
     if constexpr (D >= 2)
     {
-        finish();
-        for (std::size_t lane = 0; lane < cells.size(); ++lane)
-        {
-            mCellOfLane[lane] = cells[lane];
-            mCells.gather(cells[lane], mPointsOfLane[lane]);
-        }
-        const Multilinear multilinear = gatherCells(mCells.commonType(), cells.size());
-        const auto tryAll = [&]
-        {
-            std::array<std::uint32_t, Trials<D>::numBatches> areRuledOut;
-            multilinear.ruleOut(mTrials, mTrials.completeBatches(), areRuledOut.data());
-            mTrials.keepIf(
-                [&](std::size_t trial)
-                {
-                    const bool isRuledOut =
-                        (areRuledOut[trial / Lanes::size] >> trial % Lanes::size & 1U) != 0;
-                    return !isRuledOut &
-                           (cells[mTrials.lane(trial)] < mPlaces[mTrials.number(trial)].cell);
-                });
-            if (mTrials.size() > 0)
-                keepAnswers(multilinear);
-        };
-        for (std::size_t lane = 0; lane < cells.size(); ++lane)
-            forEachIn(blocks[lane], lattice,
-                      [&](std::size_t k, const Position& position)
-                      {
-                          __builtin_prefetch(&mPlaces[k]);
-                          mTrials.add(k, position, lane);
-                          if (mTrials.isFull())
-                              tryAll();
-                      });
-        if (mTrials.size() > 0)
-            tryAll();
+        const auto isOpen = [&](std::size_t trial)
+        { return mCellOfLane[mTrials.lane(trial)] < mPlaces[mTrials.number(trial)].cell; };
+        // So many may be those of cells that lie over each other.
+        if (mTrials.isFull())
+            mTrials.keepIf(isOpen);
+        if (mTrials.size() == 0)
+            return;
+        std::array<std::uint32_t, Trials<D>::numBatches> areRuledOut;
+        cells.ruleOut(mTrials, mTrials.completeBatches(), areRuledOut.data());
+        mTrials.keepIf(
+            [&](std::size_t trial)
+            {
+                const bool isRuledOut =
+                    (areRuledOut[trial / Lanes::size] >> trial % Lanes::size & 1U) != 0;
+                return !isRuledOut & isOpen(trial);
+            });
     }
 }
 

@@ -41,9 +41,10 @@ public:
             test(k, position, cell);
     }
 
-    /// Each of up to `Lanes::size` cells may contain the positions in a block of a lattice.
+    /// Each of up to `Lanes::size` cells may contain the positions in a block of a lattice. Stops
+    /// where `abortFlag` reads true.
     void add(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
-             const Lattice<D>& lattice);
+             const Lattice<D>& lattice, const volatile bool& abortFlag);
 
     /// Asks the memory for the vertices of cells that will be added soon.
     void fetch(std::span<const std::uint32_t> cells) const;
@@ -63,7 +64,8 @@ private:
     void addTrial(std::size_t k, const Position& position, std::uint32_t cell);
     void tryTrials();
     void tryTogether(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
-                     const Lattice<D>& lattice);
+                     const Lattice<D>& lattice, const volatile bool& abortFlag);
+    void siftTrials(const Multilinear& cells);
     Multilinear gatherCells(CellType type, std::size_t count);
     void keepAnswers(const Multilinear& cells);
     void keep(std::size_t k, std::uint32_t cell, const Reference& at)

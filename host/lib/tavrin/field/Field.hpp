@@ -62,16 +62,19 @@ public:
         virtual ~Places() = default;
     };
 
-    /// Finds out of positions what can be found out at no particular time. That is faster for many
-    /// positions at once, and done once for several times. About as large as the positions.
+    /// Finds out of positions what does not depend on time. That is faster for many positions at
+    /// once, and done once for several times. About as large as the positions.
     virtual std::unique_ptr<Places> place(std::span<const Position> positions)
     {
         return std::make_unique<PlainPlaces>(positions);
     }
 
-    /// The same of the positions of a lattice; or null where it is no faster than to take them one
-    /// after the other.
-    virtual std::unique_ptr<Places> place(const Lattice<D>&) { return nullptr; }
+    /// The same of the positions of a lattice, fewer than 2^32; or null where it is no faster than to
+    /// take them one after the other. Where `abortFlag` reads true the places are undefined.
+    virtual std::unique_ptr<Places> place(const Lattice<D>&, const volatile bool&)
+    {
+        return nullptr;
+    }
 
     /// What `sample` gives at `count` of the positions, from the one with the number `first` on. The
     /// places come from an evaluator of the same field.

@@ -112,17 +112,16 @@ public:
     {
         if (mTree == nullptr)
             return FieldEvaluator<D, T>::place(positions);
-        auto places = std::make_unique<CellPlaces>(positions.size());
-        mTree->find(positions, places->places.data());
-        return places;
+        LargeVector<CellPlace> places(positions.size());
+        mTree->find(positions, places.data());
+        return std::make_unique<CellPlaces>(std::move(places));
     }
 
-    std::unique_ptr<Places> place(const Lattice<D>& lattice) override
+    std::unique_ptr<Places> place(const Lattice<D>& lattice,
+                                  const volatile bool& abortFlag) override
     {
-        if (mTree == nullptr)
-            return nullptr;
-        auto places = std::make_unique<CellPlaces>(lattice.size());
-        return mTree->find(lattice, places->places.data()) ? std::move(places) : nullptr;
+        auto places = mTree != nullptr ? mTree->find(lattice, abortFlag) : std::nullopt;
+        return places ? std::make_unique<CellPlaces>(std::move(*places)) : nullptr;
     }
 
     void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
@@ -155,7 +154,7 @@ public:
 private:
     struct CellPlaces final : Places
     {
-        explicit CellPlaces(std::size_t count) : places(count) {}
+        explicit CellPlaces(LargeVector<CellPlace> all) : places(std::move(all)) {}
 
         LargeVector<CellPlace> places;
     };

@@ -25,8 +25,8 @@ struct LatticeBlock
     std::size_t size() const { return length(0) * length(1) * length(2); }
 };
 
-/// Positions at the crossings of planes that stand on the axes of space. Those of an axis are given
-/// by their coordinates, in ascending order and less than 2^32. Position numbers run fastest along the
+/// Positions at the crossings of planes that stand on the axes of space. Those of an axis, fewer than
+/// 2^32, are given by their coordinates in ascending order. Position numbers run fastest along the
 /// first axis.
 template<std::size_t D>
 struct Lattice

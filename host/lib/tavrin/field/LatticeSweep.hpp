@@ -2,79 +2,15 @@
 
 #include <tavrin/field/CellTree.hpp>
 #include <tavrin/field/Lattice.hpp>
+#include <tavrin/field/SortedCoordinates.hpp>
 
-#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
 #include <vector>
 
 namespace tavrin
 {
-
-/// Ascending coordinates, to find those in an interval. It has a table of equal intervals, of which
-/// each knows where its coordinates begin.
-class SortedCoordinates
-{
-public:
-    /// At least one. They are finite.
-    explicit SortedCoordinates(std::vector<float> coordinates)
-        : mCoordinates(std::move(coordinates)), mHighest(mCoordinates.back())
-    {
-        const std::size_t numIntervals = std::min(2 * mCoordinates.size(), mostIntervals);
-        mLast = static_cast<float>(numIntervals - 1);
-        mPerUnit = mLast / (mCoordinates.back() - mCoordinates.front());
-        mBegin.resize(numIntervals + 1, static_cast<std::uint32_t>(mCoordinates.size()));
-        for (std::size_t i = mCoordinates.size(); i-- > 0;)
-            mBegin[interval(mCoordinates[i])] = static_cast<std::uint32_t>(i);
-        for (std::size_t i = mBegin.size() - 1; i-- > 0;)
-            mBegin[i] = std::min(mBegin[i], mBegin[i + 1]);
-        // To be looked at where there is none.
-        mCoordinates.push_back(0.0F);
-    }
-
-    float lowest() const { return mCoordinates.front(); }
-    float highest() const { return mHighest; }
-
-    /// The number of those below a bound, or not above it.
-    std::uint32_t numBelow(float bound) const
-    {
-        return numWhere(bound, [bound](float x) { return x < bound; });
-    }
-    std::uint32_t numUpTo(float bound) const
-    {
-        return numWhere(bound, [bound](float x) { return x <= bound; });
-    }
-
-private:
-    /// Single precision counts them exactly.
-    static constexpr std::size_t mostIntervals = std::size_t{1} << 20;
-
-    /// Rounding keeps the order of coordinates, and so does this.
-    std::size_t interval(float coordinate) const
-    {
-        const float interval = (coordinate - mCoordinates.front()) * mPerUnit;
-        return static_cast<std::size_t>(
-            static_cast<std::int32_t>(interval > 0.0F ? std::min(interval, mLast) : 0.0F));
-    }
-
-    template<typename Predicate>
-    std::uint32_t numWhere(float bound, const Predicate& holds) const
-    {
-        const std::size_t i = interval(bound);
-        const std::uint32_t begin = mBegin[i];
-        const std::uint32_t end = mBegin[i + 1];
-        // Where there is one or none it takes no branch, which would be a guess.
-        if (end - begin <= 1)
-            return begin + static_cast<std::uint32_t>((end > begin) & holds(mCoordinates[begin]));
-        return static_cast<std::uint32_t>(
-            std::partition_point(mCoordinates.begin() + begin, mCoordinates.begin() + end, holds) -
-            mCoordinates.begin());
-    }
-
-    std::vector<float> mCoordinates;
-    float mHighest;
-    float mLast;
-    float mPerUnit;
-    std::vector<std::uint32_t> mBegin;
-};
 
 /// Goes from leaf to leaf of a tree and finds the positions of a lattice in the boxes of the cells.
 /// That is faster than to search for the positions where the cells among them are not many more.
@@ -90,16 +26,17 @@ public:
 
     /// Calls `atLeaf(cells, blocks)` with up to `CellTree::leafCapacity` cells and as many blocks of
     /// the lattice: all positions in the bounds of a cell, and few others. Before that it calls
-    /// `announce(cells)`, while there is time to fetch them. Where it does not pay it misses some.
-    template<typename Announce, typename AtLeaf>
-    void run(const Announce& announce, const AtLeaf& atLeaf) const
+    /// `fetch(cells)`, while there is time for it. Where it does not pay it misses some. Stops where
+    /// `abortFlag` reads true.
+    template<typename Fetch, typename AtLeaf>
+    void run(const Fetch& fetch, const AtLeaf& atLeaf, const volatile bool& abortFlag) const
     {
-        for (std::size_t n = 0; n < mLeaves.size(); ++n)
+        for (std::size_t n = 0; n < mLeaves.size() && !abortFlag; ++n)
         {
-            if (n + 4 < mLeaves.size())
-                mLeaves[n + 4].fetch();
-            if (n + 2 < mLeaves.size())
-                announce(mLeaves[n + 2].cells());
+            if (n + leavesAhead < mLeaves.size())
+                mLeaves[n + leavesAhead].fetch();
+            if (n + cellsAhead < mLeaves.size())
+                fetch(mLeaves[n + cellsAhead].cells());
             const auto& leaf = mLeaves[n];
             std::array<LatticeBlock, CellTree<D>::leafCapacity> blocks;
             for (std::size_t axis = 0; axis < D; ++axis)
@@ -115,6 +52,10 @@ public:
 private:
     /// How many cells there may be for each position, so that it pays to look at all of them.
     static constexpr std::size_t cellsPerPosition = 4;
+
+    /// How many leaves ahead the memory is asked for a leaf, and later for the vertices of its cells.
+    static constexpr std::size_t leavesAhead = 4;
+    static constexpr std::size_t cellsAhead = 2;
 
     std::vector<SortedCoordinates> mAxes;
     std::vector<typename CellTree<D>::Leaf> mLeaves;

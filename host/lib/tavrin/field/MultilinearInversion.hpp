@@ -74,7 +74,8 @@ public:
         }
         Mask rulesOut(const Position& position) const
         {
-            return maximumNorm(solution(position)) > limit;
+            const Position at = solution(position);
+            return isFinite(at) & (maximumNorm(at) > limit);
         }
     };
     Affine affine() const
@@ -87,17 +88,14 @@ public:
     Answer find(const Position& position) const
     {
         const Position offset = position - mMap.origin;
-        const Position affine = this->affine().solution(position);
-        Number poison = 0.0;
-        for (const Number& coordinate : affine)
-            poison += 0.0 * coordinate;
+        const Position linearSolution = affine().solution(position);
         Answer answer;
-        answer.isRegular = mIsRegular & (poison <= 0.0);
-        answer.isRuledOut = answer.isRegular & (maximumNorm(affine) > mLimit);
+        answer.isRegular = mIsRegular & isFinite(linearSolution);
+        answer.isRuledOut = answer.isRegular & (maximumNorm(linearSolution) > mLimit);
         answer.isFound =
             andNot(answer.isRegular & (mBound < shortestStep * shortestStep), answer.isRuledOut);
         // One step without derivatives comes cheap.
-        answer.solution = clamped(affine - mProducts(affine));
+        answer.solution = clamped(linearSolution - mProducts(linearSolution));
         double growth = 1.0;
         Mask isActive = andNot(andNot(answer.isRegular, answer.isRuledOut), answer.isFound);
         for (int i = 0; i < maximumSteps && any(isActive); ++i)
@@ -108,7 +106,7 @@ public:
                 derivatives[axis][axis] = 1.0;
             mProducts.addDerivatives(start, derivatives);
             const Inverse<D, Number> local(derivatives);
-            const Position first = local * (start + mProducts(start) - affine);
+            const Position first = local * (start + mProducts(start) - linearSolution);
             const Position between = clamped(start - first);
             // By the map itself, so that the rounding of its inverse does not stay.
             const Position second = local * (mInverse * (mMap(between) - offset));
@@ -143,6 +141,14 @@ private:
     static constexpr double shortStep = 1e-3;
     static constexpr double shortestStep = 1e-9;
     static constexpr int maximumSteps = 20;
+
+    static Mask isFinite(const Position& u)
+    {
+        Number poison = 0.0;
+        for (const Number& coordinate : u)
+            poison += 0.0 * coordinate;
+        return poison <= 0.0;
+    }
 
     static Position clamped(Position u)
     {

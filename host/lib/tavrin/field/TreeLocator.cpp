@@ -46,10 +46,11 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places
 }
 
 template<std::size_t D>
-bool TreeLocator<D>::find(const Lattice<D>& lattice, CellPlace* places) const
+std::optional<LargeVector<CellPlace>> TreeLocator<D>::find(const Lattice<D>& lattice,
+                                                           const volatile bool& abortFlag) const
 {
     if (!mTree.hasBoxes() || lattice.size() == 0)
-        return false;
+        return {};
     std::array<std::vector<double>, D> planes;
     Lattice<D> scaled;
     for (std::size_t axis = 0; axis < D; ++axis)
@@ -60,15 +61,16 @@ bool TreeLocator<D>::find(const Lattice<D>& lattice, CellPlace* places) const
     }
     const LatticeSweep<D> sweep(mTree, scaled);
     if (!sweep.isWorthwhile())
-        return false;
-    std::fill_n(places, lattice.size(), CellPlace());
-    CellCandidates<D> candidates(mCells, places);
+        return {};
+    LargeVector<CellPlace> places(lattice.size());
+    CellCandidates<D> candidates(mCells, places.data());
     using Cells = std::span<const std::uint32_t>;
     sweep.run([&](Cells cells) { candidates.fetch(cells); },
               [&](Cells cells, std::span<const LatticeBlock> blocks)
-              { candidates.add(cells, blocks, scaled); });
+              { candidates.add(cells, blocks, scaled, abortFlag); },
+              abortFlag);
     candidates.finish();
-    return true;
+    return places;
 }
 
 template<std::size_t D>

@@ -4,6 +4,8 @@
 #include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/CellTree.hpp>
 
+#include <optional>
+
 namespace tavrin
 {
 
@@ -24,9 +26,10 @@ public:
     void find(std::span<const Position> positions, CellPlace* places) const;
     void locate(const CellPlace& place, Location& location) const;
 
-    /// The same for the positions of a lattice, faster where they are many. Where they are few for the
-    /// cells among them it returns false, and the places are undefined.
-    bool find(const Lattice<D>& lattice, CellPlace* places) const;
+    /// The same for all positions of a lattice, faster where they are many. Where they are few for the
+    /// cells among them it finds nothing out. Where `abortFlag` reads true the places are undefined.
+    std::optional<LargeVector<CellPlace>> find(const Lattice<D>& lattice,
+                                               const volatile bool& abortFlag) const;
 
     Box<D> bounds() const override;
     std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }

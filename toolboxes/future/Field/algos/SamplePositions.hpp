@@ -3,8 +3,13 @@
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 
+#include <algorithm>
+#include <array>
 #include <functional>
+#include <limits>
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace tavrin
 {
@@ -40,10 +45,15 @@ std::optional<typename Positions<D>::Planes> planesOf(const PointSet<D>& grid)
     if (!isLattice || grid.numPoints() == 0)
         return {};
     const GridSize& size = dynamic_cast<const StructuredGrid<D>&>(grid).size();
+    // Planes must be few beside the positions, and are numbered in 32 bits.
+    if (8 * (size[0] + size[1] + size[2]) > grid.numPoints() ||
+        std::ranges::max(size) > std::numeric_limits<std::uint32_t>::max())
+        return {};
     typename Positions<D>::Planes planes;
     std::size_t step = 1;
     for (std::size_t axis = 0; axis < D; ++axis)
     {
+        planes[axis].reserve(size[axis]);
         for (std::size_t i = 0; i < size[axis]; ++i)
             planes[axis].push_back(grid.point(i * step)[axis]);
         if (!std::ranges::is_sorted(planes[axis]))

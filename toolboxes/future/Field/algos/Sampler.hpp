@@ -130,6 +130,7 @@ private:
         std::vector<Chunk> chunks;
         /// Of a chunk of scattered positions, or of a run.
         std::vector<Position> scratch;
+        /// Those of the chunk that was prepared last, if they are scattered.
         std::span<const Position> fetched;
         /// Of a run in the order of the chunk.
         std::vector<Position> positions;
@@ -143,7 +144,7 @@ private:
                     const volatile bool& abortFlag);
     std::size_t sampleChunk(Worker& worker, Chunk& chunk, std::size_t step,
                             Algorithm::Progress& progress, const volatile bool& abortFlag);
-    void prepare(Worker& worker, Chunk& chunk) const;
+    void prepare(Worker& worker, Chunk& chunk, const volatile bool& abortFlag) const;
     std::size_t sampleRun(Worker& worker, Chunk& chunk, std::size_t number, std::size_t before,
                           std::size_t step, const volatile bool& abortFlag);
     std::span<const Position> positionsOf(Worker& worker, const Chunk& chunk, const Run& run,
@@ -270,7 +271,7 @@ std::size_t Sampler<D, T>::sampleChunk(Worker& worker, Chunk& chunk, std::size_t
                                        const volatile bool& abortFlag)
 {
     if (step == 0 || !mKeepsPlaces)
-        prepare(worker, chunk);
+        prepare(worker, chunk, abortFlag);
     std::size_t outside = 0;
     std::size_t before = 0;
     for (std::size_t number = 0; number < chunk.runs.size(); ++number)
@@ -291,10 +292,10 @@ std::size_t Sampler<D, T>::sampleChunk(Worker& worker, Chunk& chunk, std::size_t
 
 /// Finds the positions of a chunk, or their order, before the first of its runs.
 template<std::size_t D, typename T>
-void Sampler<D, T>::prepare(Worker& worker, Chunk& chunk) const
+void Sampler<D, T>::prepare(Worker& worker, Chunk& chunk, const volatile bool& abortFlag) const
 {
     if (chunk.block)
-        chunk.places = worker.evaluator->place(lattice().part(*chunk.block));
+        chunk.places = worker.evaluator->place(lattice().part(*chunk.block), abortFlag);
     if (mIsSorted)
     {
         worker.fetched =
