@@ -109,7 +109,7 @@ Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, s
 
 /// The number of the cell and a bent function, at the positions of a lattice and one by one.
 template<std::size_t D>
-void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& random)
+void expectSameAnswers(const Grid<D>& grid, const Planes<D>& planes)
 {
     std::vector<Scalar> numbers;
     for (std::size_t i = 0; i < grid->numCells(); ++i)
@@ -117,7 +117,6 @@ void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& ran
     std::vector<Scalar> waves;
     for (std::size_t i = 0; i < grid->numPoints(); ++i)
         waves.emplace_back(std::sin(static_cast<double>(i)));
-    const Planes<D> planes = planesThrough(*grid, count, random);
     const Points<D> positions = positionsOf(latticeOf(planes));
     for (const auto& function :
          {addData(grid, detail::Cells, numbers, Precision::Float64, {}),
@@ -139,6 +138,12 @@ void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& ran
         EXPECT_EQ(isFound, isInside);
         EXPECT_EQ(values, expected);
     }
+}
+
+template<std::size_t D>
+void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& random)
+{
+    expectSameAnswers<D>(grid, planesThrough(*grid, count, random));
 }
 
 /// A bent and shaken grid, folded where it is shaken much.
@@ -172,17 +177,6 @@ TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
             expectSameAnswers(bentGrid<2>({9, 8, 1}, shake, {far, far}, random), 60, random);
             expectSameAnswers(bentGrid<3>({9, 8, 1}, shake, {far, far, far}, random), 12, random);
         }
-    // Cells so small that the inverse of their volume is no number, beside large ones.
-    Mesh<2> tiny;
-    for (int i = 0; i < 20; ++i)
-        for (const double size : {1.0, 6e-155})
-        {
-            Points<2> vertices = distortedCell<2>(CellType::Quads, 0.2, random);
-            for (auto& vertex : vertices)
-                vertex = size * (vertex - Vector2(100.0, -50.0));
-            tiny.addCell(CellType::Quads, vertices);
-        }
-    expectSameAnswers<2>(tiny.grid(), 40, random);
     Mesh<3> prisms;
     Mesh<3> mixed;
     Mesh<2> plane;
@@ -208,6 +202,27 @@ TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
     expectSameAnswers<3>(prisms.grid(), 14, random);
     expectSameAnswers<3>(mixed.grid(), 14, random);
     expectSameAnswers<2>(plane.grid(), 40, random);
+}
+
+/// So small that the inverse of its volume is no number, beside large ones.
+TEST(Lattice, IsSampledInAMinuteCellAsItsPositionsAreOneByOne)
+{
+    constexpr double size = 5e-155;
+    Mesh<2> mesh;
+    mesh.addCell(CellType::Quads, Points<2>{{0, 0},
+                                            {1.4 * size, 0.5 * size},
+                                            {2.0 * size, 2.2 * size},
+                                            {0.4 * size, 1.6 * size}});
+    for (int i = 1; i <= 20; ++i)
+    {
+        const double x = i;
+        mesh.addCell(CellType::Quads, Points<2>{{x, 1}, {x + 1, 1}, {x + 1, 2}, {x, 2}});
+    }
+    Planes<2> planes;
+    for (std::vector<double>& axis : planes)
+        for (int i = 0; i < 30; ++i)
+            axis.push_back(0.08 * i * size);
+    expectSameAnswers<2>(mesh.grid(), planes);
 }
 
 TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
