@@ -1,5 +1,7 @@
 #include <tavrin/domain/StructuredGrid.hpp>
 
+#include <tavrin/domain/structuredCorners.hpp>
+
 namespace tavrin
 {
 
@@ -34,12 +36,9 @@ Cell StructuredGrid<D>::cell(std::size_t index) const
         corner += index % mAxes[axis].cells * mAxes[axis].stride;
         index /= mAxes[axis].cells;
     }
-    const std::size_t i = mAxes[0].stride;
-    const std::size_t j = mAxes[1].stride;
-    const std::size_t k = mAxes[2].stride;
-    const std::array<std::size_t, 8> vertices{
-        corner,     corner + i,     corner + i + j,     corner + j,
-        corner + k, corner + i + k, corner + i + j + k, corner + j + k};
+    auto vertices = structuredCorners({mAxes[0].stride, mAxes[1].stride, mAxes[2].stride});
+    for (std::size_t& vertex : vertices)
+        vertex += corner;
     return {mCellType, std::span(vertices).first(numVerticesOf(mCellType))};
 }
 

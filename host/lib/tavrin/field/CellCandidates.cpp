@@ -49,10 +49,7 @@ void CellCandidates<D>::addTrial(std::size_t k, const Position& position, std::u
         tryTrials();
     const std::size_t lane = mTrials.size();
     mCellOfLane[lane] = cell;
-    auto& points = mPointsOfLane[lane];
-    const std::size_t count = mCells.gather(cell, points);
-    for (std::size_t n = 0; n < count; ++n)
-        __builtin_prefetch(&mCells.point(points[n]));
+    fetchVertices(cell, mPointsOfLane[lane]);
     mTrials.add(k, position, lane);
     if (mTrials.size() == Lanes::size)
         tryTrials();
@@ -100,14 +97,14 @@ void CellCandidates<D>::keepAnswers(const Multilinear& cells)
             const std::size_t place = trial % Lanes::size;
             const std::size_t k = mTrials.number(trial);
             const std::uint32_t cell = mCellOfLane[mTrials.lane(trial)];
-            if ((answer.isInside >> place & 1U) != 0)
+            if (hasBit(answer.isInside, place))
             {
                 Reference at = center;
                 for (std::size_t i = 0; i < D; ++i)
                     at[i] += answer.solution[i][place];
                 keep(k, cell, at);
             }
-            else if ((answer.isUndecided >> place & 1U) != 0)
+            else if (hasBit(answer.isUndecided, place))
                 test(k, mTrials.position(trial), cell);
         }
         mTrials.clear();
@@ -179,7 +176,7 @@ void CellCandidates<D>::siftTrials(const Multilinear& cells)
             [&](std::size_t trial)
             {
                 const bool isRuledOut =
-                    (areRuledOut[trial / Lanes::size] >> trial % Lanes::size & 1U) != 0;
+                    hasBit(areRuledOut[trial / Lanes::size], trial % Lanes::size);
                 return !isRuledOut & isOpen(trial);
             });
     }
@@ -190,8 +187,17 @@ void CellCandidates<D>::fetch(std::span<const std::uint32_t> cells) const
 {
     std::array<std::size_t, maximumVertices> points;
     for (const std::uint32_t cell : cells)
-        for (const std::size_t point : std::span(points).first(mCells.gather(cell, points)))
-            __builtin_prefetch(&mCells.point(point));
+        fetchVertices(cell, points);
+}
+
+/// Gathers the points of a cell, and asks the memory for them.
+template<std::size_t D>
+void CellCandidates<D>::fetchVertices(std::uint32_t cell,
+                                      std::span<std::size_t, maximumVertices> points) const
+{
+    const std::size_t count = mCells.gather(cell, points);
+    for (const std::size_t point : points.first(count))
+        __builtin_prefetch(&mCells.point(point));
 }
 
 template class CellCandidates<1>;

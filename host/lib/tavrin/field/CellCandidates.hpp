@@ -62,6 +62,7 @@ private:
 
     void test(std::size_t k, const Position& position, std::uint32_t cell);
     void addTrial(std::size_t k, const Position& position, std::uint32_t cell);
+    void fetchVertices(std::uint32_t cell, std::span<std::size_t, maximumVertices> points) const;
     void tryTrials();
     void tryTogether(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
                      const Lattice<D>& lattice, const volatile bool& abortFlag);

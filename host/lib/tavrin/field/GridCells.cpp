@@ -2,6 +2,7 @@
 
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/domain/structuredCorners.hpp>
 #include <tavrin/field/Inverse.hpp>
 
 #include <cmath>
@@ -73,8 +74,7 @@ void GridCells<D>::takeCells(const EmbeddedCellComplex<D>& grid)
             }
             step *= points;
         }
-        const auto& [i, j, k] = mAxisStep;
-        mCornerSteps = {0, i, i + j, j, k, i + k, i + j + k, j + k};
+        mCornerSteps = structuredCorners(mAxisStep);
         return;
     }
     const CellTable& cells = dynamic_cast<const UnstructuredGrid<D>&>(grid).cells();

@@ -155,6 +155,12 @@ Something rearranged(const Something& lanes, const Lanes::Sources& sources)
     return result;
 }
 
+/// Whether the bit of a lane is set.
+inline bool hasBit(std::uint32_t bits, std::size_t lane)
+{
+    return (bits >> lane & 1U) != 0;
+}
+
 /// The same as of a mask, of a single answer.
 inline bool any(bool mask)
 {

@@ -35,6 +35,8 @@ public:
     /// Says quickly of most trials that fail that they will: one bit for each of a batch.
     void ruleOut(const Trials<D>& trials, std::size_t numBatches, std::uint32_t* areRuledOut) const;
 
+    /// Finds out of each trial whether the cell contains the position, and where: one answer for each
+    /// batch.
     void find(const Trials<D>& trials, std::size_t numBatches, TrialAnswers<D>* answers) const;
 
 private:

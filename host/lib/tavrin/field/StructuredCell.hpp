@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/domain/StructuredGrid.hpp>
+#include <tavrin/domain/structuredCorners.hpp>
 #include <tavrin/field/CellLocator.hpp>
 
 namespace tavrin
@@ -29,8 +30,7 @@ public:
             step *= size[axis];
         }
         mNumVertices = std::size_t{1} << numAxes;
-        const auto& [i, j, k] = steps;
-        mOffsets = {0, i, i + j, j, k, i + k, i + j + k, j + k};
+        mOffsets = structuredCorners(steps);
     }
 
     /// How much further the next cell, or point, along an axis is.

@@ -14,10 +14,11 @@ template<std::size_t D>
 void TreeLocator<D>::locate(std::span<const Position> positions, Location* locations,
                             std::uint8_t* isInside, Hint&) const
 {
-    std::array<CellPlace, CellTree<D>::packetSize> places;
-    for (std::size_t first = 0; first < positions.size(); first += places.size())
+    constexpr std::size_t atOnce = CellTree<D>::packetSize;
+    for (std::size_t first = 0; first < positions.size(); first += atOnce)
     {
-        const std::size_t count = std::min(places.size(), positions.size() - first);
+        const std::size_t count = std::min(atOnce, positions.size() - first);
+        std::array<CellPlace, atOnce> places;
         find(positions.subspan(first, count), places.data());
         for (std::size_t k = 0; k < count; ++k)
         {
@@ -37,7 +38,6 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places
         const std::size_t count = std::min(scaled.size(), positions.size() - first);
         for (std::size_t k = 0; k < count; ++k)
             scaled[k] = mCells.scale() * positions[first + k];
-        std::fill_n(places + first, count, CellPlace());
         CellCandidates<D> candidates(mCells, places + first);
         mTree.search(std::span(scaled).first(count), [&](std::size_t k, std::uint32_t cell)
                      { candidates.add(k, scaled[k], cell); });

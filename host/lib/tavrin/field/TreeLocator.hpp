@@ -22,7 +22,7 @@ public:
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
 
-    /// `locate` in two parts, the first of which takes most of the time.
+    /// `locate` in two parts, the first of which takes most of the time. The places are nothing yet.
     void find(std::span<const Position> positions, CellPlace* places) const;
     void locate(const CellPlace& place, Location& location) const;
 
