@@ -213,10 +213,26 @@ std::shared_ptr<Probes> orderedProbes()
     return probes;
 }
 
-std::shared_ptr<Probes> randomProbes()
+/// Probes that are points, not a grid.
+std::shared_ptr<Probes> pointProbes(const std::string& name, Points points)
 {
     auto probes = std::make_shared<Probes>();
-    probes->name = "random";
+    probes->name = name;
+    probes->points = std::move(points);
+    probes->grid =
+        std::make_shared<PointCloud<3>>(std::make_shared<WrappedValueArray<Vector3, double>>(
+            probes->points.front().begin(), numProbes, 3, nullptr));
+    const auto cloud = vtkSmartPointer<vtkPolyData>::New();
+    vtkNew<vtkPoints> cloudPoints;
+    cloudPoints->SetData(viewed(probes->points, "points"));
+    cloud->SetPoints(cloudPoints);
+    probes->dataSet = cloud;
+    return probes;
+}
+
+std::shared_ptr<Probes> randomProbes()
+{
+    Points points;
     std::mt19937_64 random(2);
     std::uniform_real_distribution<double> coordinate(0.0, 1.01);
     for (std::size_t i = 0; i < numProbes; ++i)
@@ -224,17 +240,20 @@ std::shared_ptr<Probes> randomProbes()
         Vector3 point;
         for (double& x : point)
             x = coordinate(random);
-        probes->points.push_back(point);
+        points.push_back(point);
     }
-    probes->grid =
-        std::make_shared<PointCloud<3>>(std::make_shared<WrappedValueArray<Vector3, double>>(
-            probes->points.front().begin(), numProbes, 3, nullptr));
-    const auto cloud = vtkSmartPointer<vtkPolyData>::New();
-    vtkNew<vtkPoints> points;
-    points->SetData(viewed(probes->points, "points"));
-    cloud->SetPoints(points);
-    probes->dataSet = cloud;
-    return probes;
+    return pointProbes("random", std::move(points));
+}
+
+/// The same places as the ordered ones. On an image VTK goes from cell to cell; for points it needs a
+/// locator.
+std::shared_ptr<Probes> orderedPointProbes(const Probes& ordered)
+{
+    const auto& grid = dynamic_cast<const PointSet<3>&>(*ordered.grid);
+    Points points(numProbes);
+    for (std::size_t i = 0; i < numProbes; ++i)
+        points[i] = grid.point(i);
+    return pointProbes("ordered points", std::move(points));
 }
 
 /// The parser of time values traces its way on standard output.
@@ -329,9 +348,11 @@ void addSampleRows()
 {
     const auto ordered = orderedProbes();
     const auto random = randomProbes();
-    for (const auto& source : {uniformSource(), tetrahedralSource(), curvilinearSource()})
+    const auto curvilinear = curvilinearSource();
+    for (const auto& source : {uniformSource(), tetrahedralSource(), curvilinear})
         for (const auto& probes : {ordered, random})
             addRow(source, probes);
+    addRow(curvilinear, orderedPointProbes(*ordered));
 }
 
 }

@@ -76,12 +76,20 @@ TEST(SortedCoordinates, AreCountedBelowEveryBound)
             for (const float bound :
                  {x, std::nextafter(x, -HUGE_VALF), std::nextafter(x, HUGE_VALF)})
                 bounds.push_back(bound);
-        for (const float bound : bounds)
+        bounds.resize(bounds.size() + SortedCoordinates::boundsAtOnce);
+        for (std::size_t start = 0; start + SortedCoordinates::boundsAtOnce <= bounds.size();
+             ++start)
         {
-            EXPECT_EQ(sorted.numBelow(bound),
-                      std::ranges::lower_bound(coordinates, bound) - coordinates.begin());
-            EXPECT_EQ(sorted.numUpTo(bound),
-                      std::ranges::upper_bound(coordinates, bound) - coordinates.begin());
+            const auto numBelow = sorted.numBelow(&bounds[start]);
+            const auto numUpTo = sorted.numUpTo(&bounds[start]);
+            for (std::size_t n = 0; n < SortedCoordinates::boundsAtOnce; ++n)
+            {
+                const float bound = bounds[start + n];
+                EXPECT_EQ(numBelow[n],
+                          std::ranges::lower_bound(coordinates, bound) - coordinates.begin());
+                EXPECT_EQ(numUpTo[n],
+                          std::ranges::upper_bound(coordinates, bound) - coordinates.begin());
+            }
         }
     }
 }
@@ -174,6 +182,7 @@ TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
         for (const double far : {0.0, 1e7})
         {
             expectSameAnswers(bentGrid<3>({7, 6, 5}, shake, {far, -far, far}, random), 16, random);
+            expectSameAnswers(bentGrid<3>({3, 3, 3}, shake, {far, -far, far}, random), 25, random);
             expectSameAnswers(bentGrid<2>({9, 8, 1}, shake, {far, far}, random), 60, random);
             expectSameAnswers(bentGrid<3>({9, 8, 1}, shake, {far, far, far}, random), 12, random);
         }

@@ -2,6 +2,8 @@
 
 #include <tavrin/field/CellGeometry.hpp>
 
+#include <bit>
+
 namespace tavrin
 {
 
@@ -38,7 +40,7 @@ void CellCandidates<D>::test(std::size_t k, const Position& position, std::uint3
     const CellGeometry<D> geometry(vertices.type, vertices.positions.data());
     Reference at;
     if (geometry.contains(position, at))
-        keep(k, cell, at);
+        mPlaces.keep(k, cell, at);
 }
 
 /// Takes a lane for the cell.
@@ -102,7 +104,7 @@ void CellCandidates<D>::keepAnswers(const Multilinear& cells)
                 Reference at = center;
                 for (std::size_t i = 0; i < D; ++i)
                     at[i] += answer.solution[i][place];
-                keep(k, cell, at);
+                mPlaces.keep(k, cell, at);
             }
             else if (hasBit(answer.isUndecided, place))
                 test(k, mTrials.position(trial), cell);
@@ -116,6 +118,8 @@ void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
                             std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
                             const volatile bool& abortFlag)
 {
+    if (cells.empty())
+        return;
     // Gathering cells pays where enough positions share that work.
     std::size_t numPairs = 0;
     for (const LatticeBlock& block : blocks)
@@ -139,47 +143,35 @@ void CellCandidates<D>::tryTogether(std::span<const std::uint32_t> cells,
         mCells.gather(cells[lane], mPointsOfLane[lane]);
     }
     const Multilinear multilinear = gatherCells(mCells.commonType(), cells.size());
-    const auto tryAll = [&]
-    {
-        siftTrials(multilinear);
-        if (mTrials.size() > 0)
-            keepAnswers(multilinear);
-    };
-    for (std::size_t lane = 0; lane < cells.size(); ++lane)
-        forEachIn(blocks[lane], lattice, abortFlag,
-                  [&](std::size_t k, const Position& position)
-                  {
-                      __builtin_prefetch(&mPlaces[k]);
-                      mTrials.add(k, position, lane);
-                      if (mTrials.isFull())
-                          tryAll();
-                  });
-    tryAll();
+    for (std::size_t lane = 0; lane < cells.size() && !abortFlag; ++lane)
+        addTrials(multilinear, lane, blocks[lane], lattice);
+    if (mTrials.size() > 0)
+        keepAnswers(multilinear);
 }
 
-/// Leaves out trials that cannot change anything.
+/// Tries positions of a block in the cell of a lane. The last few may be left as trials.
 template<std::size_t D>
-void CellCandidates<D>::siftTrials(const Multilinear& cells)
+void CellCandidates<D>::addTrials(const Multilinear& cells, std::size_t lane,
+                                  const LatticeBlock& block, const Lattice<D>& lattice)
 {
     if constexpr (D >= 2)
-    {
-        const auto isOpen = [&](std::size_t trial)
-        { return mCellOfLane[mTrials.lane(trial)] < mPlaces[mTrials.number(trial)].cell; };
-        // So many may be those of cells that lie over each other.
-        if (mTrials.isFull())
-            mTrials.keepIf(isOpen);
-        if (mTrials.size() == 0)
-            return;
-        std::array<std::uint32_t, Trials<D>::numBatches> areRuledOut;
-        cells.ruleOut(mTrials, mTrials.completeBatches(), areRuledOut.data());
-        mTrials.keepIf(
-            [&](std::size_t trial)
-            {
-                const bool isRuledOut =
-                    hasBit(areRuledOut[trial / Lanes::size], trial % Lanes::size);
-                return !isRuledOut & isOpen(trial);
-            });
-    }
+        block.forEachPart(Multilinear::planesAtOnce,
+                          [&](const LatticeBlock& part)
+                          {
+                              for (std::uint64_t bits = cells.sift(lane, part, lattice); bits != 0;
+                                   bits &= bits - 1)
+                              {
+                                  const auto offset = Multilinear::offsetOf(std::countr_zero(bits));
+                                  const std::array<std::size_t, 3> indices{
+                                      part.first[0] + offset[0], part.first[1] + offset[1],
+                                      part.first[2] + offset[2]};
+                                  const std::size_t k = lattice.number(indices);
+                                  mTrials.addIf(mPlaces.isOpenTo(k, mCellOfLane[lane]), k,
+                                                lattice.position(indices), lane);
+                                  if (mTrials.isFull())
+                                      keepAnswers(cells);
+                              }
+                          });
 }
 
 template<std::size_t D>

@@ -1,23 +1,12 @@
 #pragma once
 
+#include <tavrin/field/CellPlaces.hpp>
 #include <tavrin/field/GridCells.hpp>
 #include <tavrin/field/Lattice.hpp>
 #include <tavrin/field/MultilinearCells.hpp>
-#include <tavrin/field/ShapeFunctions.hpp>
 
 namespace tavrin
 {
-
-/// The lowest cell that contains a position, and the reference point there; or no cell.
-struct CellPlace
-{
-    static constexpr std::uint32_t nothing = 0xffffffff;
-
-    std::uint32_t cell = nothing;
-    Reference at{};
-
-    bool isInside() const { return cell != nothing; }
-};
 
 /// Tests cells that may contain some positions, and keeps the lowest that does for each. Positions
 /// are scaled as the cells are, and numbered in 32 bits.
@@ -27,13 +16,16 @@ class CellCandidates
 public:
     using Position = Tensor<double, D>;
 
-    /// Each position has a place, which is nothing yet. Both must outlive it.
-    CellCandidates(const GridCells<D>& cells, CellPlace* places) : mCells(cells), mPlaces(places) {}
+    /// The cells must outlive it.
+    CellCandidates(const GridCells<D>& cells, const CellPlaces& places)
+        : mCells(cells), mPlaces(places)
+    {
+    }
 
     /// The cell may contain position k.
     void add(std::size_t k, const Position& position, std::uint32_t cell)
     {
-        if (cell >= mPlaces[k].cell)
+        if (!mPlaces.isOpenTo(k, cell))
             return;
         if (isMultilinear(mCells.type(cell), D))
             addTrial(k, position, cell);
@@ -41,8 +33,8 @@ public:
             test(k, position, cell);
     }
 
-    /// Each of up to `Lanes::size` cells may contain the positions in a block of a lattice. Stops
-    /// where `abortFlag` reads true.
+    /// Each of up to `Lanes::size` cells may contain the positions in a block of a lattice, behind the
+    /// planes of which seven numbers can be read. Stops where `abortFlag` reads true.
     void add(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
              const Lattice<D>& lattice, const volatile bool& abortFlag);
 
@@ -66,17 +58,13 @@ private:
     void tryTrials();
     void tryTogether(std::span<const std::uint32_t> cells, std::span<const LatticeBlock> blocks,
                      const Lattice<D>& lattice, const volatile bool& abortFlag);
-    void siftTrials(const Multilinear& cells);
+    void addTrials(const Multilinear& cells, std::size_t lane, const LatticeBlock& block,
+                   const Lattice<D>& lattice);
     Multilinear gatherCells(CellType type, std::size_t count);
     void keepAnswers(const Multilinear& cells);
-    void keep(std::size_t k, std::uint32_t cell, const Reference& at)
-    {
-        if (cell < mPlaces[k].cell)
-            mPlaces[k] = {cell, at};
-    }
 
     const GridCells<D>& mCells;
-    CellPlace* mPlaces;
+    CellPlaces mPlaces;
 
     /// Multilinear cells of one type, one in each lane.
     std::array<std::uint32_t, Lanes::size> mCellOfLane;

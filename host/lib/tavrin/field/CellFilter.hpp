@@ -1,42 +1,13 @@
 #pragma once
 
 #include <tavrin/domain/CellType.hpp>
+#include <tavrin/field/Quad.hpp>
 #include <tavrin/value/Tensor.hpp>
 
-#include <bit>
 #include <cstdint>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace tavrin
 {
-
-namespace detail
-{
-
-/// Four neighbouring numbers, and four answers that are all or no bits.
-using Quad = float __attribute__((vector_size(16)));
-using QuadMask = std::int32_t __attribute__((vector_size(16)));
-
-inline Quad loadQuad(const float* numbers)
-{
-    Quad quad;
-    __builtin_memcpy(&quad, numbers, sizeof(quad));
-    return quad;
-}
-
-inline std::uint32_t bitsOf(QuadMask mask)
-{
-#ifdef __SSE2__
-    return static_cast<std::uint32_t>(_mm_movemask_ps(std::bit_cast<__m128>(mask)));
-#else
-    return (mask[0] & 1U) | (mask[1] & 2U) | (mask[2] & 4U) | (mask[3] & 8U);
-#endif
-}
-
-}
 
 /// Rules out most cells of a leaf of a tree that do not contain a position, without a look at their
 /// vertices: by their boxes or, where all cells are simplices with as many dimensions as the space,
@@ -77,7 +48,7 @@ public:
         for (std::uint32_t lane = 0; lane < count; lane += 4)
         {
             const float* row = numbers + lane;
-            detail::QuadMask mask{-1, -1, -1, -1};
+            detail::QuadIntegers mask{-1, -1, -1, -1};
             for (std::size_t i = 0; i < D; ++i, row += std::size_t{2} * count)
                 mask &= (detail::loadQuad(row) <= position[i]) &
                         (detail::loadQuad(row + count) >= position[i]);
@@ -94,7 +65,7 @@ public:
         for (std::uint32_t lane = 0; lane < count; lane += 4)
         {
             const float* row = numbers + lane;
-            detail::QuadMask mask{-1, -1, -1, -1};
+            detail::QuadIntegers mask{-1, -1, -1, -1};
             detail::Quad sum{};
             for (std::size_t i = 0; i < D; ++i)
             {

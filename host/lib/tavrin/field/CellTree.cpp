@@ -37,7 +37,7 @@ public:
         if (count == 0)
             return;
         mTree.mCells = LargeVector<std::uint32_t>(count);
-        // Rows are read four numbers at a time, beyond the end of the last.
+        // Rows are read several numbers at a time, beyond the end of the last.
         mTree.mFilters = LargeVector<float>(count * mTree.mFilter.size() + Tree::leafCapacity);
         std::ranges::fill(std::span(mTree.mFilters).last(Tree::leafCapacity), 0.0F);
         Branch root;

@@ -45,7 +45,7 @@ public:
         std::span<const std::uint32_t> cells() const { return {mCells, mCount}; }
 
         /// The sides of the boxes of the cells along an axis, in mapped coordinates, where the tree
-        /// keeps boxes.
+        /// keeps boxes. There are `leafCapacity` numbers to be read, whatever they are.
         const float* lower(std::size_t axis) const { return mFilters + 2 * axis * mCount; }
         const float* upper(std::size_t axis) const { return lower(axis) + mCount; }
 
@@ -199,7 +199,7 @@ public:
     /// One bit for each child of a node whose box meets that of the positions.
     std::uint32_t childrenAt(const Node& node) const
     {
-        detail::QuadMask mask{-1, -1, -1, -1};
+        detail::QuadIntegers mask{-1, -1, -1, -1};
         for (std::size_t i = 0; i < D; ++i)
             mask &= (detail::loadQuad(node.lower[i].data()) <= mUpper[i]) &
                     (detail::loadQuad(node.upper[i].data()) >= mLower[i]);
@@ -215,7 +215,7 @@ public:
             // Four at a time.
             const auto k = static_cast<std::uint32_t>(std::countr_zero(rest)) & ~3U;
             rest &= ~(15U << k);
-            detail::QuadMask mask{-1, -1, -1, -1};
+            detail::QuadIntegers mask{-1, -1, -1, -1};
             for (std::size_t i = 0; i < D; ++i)
             {
                 const detail::Quad x = detail::loadQuad(mCoordinates[i].data() + k);

@@ -112,16 +112,16 @@ public:
     {
         if (mTree == nullptr)
             return FieldEvaluator<D, T>::place(positions);
-        LargeVector<CellPlace> places(positions.size());
-        mTree->find(positions, places.data());
-        return std::make_unique<CellPlaces>(std::move(places));
+        StoredCellPlaces stored(positions.size());
+        mTree->find(positions, stored.places());
+        return std::make_unique<PlacesInCells>(std::move(stored));
     }
 
     std::unique_ptr<Places> place(const Lattice<D>& lattice,
                                   const volatile bool& abortFlag) override
     {
         auto places = mTree != nullptr ? mTree->find(lattice, abortFlag) : std::nullopt;
-        return places ? std::make_unique<CellPlaces>(std::move(*places)) : nullptr;
+        return places ? std::make_unique<PlacesInCells>(std::move(*places)) : nullptr;
     }
 
     void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
@@ -130,17 +130,17 @@ public:
         if (mTree == nullptr)
             return FieldEvaluator<D, T>::sampleAt(time, places, first, count, values, isValid,
                                                   abortFlag);
-        const auto found =
-            std::span(static_cast<const CellPlaces&>(places).places).subspan(first, count);
+        const CellPlaces found =
+            static_cast<const PlacesInCells&>(places).stored.places().from(first);
         sampleInGroups(time, count, values, isValid, abortFlag,
                        [&](std::size_t group, std::size_t size, Location* locations)
                        {
                            for (std::size_t k = 0; k < size; ++k)
                            {
-                               const CellPlace& place = found[group + k];
-                               isValid[group + k] = place.isInside() ? 1 : 0;
-                               if (place.isInside())
-                                   mTree->locate(place, locations[k]);
+                               const std::size_t n = group + k;
+                               isValid[n] = found.isInside(n) ? 1 : 0;
+                               if (found.isInside(n))
+                                   mTree->locate(found.cell(n), found.point(n), locations[k]);
                            }
                        });
     }
@@ -152,11 +152,11 @@ public:
     }
 
 private:
-    struct CellPlaces final : Places
+    struct PlacesInCells final : Places
     {
-        explicit CellPlaces(LargeVector<CellPlace> all) : places(std::move(all)) {}
+        explicit PlacesInCells(StoredCellPlaces all) : stored(std::move(all)) {}
 
-        LargeVector<CellPlace> places;
+        StoredCellPlaces stored;
     };
 
     /// Calls `locate` for a few positions at once: they are found faster together, and no value is

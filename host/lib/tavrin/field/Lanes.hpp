@@ -33,6 +33,7 @@ public:
     {
         return a.mAnswers < b.mAnswers ? b.mAnswers : a.mAnswers;
     }
+    friend LaneMask operator!(const LaneMask& a) { return 1.0 - a.mAnswers; }
     friend LaneMask andNot(const LaneMask& a, const LaneMask& b)
     {
         return a.mAnswers - a.mAnswers * b.mAnswers;
@@ -42,8 +43,9 @@ public:
     friend std::uint32_t bitsOf(const LaneMask& mask)
     {
         const Numbers each = mask.mAnswers * Numbers{1.0, 2.0, 4.0, 8.0, 16.0, 32.0, 64.0, 128.0};
-        const double sum = ((each[0] + each[4]) + (each[1] + each[5])) +
-                           ((each[2] + each[6]) + (each[3] + each[7]));
+        const auto four = __builtin_shufflevector(each, each, 0, 1, 2, 3) +
+                          __builtin_shufflevector(each, each, 4, 5, 6, 7);
+        const double sum = (four[0] + four[2]) + (four[1] + four[3]);
         return static_cast<std::uint32_t>(static_cast<std::int32_t>(sum));
     }
     friend bool any(const LaneMask& mask) { return bitsOf(mask) != 0; }

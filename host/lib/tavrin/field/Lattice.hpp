@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace tavrin
@@ -23,6 +24,22 @@ struct LatticeBlock
         return end[axis] > first[axis] ? end[axis] - first[axis] : 0;
     }
     std::size_t size() const { return length(0) * length(1) * length(2); }
+
+    /// Calls `visit(part)` for blocks of at most so many planes of each axis, which together are this.
+    template<typename Visit>
+    void forEachPart(std::uint32_t atMost, const Visit& visit) const
+    {
+        LatticeBlock part;
+        auto& [i, j, k] = part.first;
+        for (k = first[2]; k < end[2]; k += atMost)
+            for (j = first[1]; j < end[1]; j += atMost)
+                for (i = first[0]; i < end[0]; i += atMost)
+                {
+                    for (std::size_t axis = 0; axis < 3; ++axis)
+                        part.end[axis] = std::min(part.first[axis] + atMost, end[axis]);
+                    visit(std::as_const(part));
+                }
+    }
 };
 
 /// Positions at the crossings of planes that stand on the axes of space. Those of an axis, fewer than

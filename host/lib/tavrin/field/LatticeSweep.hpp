@@ -24,29 +24,38 @@ public:
     /// Whether it pays.
     bool isWorthwhile() const { return mIsWorthwhile; }
 
-    /// Calls `atLeaf(cells, blocks)` with up to `CellTree::leafCapacity` cells and as many blocks of
-    /// the lattice: all positions in the bounds of a cell, and few others. Before that it calls
-    /// `fetch(cells)`, while there is time for it. Where it does not pay it misses some. Stops where
-    /// `abortFlag` reads true.
-    template<typename Fetch, typename AtLeaf>
-    void run(const Fetch& fetch, const AtLeaf& atLeaf, const volatile bool& abortFlag) const
+    /// So many cells come at once.
+    static constexpr std::size_t cellsAtOnce = CellTree<D>::leafCapacity;
+
+    /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighbouring cells, in the end fewer, and as
+    /// many blocks of the lattice: all positions in the bounds of a cell, and few others. Before that
+    /// it calls `fetch(cells)`, while there is time for it. Where it does not pay it misses some.
+    /// Stops where `abortFlag` reads true.
+    template<typename Fetch, typename Visit>
+    void run(const Fetch& fetch, const Visit& visit, const volatile bool& abortFlag) const
     {
+        std::array<std::uint32_t, 2 * cellsAtOnce> cells;
+        std::array<LatticeBlock, 2 * cellsAtOnce> blocks;
+        std::size_t count = 0;
         for (std::size_t n = 0; n < mLeaves.size() && !abortFlag; ++n)
         {
             if (n + leavesAhead < mLeaves.size())
                 mLeaves[n + leavesAhead].fetch();
             if (n + cellsAhead < mLeaves.size())
                 fetch(mLeaves[n + cellsAhead].cells());
-            const auto& leaf = mLeaves[n];
-            std::array<LatticeBlock, CellTree<D>::leafCapacity> blocks;
-            for (std::size_t axis = 0; axis < D; ++axis)
-                for (std::size_t cell = 0; cell < leaf.cells().size(); ++cell)
-                {
-                    blocks[cell].first[axis] = mAxes[axis].numBelow(leaf.lower(axis)[cell]);
-                    blocks[cell].end[axis] = mAxes[axis].numUpTo(leaf.upper(axis)[cell]);
-                }
-            atLeaf(leaf.cells(), std::span<const LatticeBlock>(blocks).first(leaf.cells().size()));
+            findBlocks(mLeaves[n], &blocks[count]);
+            std::ranges::copy(mLeaves[n].cells(), &cells[count]);
+            count += mLeaves[n].cells().size();
+            if (count < cellsAtOnce)
+                continue;
+            visit(std::span<const std::uint32_t>(cells).first(cellsAtOnce),
+                  std::span<const LatticeBlock>(blocks).first(cellsAtOnce));
+            count -= cellsAtOnce;
+            std::copy_n(&cells[cellsAtOnce], count, cells.begin());
+            std::copy_n(&blocks[cellsAtOnce], count, blocks.begin());
         }
+        visit(std::span<const std::uint32_t>(cells).first(count),
+              std::span<const LatticeBlock>(blocks).first(count));
     }
 
 private:
@@ -54,8 +63,22 @@ private:
     static constexpr std::size_t cellsPerPosition = 4;
 
     /// How many leaves ahead the memory is asked for a leaf, and later for the vertices of its cells.
-    static constexpr std::size_t leavesAhead = 4;
+    static constexpr std::size_t leavesAhead = 8;
     static constexpr std::size_t cellsAhead = 2;
+
+    void findBlocks(const typename CellTree<D>::Leaf& leaf, LatticeBlock* blocks) const
+    {
+        for (std::size_t axis = 0; axis < D; ++axis)
+        {
+            const auto first = mAxes[axis].numBelow(leaf.lower(axis));
+            const auto end = mAxes[axis].numUpTo(leaf.upper(axis));
+            for (std::size_t cell = 0; cell < leaf.cells().size(); ++cell)
+            {
+                blocks[cell].first[axis] = first[cell];
+                blocks[cell].end[axis] = end[cell];
+            }
+        }
+    }
 
     std::vector<SortedCoordinates> mAxes;
     std::vector<typename CellTree<D>::Leaf> mLeaves;

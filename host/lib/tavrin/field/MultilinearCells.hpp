@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/field/Lattice.hpp>
 #include <tavrin/field/MultilinearInversion.hpp>
 #include <tavrin/field/Trials.hpp>
 
@@ -32,8 +33,22 @@ public:
 
     CellType type() const { return mType; }
 
-    /// Says quickly of most trials that fail that they will: one bit for each of a batch.
-    void ruleOut(const Trials<D>& trials, std::size_t numBatches, std::uint32_t* areRuledOut) const;
+    /// So many planes of each axis may a block have to be sifted.
+    static constexpr std::uint32_t planesAtOnce = 4;
+
+    /// Says quickly of most positions in a block of a lattice that the cell in a lane does not have
+    /// them: the others have one bit each. Seven numbers behind the planes of the lattice are read,
+    /// too.
+    std::uint64_t sift(std::size_t lane, const LatticeBlock& block,
+                       const Lattice<D>& lattice) const;
+
+    /// Where in the block the position of a bit is.
+    static std::array<std::uint32_t, 3> offsetOf(int bit)
+    {
+        const auto number = static_cast<std::uint32_t>(bit);
+        return {number % planesAtOnce, number / planesAtOnce % planesAtOnce,
+                number / (planesAtOnce * planesAtOnce)};
+    }
 
     /// Finds out of each trial whether the cell contains the position, and where: one answer for each
     /// batch.

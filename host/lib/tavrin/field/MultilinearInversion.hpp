@@ -9,6 +9,18 @@
 namespace tavrin
 {
 
+/// Whether some component of a vector is larger than it may be, up or down.
+template<std::size_t D, typename Number>
+MaskOf<Number> isBeyond(const Tensor<Number, D>& vector, const Tensor<Number, D>& limits)
+{
+    using std::abs;
+    using std::max;
+    Number excess = abs(vector[0]) - limits[0];
+    for (std::size_t i = 1; i < D; ++i)
+        excess = max(excess, abs(vector[i]) - limits[i]);
+    return excess > 0.0;
+}
+
 /// Looks for the reference points that a multilinear map takes to positions. Numbers are doubles, or
 /// `Lanes` for several searches side by side, each of which ends as it would alone.
 template<std::size_t D, typename Number>
@@ -42,22 +54,23 @@ public:
     {
         const double reach = reachOf(type);
         // From here on in the coordinates where the linear term is the identity.
-        std::array<Number, std::tuple_size_v<decltype(mProducts.factors)>> size;
-        for (std::size_t i = 0; i < size.size(); ++i)
-        {
-            mProducts.factors[i] = mInverse * mMap.products.factors[i];
-            size[i] = maximumNorm(mProducts.factors[i]);
-        }
-        mPairs = size[0];
+        mPairs = 0.0;
         mTriple = 0.0;
-        if constexpr (D == 3)
+        Position bounds{};
+        for (std::size_t i = 0; i < mProducts.factors.size(); ++i)
         {
-            mPairs += size[1] + size[2];
-            mTriple = size[3];
+            using std::abs;
+            const bool isPair = i < 3;
+            Position& factor = mProducts.factors[i];
+            factor = mInverse * mMap.products.factors[i];
+            (isPair ? mPairs : mTriple) += maximumNorm(factor);
+            for (std::size_t axis = 0; axis < D; ++axis)
+                bounds[axis] += abs(factor[axis]) * (reach * reach * (isPair ? 1.0 : reach));
         }
         // A solution in the cell is the affine one but for the products, which are bounded there.
-        mBound = reach * reach * (mPairs + reach * mTriple);
-        mLimit = reach + 1.01 * mBound + largestTolerance;
+        mBound = maximumNorm(bounds);
+        for (std::size_t axis = 0; axis < D; ++axis)
+            mLimits[axis] = reach + 1.01 * bounds[axis] + largestTolerance;
     }
 
     /// The part of it that says at once of most positions outside that they are.
@@ -66,23 +79,24 @@ public:
         Position origin;
         Position constant;
         Inverse<D, Number> inverse;
-        Number limit;
+        /// Of the components of the solution. Infinite where it is no proof.
+        Position limits;
 
         Position solution(const Position& position) const
         {
             return inverse * (position - origin - constant);
         }
-        Mask rulesOut(const Position& position) const
-        {
-            const Position at = solution(position);
-            return isFinite(at) & (maximumNorm(at) > limit);
-        }
     };
     Affine affine() const
     {
-        // A cell that is irregular rules out nothing.
         constexpr double infinity = std::numeric_limits<double>::infinity();
-        return {mMap.origin, mMap.constant, mInverse, select(mIsRegular, mLimit, Number(infinity))};
+        Affine affine{mMap.origin, mMap.constant, mInverse, mLimits};
+        Mask isProof = mIsRegular;
+        for (std::size_t i = 0; i < D; ++i)
+            isProof = isProof & isFinite(mInverse.row(i));
+        for (Number& limit : affine.limits)
+            limit = select(isProof, limit, Number(infinity));
+        return affine;
     }
 
     Answer find(const Position& position) const
@@ -91,11 +105,12 @@ public:
         const Position linearSolution = affine().solution(position);
         Answer answer;
         answer.isRegular = mIsRegular & isFinite(linearSolution);
-        answer.isRuledOut = answer.isRegular & (maximumNorm(linearSolution) > mLimit);
+        answer.isRuledOut = answer.isRegular & isBeyond(linearSolution, mLimits);
         answer.isFound =
             andNot(answer.isRegular & (mBound < shortestStep * shortestStep), answer.isRuledOut);
-        // One step without derivatives comes cheap.
-        answer.solution = clamped(linearSolution - mProducts(linearSolution));
+        answer.solution = linearSolution;
+        for (int i = 0; i < cheapSteps; ++i)
+            answer.solution = clamped(linearSolution - mProducts(answer.solution));
         double growth = 1.0;
         Mask isActive = andNot(andNot(answer.isRegular, answer.isRuledOut), answer.isFound);
         for (int i = 0; i < maximumSteps && any(isActive); ++i)
@@ -142,6 +157,9 @@ private:
     static constexpr double shortestStep = 1e-9;
     static constexpr int maximumSteps = 20;
 
+    /// So many steps without derivatives leave one with them to most cells.
+    static constexpr int cheapSteps = 3;
+
     static Mask isFinite(const Position& u)
     {
         Number poison = 0.0;
@@ -168,8 +186,9 @@ private:
     Number mTriple;
     /// Of all products in the cell.
     Number mBound;
-    /// How far from the centre the solution without products may be, for positions in the cell.
-    Number mLimit;
+    /// How far from the centre the solution without products may be along each axis, for positions in
+    /// the cell.
+    Position mLimits;
 };
 
 }

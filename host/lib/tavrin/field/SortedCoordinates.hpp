@@ -1,79 +1,106 @@
 #pragma once
 
+#include <tavrin/field/Quad.hpp>
+
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 #include <vector>
 
 namespace tavrin
 {
 
-/// Ascending coordinates, to find those in an interval. It has a table of equal intervals, of which
-/// each knows where its coordinates begin.
+/// Ascending coordinates, to find those in intervals. It has a table of equal intervals, of which each
+/// knows where its coordinates begin.
 class SortedCoordinates
 {
 public:
+    /// So many bounds are looked up at once.
+    static constexpr std::size_t boundsAtOnce = 8;
+    using Counts = std::array<std::uint32_t, boundsAtOnce>;
+
     /// At least one. They may be infinite.
     explicit SortedCoordinates(std::vector<float> coordinates)
-        : mCoordinates(std::move(coordinates)), mHighest(mCoordinates.back())
+        : mCoordinates(std::move(coordinates))
     {
         const std::size_t numIntervals = std::min(2 * mCoordinates.size(), mostIntervals);
         mLast = static_cast<float>(numIntervals - 1);
-        mPerUnit = mLast / (mCoordinates.back() - mCoordinates.front());
-        mBegin.resize(numIntervals + 1, static_cast<std::uint32_t>(mCoordinates.size()));
+        mPerUnit = mLast / (highest() - lowest());
+        mIntervals.resize(numIntervals + 1, {static_cast<std::uint32_t>(mCoordinates.size()),
+                                             std::numeric_limits<float>::quiet_NaN()});
         for (std::size_t i = mCoordinates.size(); i-- > 0;)
-            mBegin[interval(mCoordinates[i])] = static_cast<std::uint32_t>(i);
-        for (std::size_t i = mBegin.size() - 1; i-- > 0;)
-            mBegin[i] = std::min(mBegin[i], mBegin[i + 1]);
-        // To be looked at where there is none.
-        mCoordinates.push_back(0.0F);
+            mIntervals[static_cast<std::size_t>(intervals(Quad{} + mCoordinates[i])[0])] = {
+                static_cast<std::uint32_t>(i), mCoordinates[i]};
+        for (std::size_t i = numIntervals; i-- > 0;)
+            if (mIntervals[i].begin > mIntervals[i + 1].begin)
+                mIntervals[i] = mIntervals[i + 1];
     }
 
     float lowest() const { return mCoordinates.front(); }
-    float highest() const { return mHighest; }
+    float highest() const { return mCoordinates.back(); }
 
-    /// The number of those below a bound, or not above it.
-    std::uint32_t numBelow(float bound) const
+    /// The numbers of those below each bound, or not above it.
+    Counts numBelow(const float* bounds) const
     {
-        return numWhere(bound, [bound](float x) { return x < bound; });
+        return numWhere(bounds, [](float x, float bound) { return x < bound; });
     }
-    std::uint32_t numUpTo(float bound) const
+    Counts numUpTo(const float* bounds) const
     {
-        return numWhere(bound, [bound](float x) { return x <= bound; });
+        return numWhere(bounds, [](float x, float bound) { return x <= bound; });
     }
 
 private:
     /// Single precision counts them exactly.
     static constexpr std::size_t mostIntervals = std::size_t{1} << 20;
 
-    /// Rounding keeps the order of coordinates, and so does this.
-    std::size_t interval(float coordinate) const
+    /// The first coordinate in an interval or behind it, and its number.
+    struct Interval
     {
-        const float interval = (coordinate - mCoordinates.front()) * mPerUnit;
-        return static_cast<std::size_t>(
-            static_cast<std::int32_t>(interval > 0.0F ? std::min(interval, mLast) : 0.0F));
+        std::uint32_t begin;
+        float first;
+    };
+
+    using Quad = detail::Quad;
+
+    /// Those of four coordinates. Rounding keeps the order of coordinates, and so does this.
+    detail::QuadIntegers intervals(const Quad& coordinates) const
+    {
+        const Quad intervals = (coordinates - lowest()) * mPerUnit;
+        const Quad atLeast = intervals > Quad{} ? intervals : Quad{};
+        const Quad last = Quad{} + mLast;
+        return __builtin_convertvector(atLeast < last ? atLeast : last, detail::QuadIntegers);
     }
 
     template<typename Predicate>
-    std::uint32_t numWhere(float bound, const Predicate& holds) const
+    Counts numWhere(const float* bounds, const Predicate& holds) const
     {
-        const std::size_t i = interval(bound);
-        const std::uint32_t begin = mBegin[i];
-        const std::uint32_t end = mBegin[i + 1];
-        // Where there is one or none it takes no branch, which would be a guess.
-        if (end - begin <= 1)
-            return begin + static_cast<std::uint32_t>((end > begin) & holds(mCoordinates[begin]));
-        return static_cast<std::uint32_t>(
-            std::partition_point(mCoordinates.begin() + begin, mCoordinates.begin() + end, holds) -
-            mCoordinates.begin());
+        Counts counts;
+        for (std::size_t start = 0; start < boundsAtOnce; start += 4)
+        {
+            const detail::QuadIntegers indices = intervals(detail::loadQuad(bounds + start));
+            for (std::size_t n = 0; n < 4; ++n)
+            {
+                const Interval* const interval = &mIntervals[static_cast<std::size_t>(indices[n])];
+                const float bound = bounds[start + n];
+                counts[start + n] = interval->begin + (holds(interval->first, bound) ? 1 : 0);
+                if (interval[1].begin - interval[0].begin > 1)
+                    counts[start + n] = static_cast<std::uint32_t>(
+                        std::partition_point(mCoordinates.begin() + interval[0].begin,
+                                             mCoordinates.begin() + interval[1].begin,
+                                             [&](float x) { return holds(x, bound); }) -
+                        mCoordinates.begin());
+            }
+        }
+        return counts;
     }
 
     std::vector<float> mCoordinates;
-    float mHighest;
     float mLast;
     float mPerUnit;
-    std::vector<std::uint32_t> mBegin;
+    std::vector<Interval> mIntervals;
 };
 
 }

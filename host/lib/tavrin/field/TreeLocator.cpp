@@ -18,19 +18,21 @@ void TreeLocator<D>::locate(std::span<const Position> positions, Location* locat
     for (std::size_t first = 0; first < positions.size(); first += atOnce)
     {
         const std::size_t count = std::min(atOnce, positions.size() - first);
-        std::array<CellPlace, atOnce> places;
-        find(positions.subspan(first, count), places.data());
+        std::array<std::uint32_t, atOnce> cells;
+        std::array<Reference, atOnce> points;
+        const CellPlaces places(cells, points);
+        find(positions.subspan(first, count), places);
         for (std::size_t k = 0; k < count; ++k)
         {
-            isInside[first + k] = places[k].isInside() ? 1 : 0;
-            if (places[k].isInside())
-                locate(places[k], locations[first + k]);
+            isInside[first + k] = places.isInside(k) ? 1 : 0;
+            if (places.isInside(k))
+                locate(cells[k], points[k], locations[first + k]);
         }
     }
 }
 
 template<std::size_t D>
-void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places) const
+void TreeLocator<D>::find(std::span<const Position> positions, const CellPlaces& places) const
 {
     std::array<Position, CellTree<D>::packetSize> scaled;
     for (std::size_t first = 0; first < positions.size(); first += scaled.size())
@@ -38,7 +40,7 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places
         const std::size_t count = std::min(scaled.size(), positions.size() - first);
         for (std::size_t k = 0; k < count; ++k)
             scaled[k] = mCells.scale() * positions[first + k];
-        CellCandidates<D> candidates(mCells, places + first);
+        CellCandidates<D> candidates(mCells, places.from(first));
         mTree.search(std::span(scaled).first(count), [&](std::size_t k, std::uint32_t cell)
                      { candidates.add(k, scaled[k], cell); });
         candidates.finish();
@@ -46,8 +48,8 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellPlace* places
 }
 
 template<std::size_t D>
-std::optional<LargeVector<CellPlace>> TreeLocator<D>::find(const Lattice<D>& lattice,
-                                                           const volatile bool& abortFlag) const
+std::optional<StoredCellPlaces> TreeLocator<D>::find(const Lattice<D>& lattice,
+                                                     const volatile bool& abortFlag) const
 {
     if (!mTree.hasBoxes() || lattice.size() == 0)
         return {};
@@ -57,28 +59,30 @@ std::optional<LargeVector<CellPlace>> TreeLocator<D>::find(const Lattice<D>& lat
     {
         for (const double coordinate : lattice.planes[axis])
             planes[axis].push_back(mCells.scale() * coordinate);
-        scaled.planes[axis] = planes[axis];
+        // The candidates read behind them.
+        planes[axis].resize(planes[axis].size() + Lanes::size);
+        scaled.planes[axis] = std::span(planes[axis]).first(lattice.planes[axis].size());
     }
     const LatticeSweep<D> sweep(mTree, scaled);
     if (!sweep.isWorthwhile())
         return {};
-    LargeVector<CellPlace> places(lattice.size());
-    CellCandidates<D> candidates(mCells, places.data());
+    std::optional<StoredCellPlaces> stored(std::in_place, lattice.size());
+    CellCandidates<D> candidates(mCells, stored->places());
     using Cells = std::span<const std::uint32_t>;
     sweep.run([&](Cells cells) { candidates.fetch(cells); },
               [&](Cells cells, std::span<const LatticeBlock> blocks)
               { candidates.add(cells, blocks, scaled, abortFlag); },
               abortFlag);
     candidates.finish();
-    return places;
+    return stored;
 }
 
 template<std::size_t D>
-void TreeLocator<D>::locate(const CellPlace& place, Location& location) const
+void TreeLocator<D>::locate(std::uint32_t cell, const Reference& point, Location& location) const
 {
-    location.cell = place.cell;
-    location.numVertices = mCells.gather(place.cell, location.pointIndices);
-    shapeFunctions(mCells.type(place.cell), place.at, location.weights);
+    location.cell = cell;
+    location.numVertices = mCells.gather(cell, location.pointIndices);
+    shapeFunctions(mCells.type(cell), point, location.weights);
 }
 
 template<std::size_t D>

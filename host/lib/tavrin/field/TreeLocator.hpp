@@ -22,14 +22,14 @@ public:
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
 
-    /// `locate` in two parts, the first of which takes most of the time. The places are nothing yet.
-    void find(std::span<const Position> positions, CellPlace* places) const;
-    void locate(const CellPlace& place, Location& location) const;
+    /// `locate` in two parts, the first of which takes most of the time.
+    void find(std::span<const Position> positions, const CellPlaces& places) const;
+    void locate(std::uint32_t cell, const Reference& point, Location& location) const;
 
     /// The same for all positions of a lattice, faster where they are many. Where they are few for the
     /// cells among them it finds nothing out. Where `abortFlag` reads true the places are undefined.
-    std::optional<LargeVector<CellPlace>> find(const Lattice<D>& lattice,
-                                               const volatile bool& abortFlag) const;
+    std::optional<StoredCellPlaces> find(const Lattice<D>& lattice,
+                                         const volatile bool& abortFlag) const;
 
     Box<D> bounds() const override;
     std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }

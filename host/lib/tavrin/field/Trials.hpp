@@ -41,18 +41,11 @@ public:
         return result;
     }
 
-    /// Keeps the trials for which `isKept(trial)` is true.
-    template<typename IsKept>
-    void keepIf(const IsKept& isKept)
+    /// The same, if it is wanted, without a branch, which would be a guess.
+    void addIf(bool isWanted, std::size_t k, const Tensor<double, D>& position, std::size_t lane)
     {
-        std::size_t kept = 0;
-        for (std::size_t trial = 0; trial < mSize; ++trial)
-        {
-            // Without a branch, which would be a guess.
-            copy(trial, kept);
-            kept += isKept(trial) ? 1 : 0;
-        }
-        mSize = kept;
+        add(k, position, lane);
+        mSize -= isWanted ? 0 : 1;
     }
 
     /// Fills the last batch up with what is in it. Returns how many batches there are.

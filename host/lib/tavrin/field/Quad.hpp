@@ -1,0 +1,38 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace tavrin
+{
+
+namespace detail
+{
+
+/// Four neighbouring numbers, and as many integers, or answers that are all or no bits.
+using Quad = float __attribute__((vector_size(16)));
+using QuadIntegers = std::int32_t __attribute__((vector_size(16)));
+
+inline Quad loadQuad(const float* numbers)
+{
+    Quad quad;
+    __builtin_memcpy(&quad, numbers, sizeof(quad));
+    return quad;
+}
+
+inline std::uint32_t bitsOf(QuadIntegers mask)
+{
+#ifdef __SSE2__
+    return static_cast<std::uint32_t>(_mm_movemask_ps(std::bit_cast<__m128>(mask)));
+#else
+    return (mask[0] & 1U) | (mask[1] & 2U) | (mask[2] & 4U) | (mask[3] & 8U);
+#endif
+}
+
+}
+
+}
