@@ -67,6 +67,7 @@ const Case cases[] = {
     {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .vtm, .pvd and .series\n"},
     {"MissingArray", R"(operate "Field A=flow.vtu#velocty" -o out.vtu)", 2, "error: flow.vtu: no array \"velocty\"; did you mean \"velocity\"?\n"},
     {"GridOfAnotherDimension", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\nPOINTS 2 float\n0 0 0  1 0 0\n' >line.vtk; tavrin run 'Field/Sample Field on Given Grid' Field=double_gyre.pvd 'Grid=line.vtk?dimension=1' -o out.pvd)", 2, "error: option \"Grid\": it takes a 2-D grid or point set or a 3-D grid or point set, not a 1-D point set\n"},
+    {"NamesWithControlCharacters", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nORIGIN 0 0 0\nSPACING 1 1 1\nPOINT_DATA 2\nSCALARS a%%1B[31m%%0Ab double 1\nLOOKUP_TABLE default\n1 2\n' >odd.vtk; tavrin info odd.vtk | grep -o 'a .*31m b *points' >&2)", 0, "a [31m b  points\n"},
     {"NoReference", R"(operate "Field A=#velocity" -o out.vtu)", 2, "error: \"#velocity\" names no file; a data reference is FILE#ARRAY?key=value&key=value\n"},
     {"UnknownKey", R"(operate "Field A=flow.vtu?tim=1" -o out.vtu)", 2, "error: unknown key \"tim\" in a data reference; did you mean \"time\"?\n"},
     {"MismatchingFields", R"(operate "Field A=flow.vtu" "Field B=abc_flow.vti" "Operator=Multiply (A*B)*C" -o out.vtu)", 1, "Input Fields do not match in domain or timesteps.\nerror: \"Field/Tensor Field Operator\" published nothing on \"Field\"\n"},
@@ -107,6 +108,7 @@ const Case cases[] = {
     // Pictures
     {"Picture", R"(draw Field=flow.vtu "Color Map=viridis" --size 200x150 && head -c 24 out.png | tail -c 8 | od -An -tx1 >&2)", 0, " 00 00 00 c8 00 00 00 96\n"},
     {"ScaleIsAdvised", "draw Field=flow.vtu Scale=1000 --size 20x20", 0, "hint: the longest arrow has the length 1500, and neighbouring samples are 0.32 apart; with \"Scale\" 0.21 both are equal\n"},
+    {"TimeIsMissing", "draw Field=double_gyre.pvd Time=12 --size 20x20", 0, "hint: the field has values from time 0 to 10, none at 12; shown are those at 0\n"},
     {"NoVectors", "draw Field=plate_with_hole.vts", 2, "error: option \"Field\": it takes a function of type 2-D Vector or a function of type 3-D Vector, not a function of type 3x3 Matrix on Points\n"},
     {"NothingToDraw", "draw", 1, "Input Field not set.\nerror: \"Field/Show Hedgehogs\" published nothing on \"Hedgehogs\"\n"},
     {"UnknownColorMap", R"(draw Field=flow.vtu "Color Map=virids")", 2, "error: unknown colour map \"virids\"; did you mean \"viridis\"?\n"},

@@ -1,5 +1,7 @@
 #include "Console.hpp"
 
+#include "../text/Layout.hpp"
+
 #include <tavrin/io/FileError.hpp>
 
 #include <poll.h>
@@ -32,14 +34,6 @@ bool canShowStatus()
            (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
-}
-
-std::string oneLine(std::string text)
-{
-    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
-    std::ranges::replace_if(text, isControl, ' ');
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
 }
 
 Console::Console() : mIsTerminal(canShowStatus()) {}

@@ -46,7 +46,4 @@ private:
     int mOutputError = 0;
 };
 
-/// Replaces control characters by blanks, so that a text stays in one line.
-std::string oneLine(std::string text);
-
 }

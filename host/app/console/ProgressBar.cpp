@@ -1,5 +1,7 @@
 #include "ProgressBar.hpp"
 
+#include "../text/Layout.hpp"
+
 #include <tavrin/base/Exceptions.hpp>
 
 #include <fmt/format.h>

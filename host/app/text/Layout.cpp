@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace tavrin::app
 {
@@ -35,16 +36,27 @@ std::vector<std::string> linesOf(const std::string& text)
     return lines;
 }
 
-std::string alignedColumns(const std::vector<std::vector<std::string>>& rows, std::size_t indent,
+std::string oneLine(std::string text)
+{
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    std::ranges::replace_if(text, isControl, ' ');
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text;
+}
+
+std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size_t indent,
                            LastColumn lastColumn)
 {
     constexpr std::size_t gap = 2;
     std::vector<std::size_t> widths;
-    for (const auto& row : rows)
+    for (auto& row : rows)
     {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i)
+        {
+            row[i] = oneLine(std::move(row[i]));
             widths[i] = std::max(widths[i], numCharacters(row[i]));
+        }
     }
     std::string text;
     for (const auto& row : rows)

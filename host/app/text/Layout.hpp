@@ -17,6 +17,9 @@ std::string joined(std::span<const std::string> texts, std::string_view separato
 /// The lines of a text, without their ends.
 std::vector<std::string> linesOf(const std::string& text);
 
+/// Replaces control characters by blanks, so that a text stays in one line.
+std::string oneLine(std::string text);
+
 /// What happens to long texts in the last column of a table.
 enum class LastColumn
 {
@@ -24,9 +27,9 @@ enum class LastColumn
     AsItIs
 };
 
-/// Rows of cells as lines of aligned columns, two blanks apart.
-std::string alignedColumns(const std::vector<std::vector<std::string>>& rows,
-                           std::size_t indent = 0, LastColumn lastColumn = LastColumn::Wrapped);
+/// Rows of cells as lines of aligned columns, two blanks apart, without control characters.
+std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size_t indent = 0,
+                           LastColumn lastColumn = LastColumn::Wrapped);
 
 /// A text broken between words into lines of at most `pageWidth` characters, all but the first
 /// indented. Without a line end.

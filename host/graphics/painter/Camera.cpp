@@ -15,11 +15,6 @@ const double opening = std::tan(12.0 * std::numbers::pi / 180.0);
 /// What extends over no length would be enlarged without bound.
 constexpr double smallestExtent = 1e-2;
 
-Position cross(const Position& a, const Position& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 /// Cosine and sine of an angle in degrees; exact for quarter turns.
 std::array<double, 2> cosineAndSine(double degrees)
 {

@@ -1,5 +1,6 @@
 #include <tavrin/io/CellConversion.hpp>
 
+#include <tavrin/domain/CellFaults.hpp>
 #include <tavrin/io/FileError.hpp>
 #include <tavrin/io/Malformed.hpp>
 #include <tavrin/io/VtkCellTypes.hpp>
@@ -112,25 +113,6 @@ const std::map<int, Recipe>& recipes()
     return all;
 }
 
-/// How many cells have a fault, and which is the first.
-struct Faults
-{
-    std::size_t count = 0;
-    std::size_t first = 0;
-
-    void add(std::size_t cell)
-    {
-        if (count++ == 0)
-            first = cell;
-    }
-    void complainIfAny(const std::string& fault) const
-    {
-        if (count > 0)
-            throw Malformed(std::to_string(count) + (count == 1 ? " cell " : " cells ") + fault +
-                            ", the first is cell " + std::to_string(first));
-    }
-};
-
 std::string countedCells(std::size_t count, const std::string& one, const std::string& several)
 {
     return std::to_string(count) + (count == 1 ? " cell " + one : " cells " + several);
@@ -186,10 +168,10 @@ private:
     std::vector<std::int64_t> mOffsets{0};
     std::vector<std::int64_t> mConnectivity;
     std::vector<std::size_t> mOrigin;
-    Faults mOutside;
-    Faults mTooFew;
-    Faults mUnknown;
-    Faults mBadFaces;
+    CellFaults mOutside;
+    CellFaults mTooFew;
+    CellFaults mUnknown;
+    CellFaults mBadFaces;
     std::size_t mTooMany = 0;
     std::size_t mConcave = 0;
     std::map<int, std::size_t> mLinearized;
@@ -198,7 +180,7 @@ private:
 void Conversion::checkOffsets() const
 {
     const auto available = static_cast<std::int64_t>(mCells.connectivity.size());
-    Faults faults;
+    CellFaults faults;
     for (std::size_t cell = 0; cell < mCells.types.size(); ++cell)
     {
         const std::int64_t start = mCells.offsets[cell];
@@ -206,7 +188,7 @@ void Conversion::checkOffsets() const
         if (start < 0 || end < start || end > available)
             faults.add(cell);
     }
-    faults.complainIfAny("with offsets that descend or leave the connectivity");
+    complainIfAny<Malformed>(faults, "with offsets that descend or leave the connectivity");
 }
 
 void Conversion::add(std::size_t cell, CellType type, std::span<const std::int64_t> vertices)
@@ -326,10 +308,11 @@ ConvertedCells Conversion::run(const volatile bool& abortFlag)
         else
             mOutside.add(cell);
     }
-    mUnknown.complainIfAny("of a type that is not supported");
-    mTooFew.complainIfAny("with fewer vertices than the type has");
-    mBadFaces.complainIfAny("with a list of faces that makes no polyhedron");
-    mOutside.complainIfAny("with vertices beyond the " + std::to_string(mNumPoints) + " points");
+    complainIfAny<Malformed>(mUnknown, "of a type that is not supported");
+    complainIfAny<Malformed>(mTooFew, "with fewer vertices than the type has");
+    complainIfAny<Malformed>(mBadFaces, "with a list of faces that makes no polyhedron");
+    complainIfAny<Malformed>(mOutside,
+                             "with vertices beyond the " + std::to_string(mNumPoints) + " points");
 
     ConvertedCells result{
         {std::move(mTypes), IndexArray(std::move(mOffsets)), IndexArray(std::move(mConnectivity))},

@@ -94,11 +94,8 @@ std::shared_ptr<const ValueArray<Tensor<double, D>>> wrapPoints(const StoredArra
 
 PositionOf positionsIn(const StoredArray& points)
 {
-    return [values = wrapPoints<3>(points)](std::int64_t point) -> Position
-    {
-        const Vector3 position = (*values)[static_cast<std::size_t>(point)];
-        return {position[0], position[1], position[2]};
-    };
+    return [values = wrapPoints<3>(points)](std::int64_t point)
+    { return (*values)[static_cast<std::size_t>(point)]; };
 }
 
 /// A layout with D coordinates of one with three; nothing where the axes do not stay in them.

@@ -11,24 +11,9 @@ namespace
 
 constexpr std::size_t mostCornersToClip = 10000;
 
-Position minus(const Position& a, const Position& b)
+std::vector<Vector3> positionsOf(std::span<const std::int64_t> points, const PositionOf& position)
 {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-Position cross(const Position& a, const Position& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-double dot(const Position& a, const Position& b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-std::vector<Position> positionsOf(std::span<const std::int64_t> points, const PositionOf& position)
-{
-    std::vector<Position> positions;
+    std::vector<Vector3> positions;
     positions.reserve(points.size());
     for (const std::int64_t point : points)
         positions.push_back(position(point));
@@ -36,16 +21,14 @@ std::vector<Position> positionsOf(std::span<const std::int64_t> points, const Po
 }
 
 /// The normal of a polygon, which need not be quite flat, twice as long as its area (Newell).
-Position normalOf(const std::vector<Position>& corners)
+Vector3 normalOf(const std::vector<Vector3>& corners)
 {
-    Position normal{};
+    Vector3 normal{};
     for (std::size_t i = 0; i < corners.size(); ++i)
     {
-        const Position a = minus(corners[i], corners[0]);
-        const Position b = minus(corners[(i + 1) % corners.size()], corners[0]);
-        const Position part = cross(a, b);
-        for (std::size_t k = 0; k < 3; ++k)
-            normal[k] += part[k];
+        const Vector3 a = corners[i] - corners[0];
+        const Vector3 b = corners[(i + 1) % corners.size()] - corners[0];
+        normal += cross(a, b);
     }
     return normal;
 }
@@ -56,8 +39,8 @@ class FlatPolygon
 public:
     FlatPolygon(std::span<const std::int64_t> points, const PositionOf& position)
     {
-        const std::vector<Position> corners = positionsOf(points, position);
-        const Position normal = normalOf(corners);
+        const std::vector<Vector3> corners = positionsOf(points, position);
+        const Vector3 normal = normalOf(corners);
         // Dropping the coordinate in which the normal is longest keeps the shape best.
         std::size_t dropped = 0;
         for (std::size_t k = 1; k < 3; ++k)
@@ -67,7 +50,7 @@ public:
         std::size_t second = (dropped + 2) % 3;
         if (normal[dropped] < 0.0)
             std::swap(first, second);
-        for (const Position& corner : corners)
+        for (const Vector3& corner : corners)
             mCorners.push_back({corner[first], corner[second]});
     }
 
@@ -165,14 +148,14 @@ bool isConvex(std::span<const std::vector<std::int64_t>> faces, const PositionOf
         [&](const std::vector<std::int64_t>& face)
         {
             const auto corners = positionsOf(face, position);
-            const Position normal = normalOf(corners);
+            const Vector3 normal = normalOf(corners);
             // How far the polyhedron reaches before the face and behind it.
             double before = 0.0;
             double behind = 0.0;
             for (const auto& other : faces)
                 for (const std::int64_t point : other)
                 {
-                    const double height = dot(normal, minus(position(point), corners.front()));
+                    const double height = dot(normal, position(point) - corners.front());
                     before = std::max(before, height);
                     behind = std::max(behind, -height);
                 }
@@ -206,16 +189,16 @@ std::vector<Tetrahedron> decompose(std::span<const std::vector<std::int64_t>> fa
         apex = std::min(apex, std::ranges::min(face));
 
     std::vector<Tetrahedron> tetrahedra;
-    const Position top = position(apex);
+    const Vector3 top = position(apex);
     for (const auto& face : faces)
     {
         if (std::ranges::find(face, apex) != face.end())
             continue;
         for (const auto& [a, b, c] : triangulate(face, position))
         {
-            const Position u = minus(position(a), top);
-            const Position v = minus(position(b), top);
-            const Position w = minus(position(c), top);
+            const Vector3 u = position(a) - top;
+            const Vector3 v = position(b) - top;
+            const Vector3 w = position(c) - top;
             const double volume = dot(cross(u, v), w);
             const double reach = std::sqrt(dot(u, u) * dot(v, v) * dot(w, w));
             if (std::abs(volume) <= 1e-12 * reach)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tavrin/value/Tensor.hpp>
+
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -9,10 +11,8 @@
 namespace tavrin::io
 {
 
-using Position = std::array<double, 3>;
-
 /// The position of a point of the grid.
-using PositionOf = std::function<Position(std::int64_t point)>;
+using PositionOf = std::function<Vector3(std::int64_t point)>;
 
 using Triangle = std::array<std::int64_t, 3>;
 using Tetrahedron = std::array<std::int64_t, 4>;

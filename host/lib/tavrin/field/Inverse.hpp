@@ -11,12 +11,6 @@ namespace tavrin
 template<std::size_t N, typename Number = double>
 using Columns = std::array<Tensor<Number, N>, N>;
 
-template<typename Number>
-Tensor<Number, 3> cross(const Tensor<Number, 3>& a, const Tensor<Number, 3>& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 /// The rows of the inverse of a matrix, times its determinant.
 template<std::size_t N, typename Number>
 Columns<N, Number> adjugate(const Columns<N, Number>& columns)

@@ -129,6 +129,12 @@ constexpr Component dot(const Tensor<Component, Extents...>& a,
     return sum;
 }
 
+template<typename Component>
+constexpr Tensor<Component, 3> cross(const Tensor<Component, 3>& a, const Tensor<Component, 3>& b)
+{
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
 /// The square root of the sum of the squares of all components, summed in storage order: the
 /// absolute value of a scalar, the Euclidean length of a vector, the Frobenius norm of a matrix.
 template<typename Component, std::size_t... Extents>

@@ -49,3 +49,10 @@ std::string adviceOnPrecision(double longestArrow, double farthestPosition)
            ", and its ends are rounded to multiples of about " + rounded(step) +
            " here; the other representations are exact\n";
 }
+
+std::string adviceOnTime(double time, double firstTime, double lastTime)
+{
+    const std::string first = tavrin::toText(firstTime);
+    return "hint: the field has values from time " + first + " to " + tavrin::toText(lastTime) +
+           ", none at " + tavrin::toText(time) + "; shown are those at " + first + '\n';
+}

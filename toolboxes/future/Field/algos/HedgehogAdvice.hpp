@@ -10,3 +10,7 @@ std::string adviceOnScale(double longestArrow, double scale, double neighbourDis
 /// What to tell whoever looks at lines, whose ends are in single precision, so far from the origin
 /// that their directions are lost; nothing where they are kept.
 std::string adviceOnPrecision(double longestArrow, double farthestPosition);
+
+/// What to tell whoever asked for a time that a field does not have: between which it has values, and
+/// that those of the first are shown.
+std::string adviceOnTime(double time, double firstTime, double lastTime);

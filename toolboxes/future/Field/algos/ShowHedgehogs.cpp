@@ -344,6 +344,8 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
     auto evaluator = function.makeEvaluator();
     // A time that the field does not have leaves the evaluator where it is, at the first step.
     evaluator.reset(time);
+    if (!evaluator.isValid())
+        debugLog() << adviceOnTime(time, evaluator.firstTime(), evaluator.lastTime());
     arrows.resize(evaluator.size());
     colors.resize(colorMap == nullptr ? 0 : evaluator.size());
     const auto arrowAt = [&](const Tensor<double, D>& position, const Tensor<double, N>& value) {
