@@ -1,6 +1,8 @@
 #include "Meshes.hpp"
 
+#include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
+#include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SortedCoordinates.hpp>
 #include <tavrin/function/Function.hpp>
@@ -19,17 +21,6 @@ Lattice<D> latticeOf(const Planes<D>& planes)
     Lattice<D> lattice;
     std::ranges::copy(planes, lattice.planes.begin());
     return lattice;
-}
-
-template<std::size_t D>
-Points<D> positionsOf(const Lattice<D>& lattice)
-{
-    Points<D> positions;
-    for (std::size_t k = 0; k < lattice.length(2); ++k)
-        for (std::size_t j = 0; j < lattice.length(1); ++j)
-            for (std::size_t i = 0; i < lattice.length(0); ++i)
-                positions.push_back(lattice.position({i, j, k}));
-    return positions;
 }
 
 TEST(Lattice, FallsIntoCompactBlocksOfAnyRangeOfItsPositions)
@@ -115,37 +106,53 @@ Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, s
     return planes;
 }
 
-/// The number of the cell and a bent function, at the positions of a lattice and one by one.
+/// At the positions of a lattice, found together and sampled in a few runs, and one by one.
+template<std::size_t D>
+void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice)
+{
+    const Points<D> positions = lattice.positions();
+    const auto field = Field<D, Scalar>::applyTo(object);
+    const auto evaluator = field->makeEvaluator();
+    const volatile bool goOn = false;
+    std::vector<Scalar> expected(positions.size());
+    std::vector<std::uint8_t> isInside(positions.size());
+    evaluator->sample(0.0, positions, expected.data(), isInside.data(), goOn);
+    EXPECT_GT(std::ranges::count(isInside, 1), 0);
+
+    const auto places = evaluator->place(lattice, goOn);
+    ASSERT_NE(places, nullptr);
+    std::vector<Scalar> values(positions.size());
+    std::vector<std::uint8_t> isFound(positions.size());
+    for (std::size_t first = 0; first < positions.size();)
+    {
+        const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
+        evaluator->sampleAt(0.0, *places, first, count, &values[first], &isFound[first], goOn);
+        first += count;
+    }
+    EXPECT_EQ(isFound, isInside);
+    EXPECT_EQ(values, expected);
+}
+
+/// A bent function on the points of a grid.
+template<std::size_t D>
+std::shared_ptr<const Function<Scalar>> wavesOn(const Grid<D>& grid)
+{
+    std::vector<Scalar> waves;
+    for (std::size_t i = 0; i < grid->numPoints(); ++i)
+        waves.emplace_back(std::sin(static_cast<double>(i)));
+    return addData(grid, PointSetBase::Points, waves, Precision::Float64, {});
+}
+
+/// The number of the cell and a bent function.
 template<std::size_t D>
 void expectSameAnswers(const Grid<D>& grid, const Planes<D>& planes)
 {
     std::vector<Scalar> numbers;
     for (std::size_t i = 0; i < grid->numCells(); ++i)
         numbers.emplace_back(static_cast<double>(i));
-    std::vector<Scalar> waves;
-    for (std::size_t i = 0; i < grid->numPoints(); ++i)
-        waves.emplace_back(std::sin(static_cast<double>(i)));
-    const Points<D> positions = positionsOf(latticeOf(planes));
-    for (const auto& function :
-         {addData(grid, detail::Cells, numbers, Precision::Float64, {}),
-          addData(grid, PointSetBase::Points, waves, Precision::Float64, {})})
-    {
-        const auto field = Field<D, Scalar>::applyTo(*function);
-        const auto evaluator = field->makeEvaluator();
-        const volatile bool goOn = false;
-        std::vector<Scalar> expected(positions.size());
-        std::vector<std::uint8_t> isInside(positions.size());
-        evaluator->sample(0.0, positions, expected.data(), isInside.data(), goOn);
-        EXPECT_GT(std::ranges::count(isInside, 1), 0);
-
-        const auto places = evaluator->place(latticeOf(planes), goOn);
-        ASSERT_NE(places, nullptr);
-        std::vector<Scalar> values(positions.size());
-        std::vector<std::uint8_t> isFound(positions.size());
-        evaluator->sampleAt(0.0, *places, 0, positions.size(), values.data(), isFound.data(), goOn);
-        EXPECT_EQ(isFound, isInside);
-        EXPECT_EQ(values, expected);
-    }
+    expectSameAnswers<D>(*addData(grid, detail::Cells, numbers, Precision::Float64, {}),
+                         latticeOf(planes));
+    expectSameAnswers<D>(*wavesOn<D>(grid), latticeOf(planes));
 }
 
 template<std::size_t D>
@@ -232,6 +239,29 @@ TEST(Lattice, IsSampledInAMinuteCellAsItsPositionsAreOneByOne)
         for (int i = 0; i < 30; ++i)
             axis.push_back(0.08 * i * size);
     expectSameAnswers<2>(mesh.grid(), planes);
+}
+
+TEST(Lattice, IsSampledInABundleAsItsPositionsAreOneByOne)
+{
+    std::mt19937 random(8);
+    const Grid<3> left = bentGrid<3>({5, 6, 4}, 0.1, {0, 0, 0}, random);
+    const Grid<3> right = bentGrid<3>({5, 6, 4}, 0.1, {3.5, 0.3, 0}, random);
+    const Grid<3> box = std::make_shared<UniformGrid<3>>(UniformGrid<3>::Layout{
+        .size = {4, 3, 3}, .origin = {7.5, -1.0, 1.0}, .spacing = {1, 1, 1}});
+    Planes<3> planes;
+    for (int i = 0; i < 22; ++i)
+    {
+        planes[0].push_back(0.5 * i - 0.5);
+        planes[1].push_back(0.35 * i - 1.5);
+        planes[2].push_back(0.3 * i - 0.5);
+    }
+    const DataObjectBundle bundle({wavesOn(left), wavesOn(right), wavesOn(box)});
+    expectSameAnswers<3>(bundle, latticeOf(planes));
+
+    const DataObjectBundle piled({wavesOn(left), wavesOn(left), wavesOn(left)});
+    const volatile bool goOn = false;
+    const Lattice<3> within = latticeOf(planesThrough(*left, 20, random));
+    EXPECT_EQ((Field<3, Scalar>::applyTo(piled)->makeEvaluator()->place(within, goOn)), nullptr);
 }
 
 TEST(Lattice, OfFewPositionsIsLeftToTheSearch)

@@ -67,6 +67,7 @@ template<std::size_t D, Value T>
 class BundleField<D, T>::Evaluator final : public FieldEvaluator<D, T>
 {
 public:
+    using typename FieldEvaluator<D, T>::Places;
     using typename FieldEvaluator<D, T>::Position;
 
     explicit Evaluator(const Members& members)
@@ -109,6 +110,66 @@ public:
                 sampleRest(*mMembers[i], time, positions, values, isValid, abortFlag);
     }
 
+    using FieldEvaluator<D, T>::place;
+
+    /// Where the boxes of the members lie over each other much, it is no faster.
+    std::unique_ptr<Places> place(const Lattice<D>& lattice,
+                                  const volatile bool& abortFlag) override
+    {
+        auto result = std::make_unique<LatticePlaces>();
+        result->whole = lattice.whole();
+        std::size_t total = 0;
+        for (const Box<D>& bounds : mBounds)
+        {
+            result->members.push_back({lattice.within(bounds), nullptr});
+            total += result->members.back().block.size();
+        }
+        if (total > mostPlaces * lattice.size())
+            return nullptr;
+        bool isFaster = false;
+        for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
+        {
+            auto& [block, places] = result->members[i];
+            if (block.size() == 0)
+                continue;
+            const Lattice<D> part = lattice.part(block);
+            places = mMembers[i]->place(part, abortFlag);
+            isFaster = isFaster || places != nullptr;
+            if (places == nullptr)
+                places = mMembers[i]->place(part.positions());
+        }
+        return isFaster ? std::move(result) : nullptr;
+    }
+
+    void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
+                  T* values, std::uint8_t* isValid, const volatile bool& abortFlag) override
+    {
+        const auto* const known = dynamic_cast<const LatticePlaces*>(&places);
+        if (known == nullptr)
+            return FieldEvaluator<D, T>::sampleAt(time, places, first, count, values, isValid,
+                                                  abortFlag);
+        this->setValid(false);
+        std::fill_n(values, count, T{});
+        std::fill_n(isValid, count, std::uint8_t{0});
+        mRestValues.resize(count);
+        mRestValidity.resize(count);
+        for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
+            known->whole.forEachRun(
+                known->members[i].block, first, first + count,
+                [&](std::size_t number, std::size_t numberOfMember, std::size_t size)
+                {
+                    mMembers[i]->sampleAt(time, *known->members[i].places, numberOfMember, size,
+                                          mRestValues.data(), mRestValidity.data(), abortFlag);
+                    for (std::size_t k = 0; k < size; ++k)
+                        if (const std::size_t n = number - first + k;
+                            isValid[n] == 0 && mRestValidity[k] != 0)
+                        {
+                            values[n] = mRestValues[k];
+                            isValid[n] = 1;
+                        }
+                });
+    }
+
     void release() override
     {
         this->setValid(false);
@@ -117,6 +178,22 @@ public:
     }
 
 private:
+    /// The places of a lattice may be so many times as many as its positions.
+    static constexpr std::size_t mostPlaces = 2;
+
+    /// Of a lattice, for each member those in its bounds.
+    struct LatticePlaces final : Places
+    {
+        struct OfMember
+        {
+            LatticeBlock block;
+            std::unique_ptr<Places> places;
+        };
+
+        LatticeBlock whole;
+        std::vector<OfMember> members;
+    };
+
     /// Asks a member for the positions where those before it have no value.
     void sampleRest(FieldEvaluator<D, T>& member, double time, std::span<const Position> positions,
                     T* values, std::uint8_t* isValid, const volatile bool& abortFlag)

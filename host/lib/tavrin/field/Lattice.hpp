@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/field/Box.hpp>
 #include <tavrin/value/Tensor.hpp>
 
 #include <algorithm>
@@ -13,7 +14,8 @@
 namespace tavrin
 {
 
-/// A box of positions of a lattice, by their indices along each axis.
+/// A box of positions of a lattice, by their indices along each axis. Their numbers in it run fastest
+/// along the first axis.
 struct LatticeBlock
 {
     std::array<std::uint32_t, 3> first{};
@@ -24,6 +26,28 @@ struct LatticeBlock
         return end[axis] > first[axis] ? end[axis] - first[axis] : 0;
     }
     std::size_t size() const { return length(0) * length(1) * length(2); }
+
+    /// Of this block's positions from ... to - 1, those in a part of it: calls
+    /// `visit(number, numberInPart, count)` for each run of neighbours.
+    template<typename Visit>
+    void forEachRun(const LatticeBlock& part, std::size_t from, std::size_t to,
+                    const Visit& visit) const
+    {
+        for (std::size_t row = from / length(0); row * length(0) < to; ++row)
+        {
+            const std::size_t j = first[1] + row % length(1);
+            const std::size_t k = first[2] + row / length(1);
+            if (j < part.first[1] || j >= part.end[1] || k < part.first[2] || k >= part.end[2])
+                continue;
+            const std::size_t start = row * length(0);
+            const std::size_t partStart = start + part.first[0] - first[0];
+            const std::size_t runStart = std::max(from, partStart);
+            const std::size_t runEnd = std::min(to, partStart + part.length(0));
+            const std::size_t partRow = (k - part.first[2]) * part.length(1) + j - part.first[1];
+            if (runStart < runEnd)
+                visit(runStart, partRow * part.length(0) + runStart - partStart, runEnd - runStart);
+        }
+    }
 
     /// Calls `visit(part)` for blocks of at most so many planes of each axis, which together are this.
     template<typename Visit>
@@ -62,6 +86,34 @@ struct Lattice
         Tensor<double, D> result;
         for (std::size_t axis = 0; axis < D; ++axis)
             result[axis] = planes[axis][indices[axis]];
+        return result;
+    }
+
+    /// The positions in a box, of which there may be none.
+    LatticeBlock within(const Box<D>& box) const
+    {
+        LatticeBlock block;
+        for (std::size_t axis = 0; axis < D; ++axis)
+        {
+            const auto below = std::ranges::lower_bound(planes[axis], box.lower[axis]);
+            const auto upTo = std::ranges::upper_bound(planes[axis], box.upper[axis]);
+            block.first[axis] = static_cast<std::uint32_t>(below - planes[axis].begin());
+            block.end[axis] = static_cast<std::uint32_t>(upTo - planes[axis].begin());
+        }
+        return block;
+    }
+
+    LatticeBlock whole() const { return within(Box<D>::everything()); }
+
+    /// All of them.
+    std::vector<Tensor<double, D>> positions() const
+    {
+        std::vector<Tensor<double, D>> result;
+        result.reserve(size());
+        for (std::size_t k = 0; k < length(2); ++k)
+            for (std::size_t j = 0; j < length(1); ++j)
+                for (std::size_t i = 0; i < length(0); ++i)
+                    result.push_back(position({i, j, k}));
         return result;
     }
 
