@@ -12,8 +12,8 @@ void CellFilter<D>::writeBox(const Single& lower, const Single& upper, float* nu
 {
     for (std::size_t i = 0; i < D; ++i)
     {
-        numbers[(2 * i) * row] = lower[i];
-        numbers[(2 * i + 1) * row] = upper[i];
+        numbers[lowerRow(i) * row] = lower[i];
+        numbers[upperRow(i) * row] = upper[i];
     }
 }
 

@@ -35,6 +35,10 @@ public:
     /// How many numbers there are for each cell.
     std::size_t size() const { return mAreSimplices ? D * (D + 1) : 2 * D; }
 
+    /// Which rows hold the lower and the upper sides of boxes along an axis.
+    static constexpr std::size_t lowerRow(std::size_t axis) { return 2 * axis; }
+    static constexpr std::size_t upperRow(std::size_t axis) { return 2 * axis + 1; }
+
     /// Writes the numbers of a cell in a box, each a row after the other.
     static void writeBox(const Single& lower, const Single& upper, float* numbers, std::size_t row);
 
@@ -47,11 +51,10 @@ public:
         std::uint32_t bits = 0;
         for (std::uint32_t lane = 0; lane < count; lane += 4)
         {
-            const float* row = numbers + lane;
             detail::QuadIntegers mask{-1, -1, -1, -1};
-            for (std::size_t i = 0; i < D; ++i, row += std::size_t{2} * count)
-                mask &= (detail::loadQuad(row) <= position[i]) &
-                        (detail::loadQuad(row + count) >= position[i]);
+            for (std::size_t i = 0; i < D; ++i)
+                mask &= (detail::loadQuad(numbers + lowerRow(i) * count + lane) <= position[i]) &
+                        (detail::loadQuad(numbers + upperRow(i) * count + lane) >= position[i]);
             bits |= detail::bitsOf(mask) << lane;
         }
         return bits & ((1U << count) - 1);

@@ -46,8 +46,14 @@ public:
 
         /// The sides of the boxes of the cells along an axis, in mapped coordinates, where the tree
         /// keeps boxes. There are `leafCapacity` numbers to be read, whatever they are.
-        const float* lower(std::size_t axis) const { return mFilters + 2 * axis * mCount; }
-        const float* upper(std::size_t axis) const { return lower(axis) + mCount; }
+        const float* lower(std::size_t axis) const
+        {
+            return mFilters + CellFilter<D>::lowerRow(axis) * mCount;
+        }
+        const float* upper(std::size_t axis) const
+        {
+            return mFilters + CellFilter<D>::upperRow(axis) * mCount;
+        }
 
         /// Asks the memory for it.
         void fetch() const

@@ -5,6 +5,7 @@
 #include <tavrin/field/SortedCoordinates.hpp>
 
 #include <array>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -18,19 +19,16 @@ template<std::size_t D>
 class LatticeSweep
 {
 public:
-    /// The tree keeps boxes of its cells. The lattice is scaled as the cells are, and not empty.
-    LatticeSweep(const CellTree<D>& tree, const Lattice<D>& lattice);
-
-    /// Whether it pays.
-    bool isWorthwhile() const { return mIsWorthwhile; }
+    /// The sweep of a tree that keeps boxes of its cells, and of a lattice that is scaled as they are
+    /// and not empty; or nothing where it would not pay.
+    static std::optional<LatticeSweep> over(const CellTree<D>& tree, const Lattice<D>& lattice);
 
     /// So many cells come at once.
     static constexpr std::size_t cellsAtOnce = CellTree<D>::leafCapacity;
 
     /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighbouring cells, in the end fewer, and as
     /// many blocks of the lattice: all positions in the bounds of a cell, and few others. Before that
-    /// it calls `fetch(cells)`, while there is time for it. Where it does not pay it misses some.
-    /// Stops where `abortFlag` reads true.
+    /// it calls `fetch(cells)`, while there is time for it. Stops where `abortFlag` reads true.
     template<typename Fetch, typename Visit>
     void run(const Fetch& fetch, const Visit& visit, const volatile bool& abortFlag) const
     {
@@ -59,6 +57,8 @@ public:
     }
 
 private:
+    LatticeSweep() = default;
+
     /// How many cells there may be for each position, so that it pays to look at all of them.
     static constexpr std::size_t cellsPerPosition = 4;
 
@@ -82,12 +82,13 @@ private:
 
     std::vector<SortedCoordinates> mAxes;
     std::vector<typename CellTree<D>::Leaf> mLeaves;
-    bool mIsWorthwhile;
 };
 
 template<std::size_t D>
-LatticeSweep<D>::LatticeSweep(const CellTree<D>& tree, const Lattice<D>& lattice)
+std::optional<LatticeSweep<D>> LatticeSweep<D>::over(const CellTree<D>& tree,
+                                                     const Lattice<D>& lattice)
 {
+    LatticeSweep sweep;
     std::array<float, D> lower;
     std::array<float, D> upper;
     for (std::size_t axis = 0; axis < D; ++axis)
@@ -95,11 +96,14 @@ LatticeSweep<D>::LatticeSweep(const CellTree<D>& tree, const Lattice<D>& lattice
         std::vector<float> mapped(lattice.planes[axis].size());
         std::ranges::transform(lattice.planes[axis], mapped.begin(),
                                [&](double coordinate) { return tree.map(axis, coordinate); });
-        mAxes.emplace_back(std::move(mapped));
-        lower[axis] = mAxes[axis].lowest();
-        upper[axis] = mAxes[axis].highest();
+        const auto& sorted = sweep.mAxes.emplace_back(std::move(mapped));
+        lower[axis] = sorted.lowest();
+        upper[axis] = sorted.highest();
     }
-    mIsWorthwhile = tree.findLeaves(lower, upper, cellsPerPosition * lattice.size(), mLeaves);
+    const std::size_t mostCells = cellsPerPosition * lattice.size();
+    if (!tree.findLeaves(lower, upper, mostCells, sweep.mLeaves))
+        return {};
+    return sweep;
 }
 
 }

@@ -63,16 +63,16 @@ std::optional<StoredCellPlaces> TreeLocator<D>::find(const Lattice<D>& lattice,
         planes[axis].resize(planes[axis].size() + Lanes::size);
         scaled.planes[axis] = std::span(planes[axis]).first(lattice.planes[axis].size());
     }
-    const LatticeSweep<D> sweep(mTree, scaled);
-    if (!sweep.isWorthwhile())
+    const auto sweep = LatticeSweep<D>::over(mTree, scaled);
+    if (!sweep)
         return {};
     std::optional<StoredCellPlaces> stored(std::in_place, lattice.size());
     CellCandidates<D> candidates(mCells, stored->places());
     using Cells = std::span<const std::uint32_t>;
-    sweep.run([&](Cells cells) { candidates.fetch(cells); },
-              [&](Cells cells, std::span<const LatticeBlock> blocks)
-              { candidates.add(cells, blocks, scaled, abortFlag); },
-              abortFlag);
+    sweep->run([&](Cells cells) { candidates.fetch(cells); },
+               [&](Cells cells, std::span<const LatticeBlock> blocks)
+               { candidates.add(cells, blocks, scaled, abortFlag); },
+               abortFlag);
     candidates.finish();
     return stored;
 }
