@@ -5,6 +5,7 @@
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SortedCoordinates.hpp>
+#include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/function/Function.hpp>
 
 namespace
@@ -108,25 +109,25 @@ Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, s
 
 /// At the positions of a lattice, found together and sampled in a few runs, and one by one.
 template<std::size_t D>
-void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice)
+void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, double time = 0.0)
 {
     const Points<D> positions = lattice.positions();
     const auto field = Field<D, Scalar>::applyTo(object);
     const auto evaluator = field->makeEvaluator();
     const volatile bool goOn = false;
-    std::vector<Scalar> expected(positions.size());
-    std::vector<std::uint8_t> isInside(positions.size());
-    evaluator->sample(0.0, positions, expected.data(), isInside.data(), goOn);
-    EXPECT_GT(std::ranges::count(isInside, 1), 0);
-
     const auto places = evaluator->place(lattice, goOn);
     ASSERT_NE(places, nullptr);
+    std::vector<Scalar> expected(positions.size());
+    std::vector<std::uint8_t> isInside(positions.size());
+    evaluator->sample(time, positions, expected.data(), isInside.data(), goOn);
+    EXPECT_GT(std::ranges::count(isInside, 1), 0);
+
     std::vector<Scalar> values(positions.size());
     std::vector<std::uint8_t> isFound(positions.size());
     for (std::size_t first = 0; first < positions.size();)
     {
         const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
-        evaluator->sampleAt(0.0, *places, first, count, &values[first], &isFound[first], goOn);
+        evaluator->sampleAt(time, *places, first, count, &values[first], &isFound[first], goOn);
         first += count;
     }
     EXPECT_EQ(isFound, isInside);
@@ -135,12 +136,13 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice)
 
 /// A bent function on the points of a grid.
 template<std::size_t D>
-std::shared_ptr<const Function<Scalar>> wavesOn(const Grid<D>& grid)
+std::shared_ptr<const Function<Scalar>> wavesOn(const Grid<D>& grid,
+                                                const std::vector<double>& times = {})
 {
     std::vector<Scalar> waves;
-    for (std::size_t i = 0; i < grid->numPoints(); ++i)
+    for (std::size_t i = 0; i < grid->numPoints() * std::max<std::size_t>(1, times.size()); ++i)
         waves.emplace_back(std::sin(static_cast<double>(i)));
-    return addData(grid, PointSetBase::Points, waves, Precision::Float64, {});
+    return addData(grid, PointSetBase::Points, waves, Precision::Float64, times);
 }
 
 /// The number of the cell and a bent function.
@@ -255,17 +257,56 @@ TEST(Lattice, IsSampledInABundleAsItsPositionsAreOneByOne)
         planes[1].push_back(0.35 * i - 1.5);
         planes[2].push_back(0.3 * i - 0.5);
     }
-    const DataObjectBundle bundle({wavesOn(left), wavesOn(right), wavesOn(box)});
-    expectSameAnswers<3>(bundle, latticeOf(planes));
+    Mesh<3> simplices;
+    for (int i = 0; i < 20; ++i)
+    {
+        Points<3> vertices = distortedCell<3>(CellType::Tetrahedra, 0.1, random);
+        for (Vector3& vertex : vertices)
+            vertex += Vector3(0.4 * i, 0.5, 1.0);
+        simplices.addCell(CellType::Tetrahedra, vertices);
+    }
+    const auto tetrahedra = wavesOn<3>(simplices.grid());
+    const DataObjectBundle bundle(
+        {wavesOn(left, {0.0, 1.0}), wavesOn(right, {1.0, 3.0}), wavesOn(box), tetrahedra});
+    for (const double time : {0.0, 0.5, 1.0, 2.0, 5.0})
+        expectSameAnswers<3>(bundle, latticeOf(planes), time);
 
-    const DataObjectBundle piled({wavesOn(left), wavesOn(left), wavesOn(left)});
+    // More than are kept for each position, and bundles in a bundle.
+    const auto pile = std::make_shared<DataObjectBundle>(
+        DataObjectBundle::Members{wavesOn(right), wavesOn(right), wavesOn(left)});
+    expectSameAnswers<3>(DataObjectBundle({wavesOn(left), pile}), latticeOf(planes));
+}
+
+TEST(Lattice, IsNotAskedOfALaterMemberWhereEarlierOnesAnswer)
+{
+    std::mt19937 random(9);
+    const Grid<3> grid = bentGrid<3>({7, 7, 7}, 0.0, {0, 0, 0}, random);
+    long numCalls = 0;
+    const auto formula = std::make_shared<SpatialFunctionField<3, Scalar>>(
+        [&](const Vector3&, double) -> Scalar
+        {
+            ++numCalls;
+            return Scalar(7.0);
+        });
+    Planes<3> planes;
+    for (int i = 0; i < 20; ++i)
+    {
+        planes[0].push_back(2.0 + 0.1 * i);
+        planes[1].push_back(2.0 + 0.1 * i);
+        planes[2].push_back(3.0 + 0.1 * i);
+    }
+    planes[2].push_back(100.0);
+    const auto field = Field<3, Scalar>::applyTo(DataObjectBundle({wavesOn(grid), formula}));
+    const auto evaluator = field->makeEvaluator();
     const volatile bool goOn = false;
-    Planes<3> within;
-    for (std::vector<double>& axis : within)
-        for (int i = 0; i < 12; ++i)
-            axis.push_back(1.0 + 0.15 * i);
-    EXPECT_EQ((Field<3, Scalar>::applyTo(piled)->makeEvaluator()->place(latticeOf(within), goOn)),
-              nullptr);
+    const auto places = evaluator->place(latticeOf(planes), goOn);
+    ASSERT_NE(places, nullptr);
+    const std::size_t count = latticeOf(planes).size();
+    std::vector<Scalar> values(count);
+    std::vector<std::uint8_t> isInside(count);
+    evaluator->sampleAt(0.0, *places, 0, count, values.data(), isInside.data(), goOn);
+    EXPECT_EQ(std::ranges::count(isInside, 0), 0);
+    EXPECT_EQ(numCalls, 400);
 }
 
 TEST(Lattice, OfFewPositionsIsLeftToTheSearch)

@@ -85,10 +85,11 @@ std::string arrayTable(const FileInfo& info)
     for (const FileInfo::Array& array : info.arrays)
     {
         const bool isUsable = !array.valueType.empty();
+        const std::string reference = referenceTo(array, info);
         rows.push_back({array.name, std::string(nameOf(array.association)),
                         std::to_string(array.components), std::string(nameOf(array.precision)),
                         isUsable ? array.valueType : "-",
-                        isUsable ? referenceTo(array, info) : "-"});
+                        isUsable && reference == oneLine(reference) ? reference : "-"});
         if (hasBlocks)
             rows.back().insert(rows.back().end() - 1, blockText(array, info));
     }

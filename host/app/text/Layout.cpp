@@ -40,6 +40,10 @@ std::string oneLine(std::string text)
 {
     const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
     std::ranges::replace_if(text, isControl, ' ');
+    // Those of the second kind are two bytes in UTF-8.
+    for (std::size_t i = 0; i + 1 < text.size(); ++i)
+        if (text[i] == '\xc2' && static_cast<unsigned char>(text[i + 1]) < 0xa0)
+            text.replace(i, 2, " ");
     text.erase(text.find_last_not_of(' ') + 1);
     return text;
 }

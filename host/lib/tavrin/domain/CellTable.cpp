@@ -15,9 +15,9 @@ namespace
 /// Not worth the threads.
 constexpr std::size_t fewCells = 10000;
 
-/// Calls `isFaulty(cell)` for all cells, on all threads.
+/// Calls `isFaulty(cell)` for all cells, on all threads, and throws `runtime_error` where one is.
 template<typename Check>
-CellFaults findFaults(std::size_t cells, const Check& isFaulty)
+void refuse(const std::string& fault, std::size_t cells, const Check& isFaulty)
 {
     CellFaults faults;
 #pragma omp parallel if (cells > fewCells)
@@ -30,7 +30,7 @@ CellFaults findFaults(std::size_t cells, const Check& isFaulty)
 #pragma omp critical(tavrinCellTableFaults)
         faults.add(local);
     }
-    return faults;
+    complainIfAny<runtime_error>(faults, fault);
 }
 
 }
@@ -53,30 +53,24 @@ void CellTable::check(std::size_t numPoints) const
             const auto available = static_cast<std::int64_t>(vertices.size());
             const auto pointCount = static_cast<std::int64_t>(numPoints);
             // Offsets inside the connectivity come first: what follows reads between them.
-            complainIfAny<runtime_error>(findFaults(types.size(),
-                                                    [&](std::size_t cell) {
-                                                        return start[cell] < 0 ||
-                                                               start[cell + 1] < start[cell] ||
-                                                               start[cell + 1] > available;
-                                                    }),
-                                         "with offsets that descend or leave the connectivity");
-            complainIfAny<runtime_error>(findFaults(types.size(),
-                                                    [&](std::size_t cell) {
-                                                        return static_cast<std::size_t>(
-                                                                   start[cell + 1] - start[cell]) !=
-                                                               numVerticesOf(types[cell]);
-                                                    }),
-                                         "with another number of vertices than the type has");
-            complainIfAny<runtime_error>(
-                findFaults(types.size(),
-                           [&](std::size_t cell)
-                           {
-                               return std::any_of(vertices.begin() + start[cell],
-                                                  vertices.begin() + start[cell + 1],
-                                                  [&](std::int64_t vertex)
-                                                  { return vertex < 0 || vertex >= pointCount; });
-                           }),
-                "with vertices beyond the " + std::to_string(numPoints) + " points");
+            refuse("with offsets that descend or leave the connectivity", types.size(),
+                   [&](std::size_t cell) {
+                       return start[cell] < 0 || start[cell + 1] < start[cell] ||
+                              start[cell + 1] > available;
+                   });
+            refuse("with another number of vertices than the type has", types.size(),
+                   [&](std::size_t cell) {
+                       return static_cast<std::size_t>(start[cell + 1] - start[cell]) !=
+                              numVerticesOf(types[cell]);
+                   });
+            refuse("with vertices beyond the " + std::to_string(numPoints) + " points",
+                   types.size(),
+                   [&](std::size_t cell)
+                   {
+                       return std::any_of(
+                           vertices.begin() + start[cell], vertices.begin() + start[cell + 1],
+                           [&](std::int64_t vertex) { return vertex < 0 || vertex >= pointCount; });
+                   });
         },
         offsets.storage(), connectivity.storage());
 }

@@ -106,39 +106,36 @@ public:
         for (const Position& position : positions)
             box.add(position);
         for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
-            if (mBounds[i].meets(box))
-                sampleRest(*mMembers[i], time, positions, values, isValid, abortFlag);
+        {
+            if (!mBounds[i].meets(box))
+                continue;
+            mRest.clear();
+            mRestIndices.clear();
+            for (std::size_t k = 0; k < positions.size(); ++k)
+                addIfMissing(positions[k], k, isValid);
+            answerRest(*mMembers[i], time, values, isValid, abortFlag);
+        }
     }
 
     using FieldEvaluator<D, T>::place;
 
-    /// Where the boxes of the members lie over each other much, it is no faster.
     std::unique_ptr<Places> place(const Lattice<D>& lattice,
                                   const volatile bool& abortFlag) override
     {
-        auto result = std::make_unique<LatticePlaces>();
-        result->whole = lattice.whole();
-        std::size_t total = 0;
-        for (const Box<D>& bounds : mBounds)
-        {
-            result->members.push_back({lattice.within(bounds), nullptr});
-            total += result->members.back().block.size();
-        }
-        if (total > mostPlaces * lattice.size())
-            return nullptr;
-        bool isFaster = false;
+        auto result = std::make_unique<LatticePlaces>(lattice);
+        std::size_t numPlaces = 0;
         for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
         {
-            auto& [block, places] = result->members[i];
+            const LatticeBlock block = lattice.within(mBounds[i]);
             if (block.size() == 0)
                 continue;
-            const Lattice<D> part = lattice.part(block);
-            places = mMembers[i]->place(part, abortFlag);
-            isFaster = isFaster || places != nullptr;
-            if (places == nullptr)
-                places = mMembers[i]->place(part.positions());
+            std::unique_ptr<Places> places;
+            if (numPlaces + block.size() <= mostPlaces * lattice.size())
+                places = mMembers[i]->place(lattice.part(block), abortFlag);
+            numPlaces += places != nullptr ? block.size() : 0;
+            result->members.push_back({i, block, std::move(places)});
         }
-        return isFaster ? std::move(result) : nullptr;
+        return numPlaces > 0 && !abortFlag ? std::move(result) : nullptr;
     }
 
     void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
@@ -151,23 +148,30 @@ public:
         this->setValid(false);
         std::fill_n(values, count, T{});
         std::fill_n(isValid, count, std::uint8_t{0});
-        mRestValues.resize(count);
-        mRestValidity.resize(count);
-        for (std::size_t i = 0; i < mMembers.size() && !abortFlag; ++i)
-            known->whole.forEachRun(
-                known->members[i].block, first, first + count,
-                [&](std::size_t number, std::size_t numberOfMember, std::size_t size)
+        const Lattice<D> lattice = known->lattice();
+        for (const auto& member : known->members)
+        {
+            if (abortFlag)
+                return;
+            FieldEvaluator<D, T>& evaluator = *mMembers[member.index];
+            mRest.clear();
+            mRestIndices.clear();
+            lattice.whole().forEachRun(
+                member.block, first, first + count,
+                [&](std::size_t number, std::size_t numberInBlock, std::size_t size)
                 {
-                    mMembers[i]->sampleAt(time, *known->members[i].places, numberOfMember, size,
-                                          mRestValues.data(), mRestValidity.data(), abortFlag);
-                    for (std::size_t k = 0; k < size; ++k)
-                        if (const std::size_t n = number - first + k;
-                            isValid[n] == 0 && mRestValidity[k] != 0)
-                        {
-                            values[n] = mRestValues[k];
-                            isValid[n] = 1;
-                        }
+                    const std::size_t start = number - first;
+                    if (std::count(isValid + start, isValid + start + size, 0) == 0)
+                        return;
+                    if (member.places != nullptr)
+                        sampleRun(evaluator, time, *member.places, numberInBlock, size,
+                                  values + start, isValid + start, abortFlag);
+                    else
+                        for (std::size_t k = start; k < start + size; ++k)
+                            addIfMissing(lattice.position(lattice.indices(first + k)), k, isValid);
                 });
+            answerRest(evaluator, time, values, isValid, abortFlag);
+        }
     }
 
     void release() override
@@ -178,34 +182,50 @@ public:
     }
 
 private:
-    /// The places of a lattice may be so many times as many as its positions.
+    /// So many places are kept at most for each position, since members may lie over each other.
     static constexpr std::size_t mostPlaces = 2;
 
-    /// Of a lattice, for each member those in its bounds.
+    /// Of a lattice: the members with a part of it in their bounds.
     struct LatticePlaces final : Places
     {
-        struct OfMember
+        struct Member
         {
+            std::size_t index;
             LatticeBlock block;
+            /// Null where they are found as they come.
             std::unique_ptr<Places> places;
         };
 
-        LatticeBlock whole;
-        std::vector<OfMember> members;
+        explicit LatticePlaces(const Lattice<D>& lattice)
+        {
+            for (std::size_t axis = 0; axis < D; ++axis)
+                planes[axis].assign(lattice.planes[axis].begin(), lattice.planes[axis].end());
+        }
+
+        Lattice<D> lattice() const
+        {
+            Lattice<D> lattice;
+            std::ranges::copy(planes, lattice.planes.begin());
+            return lattice;
+        }
+
+        std::array<std::vector<double>, D> planes;
+        std::vector<Member> members;
     };
 
-    /// Asks a member for the positions where those before it have no value.
-    void sampleRest(FieldEvaluator<D, T>& member, double time, std::span<const Position> positions,
-                    T* values, std::uint8_t* isValid, const volatile bool& abortFlag)
+    /// Remembers position k if it has no value yet.
+    void addIfMissing(const Position& position, std::size_t k, const std::uint8_t* isValid)
     {
-        mRest.clear();
-        mRestIndices.clear();
-        for (std::size_t k = 0; k < positions.size(); ++k)
-            if (isValid[k] == 0)
-            {
-                mRest.push_back(positions[k]);
-                mRestIndices.push_back(k);
-            }
+        if (isValid[k] != 0)
+            return;
+        mRest.push_back(position);
+        mRestIndices.push_back(k);
+    }
+
+    /// Asks a member for the positions that are remembered.
+    void answerRest(FieldEvaluator<D, T>& member, double time, T* values, std::uint8_t* isValid,
+                    const volatile bool& abortFlag)
+    {
         if (mRest.empty())
             return;
         mRestValues.resize(mRest.size());
@@ -216,6 +236,23 @@ private:
             values[mRestIndices[i]] = mRestValues[i];
             isValid[mRestIndices[i]] = mRestValidity[i];
         }
+    }
+
+    /// Asks a member for neighbours of which it has the places, and keeps what is missing.
+    void sampleRun(FieldEvaluator<D, T>& member, double time, const Places& places,
+                   std::size_t first, std::size_t count, T* values, std::uint8_t* isValid,
+                   const volatile bool& abortFlag)
+    {
+        mRestValues.resize(count);
+        mRestValidity.resize(count);
+        member.sampleAt(time, places, first, count, mRestValues.data(), mRestValidity.data(),
+                        abortFlag);
+        for (std::size_t k = 0; k < count; ++k)
+            if (isValid[k] == 0 && mRestValidity[k] != 0)
+            {
+                values[k] = mRestValues[k];
+                isValid[k] = 1;
+            }
     }
 
     std::vector<Position> mRest;

@@ -10,7 +10,7 @@
 namespace tavrin
 {
 
-/// What is known of some positions: of each the lowest cell found so far that contains it, and the
+/// A view of what is known of some positions: of each the lowest cell found so far that contains it, and the
 /// reference point there. Cells and points lie apart, since cells are looked at more often.
 class CellPlaces
 {
@@ -64,8 +64,7 @@ public:
     }
     StoredCellPlaces(StoredCellPlaces&&) = default;
 
-    CellPlaces& places() { return mPlaces; }
-    const CellPlaces& places() const { return mPlaces; }
+    CellPlaces places() const { return mPlaces; }
 
 private:
     LargeVector<std::uint32_t> mCells;

@@ -1,24 +1,38 @@
 #include <tavrin/field/BundleField.hpp>
 #include <tavrin/field/FunctionField.hpp>
 
+#include <algorithm>
+
 namespace tavrin
 {
 
 namespace
 {
 
+/// Adds the members of a bundle as fields, and in their place those of a bundle among them. Returns
+/// false where one is no such field.
+template<std::size_t D, Value T>
+bool addMembers(const DataObjectBundle& bundle, typename BundleField<D, T>::Members& fields)
+{
+    return std::ranges::all_of(
+        bundle.members(),
+        [&](const auto& member)
+        {
+            if (const auto* const inner = dynamic_cast<const DataObjectBundle*>(member.get()))
+                return !inner->members().empty() && addMembers<D, T>(*inner, fields);
+            fields.push_back(Field<D, T>::applyTo(*member));
+            return fields.back() != nullptr;
+        });
+}
+
 template<std::size_t D, Value T>
 std::shared_ptr<const Field<D, T>> applyToBundle(const DataObjectBundle& bundle)
 {
     typename BundleField<D, T>::Members members;
-    for (const auto& member : bundle.members())
-    {
-        members.push_back(Field<D, T>::applyTo(*member));
-        if (members.back() == nullptr)
-            return nullptr;
-    }
-    if (members.size() <= 1)
-        return members.empty() ? nullptr : members.front();
+    if (!addMembers<D, T>(bundle, members) || members.empty())
+        return nullptr;
+    if (members.size() == 1)
+        return members.front();
     return std::make_shared<const BundleField<D, T>>(std::move(members));
 }
 

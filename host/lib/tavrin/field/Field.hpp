@@ -62,8 +62,12 @@ public:
         virtual ~Places() = default;
     };
 
+    /// What places take at most for each position: two cells with a reference point, since members of
+    /// a bundle may lie over each other.
+    static constexpr std::size_t bytesPerPlace = 2 * (sizeof(std::uint32_t) + 3 * sizeof(double));
+
     /// Finds out of positions what does not depend on time. That is faster for many positions at
-    /// once, and done once for several times. About as large as the positions.
+    /// once, and done once for several times.
     virtual std::unique_ptr<Places> place(std::span<const Position> positions)
     {
         return std::make_unique<PlainPlaces>(positions);

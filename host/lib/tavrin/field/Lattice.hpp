@@ -33,20 +33,24 @@ struct LatticeBlock
     void forEachRun(const LatticeBlock& part, std::size_t from, std::size_t to,
                     const Visit& visit) const
     {
-        for (std::size_t row = from / length(0); row * length(0) < to; ++row)
-        {
-            const std::size_t j = first[1] + row % length(1);
-            const std::size_t k = first[2] + row / length(1);
-            if (j < part.first[1] || j >= part.end[1] || k < part.first[2] || k >= part.end[2])
-                continue;
-            const std::size_t start = row * length(0);
-            const std::size_t partStart = start + part.first[0] - first[0];
-            const std::size_t runStart = std::max(from, partStart);
-            const std::size_t runEnd = std::min(to, partStart + part.length(0));
-            const std::size_t partRow = (k - part.first[2]) * part.length(1) + j - part.first[1];
-            if (runStart < runEnd)
-                visit(runStart, partRow * part.length(0) + runStart - partStart, runEnd - runStart);
-        }
+        if (from >= to || part.size() == 0)
+            return;
+        const std::size_t layer = length(0) * length(1);
+        const std::size_t lastLayer =
+            std::min<std::size_t>(part.end[2] - 1, first[2] + (to - 1) / layer);
+        std::size_t k = std::max<std::size_t>(part.first[2], first[2] + from / layer);
+        for (; k <= lastLayer; ++k)
+            for (std::size_t j = part.first[1]; j < part.end[1]; ++j)
+            {
+                const std::size_t start = (k - first[2]) * layer + (j - first[1]) * length(0) +
+                                          (part.first[0] - first[0]);
+                const std::size_t partStart =
+                    ((k - part.first[2]) * part.length(1) + (j - part.first[1])) * part.length(0);
+                const std::size_t runStart = std::max(from, start);
+                const std::size_t runEnd = std::min(to, start + part.length(0));
+                if (runStart < runEnd)
+                    visit(runStart, partStart + (runStart - start), runEnd - runStart);
+            }
     }
 
     /// Calls `visit(part)` for blocks of at most so many planes of each axis, which together are this.
@@ -54,15 +58,22 @@ struct LatticeBlock
     void forEachPart(std::uint32_t atMost, const Visit& visit) const
     {
         LatticeBlock part;
+        const auto setEnd = [&](std::size_t axis)
+        { part.end[axis] = part.first[axis] + std::min(atMost, end[axis] - part.first[axis]); };
         auto& [i, j, k] = part.first;
-        for (k = first[2]; k < end[2]; k += atMost)
-            for (j = first[1]; j < end[1]; j += atMost)
-                for (i = first[0]; i < end[0]; i += atMost)
+        for (k = first[2]; k < end[2]; k = part.end[2])
+        {
+            setEnd(2);
+            for (j = first[1]; j < end[1]; j = part.end[1])
+            {
+                setEnd(1);
+                for (i = first[0]; i < end[0]; i = part.end[0])
                 {
-                    for (std::size_t axis = 0; axis < 3; ++axis)
-                        part.end[axis] = std::min(part.first[axis] + atMost, end[axis]);
+                    setEnd(0);
                     visit(std::as_const(part));
                 }
+            }
+        }
     }
 };
 
@@ -79,6 +90,12 @@ struct Lattice
     std::size_t number(const std::array<std::size_t, 3>& indices) const
     {
         return (indices[2] * length(1) + indices[1]) * length(0) + indices[0];
+    }
+
+    std::array<std::size_t, 3> indices(std::size_t number) const
+    {
+        const std::size_t row = number / length(0);
+        return {number % length(0), row % length(1), row / length(1)};
     }
 
     Tensor<double, D> position(const std::array<std::size_t, 3>& indices) const

@@ -32,7 +32,7 @@ void TreeLocator<D>::locate(std::span<const Position> positions, Location* locat
 }
 
 template<std::size_t D>
-void TreeLocator<D>::find(std::span<const Position> positions, const CellPlaces& places) const
+void TreeLocator<D>::find(std::span<const Position> positions, CellPlaces places) const
 {
     std::array<Position, CellTree<D>::packetSize> scaled;
     for (std::size_t first = 0; first < positions.size(); first += scaled.size())

@@ -23,7 +23,7 @@ public:
                 Hint& hint) const override;
 
     /// `locate` in two parts, the first of which takes most of the time.
-    void find(std::span<const Position> positions, const CellPlaces& places) const;
+    void find(std::span<const Position> positions, CellPlaces places) const;
     void locate(std::uint32_t cell, const Reference& point, Location& location) const;
 
     /// The same for all positions of a lattice, faster where they are many. Where they are few for the

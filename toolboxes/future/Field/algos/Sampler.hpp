@@ -57,9 +57,8 @@ public:
     /// What a sample takes in the result: its value, and the mark whether it is real.
     static constexpr std::size_t bytesPerSample = sizeof(T) + sizeof(ValidityMask::value_type);
 
-    /// What it takes at most to keep where a position is: two cells with a reference point, since the
-    /// members of a bundle may lie over each other.
-    static constexpr std::size_t bytesPerPlace = 56;
+    /// What it takes at most to keep where a position is.
+    static constexpr std::size_t bytesPerPlace = FieldEvaluator<D, T>::bytesPerPlace;
 
     /// Where positions are can be found out once for all times, or at each time again.
     Sampler(const Field<D, T>& field, const std::vector<double>& times, Positions<D> positions,
