@@ -112,7 +112,8 @@ public:
             mRest.clear();
             mRestIndices.clear();
             for (std::size_t k = 0; k < positions.size(); ++k)
-                addIfMissing(positions[k], k, isValid);
+                if (mBounds[i].contains(positions[k]))
+                    addIfMissing(positions[k], k, isValid);
             answerRest(*mMembers[i], time, values, isValid, abortFlag);
         }
     }
