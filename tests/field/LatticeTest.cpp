@@ -16,14 +16,6 @@ using namespace meshes;
 template<std::size_t D>
 using Planes = std::array<std::vector<double>, D>;
 
-template<std::size_t D>
-Lattice<D> latticeOf(const Planes<D>& planes)
-{
-    Lattice<D> lattice;
-    std::ranges::copy(planes, lattice.planes.begin());
-    return lattice;
-}
-
 TEST(Lattice, FallsIntoCompactBlocksOfAnyRangeOfItsPositions)
 {
     const Planes<3> planes{std::vector<double>(7), std::vector<double>(5), std::vector<double>(9)};

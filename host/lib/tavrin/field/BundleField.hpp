@@ -149,7 +149,7 @@ public:
         this->setValid(false);
         std::fill_n(values, count, T{});
         std::fill_n(isValid, count, std::uint8_t{0});
-        const Lattice<D> lattice = known->lattice();
+        const Lattice<D> lattice = latticeOf(known->planes);
         for (const auto& member : known->members)
         {
             if (abortFlag)
@@ -201,13 +201,6 @@ private:
         {
             for (std::size_t axis = 0; axis < D; ++axis)
                 planes[axis].assign(lattice.planes[axis].begin(), lattice.planes[axis].end());
-        }
-
-        Lattice<D> lattice() const
-        {
-            Lattice<D> lattice;
-            std::ranges::copy(planes, lattice.planes.begin());
-            return lattice;
         }
 
         std::array<std::vector<double>, D> planes;

@@ -200,4 +200,13 @@ private:
     }
 };
 
+/// The lattice of planes that are kept elsewhere and must outlive it.
+template<std::size_t D>
+Lattice<D> latticeOf(const std::array<std::vector<double>, D>& planes)
+{
+    Lattice<D> lattice;
+    std::ranges::copy(planes, lattice.planes.begin());
+    return lattice;
+}
+
 }

@@ -150,13 +150,6 @@ private:
     std::span<const Position> positionsOf(Worker& worker, const Chunk& chunk, const Run& run,
                                           std::size_t before) const;
 
-    Lattice<D> lattice() const
-    {
-        Lattice<D> lattice;
-        std::ranges::copy(*mPositions.planes, lattice.planes.begin());
-        return lattice;
-    }
-
     const Field<D, T>& mField;
     const std::vector<double>& mTimes;
     Positions<D> mPositions;
@@ -225,7 +218,7 @@ template<std::size_t D, typename T>
 void Sampler<D, T>::addLatticeChunks(std::size_t first, std::size_t last,
                                      std::vector<Chunk>& chunks) const
 {
-    const Lattice<D> lattice = this->lattice();
+    const Lattice<D> lattice = latticeOf(*mPositions.planes);
     for (const LatticeBlock& block : lattice.blocksOf(first, last, pointsPerLookup))
     {
         Chunk& chunk = chunks.emplace_back();
@@ -295,7 +288,8 @@ template<std::size_t D, typename T>
 void Sampler<D, T>::prepare(Worker& worker, Chunk& chunk, const volatile bool& abortFlag) const
 {
     if (chunk.block)
-        chunk.places = worker.evaluator->place(lattice().part(*chunk.block), abortFlag);
+        chunk.places =
+            worker.evaluator->place(latticeOf(*mPositions.planes).part(*chunk.block), abortFlag);
     if (mIsSorted)
     {
         worker.fetched =
