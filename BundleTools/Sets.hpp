@@ -120,7 +120,7 @@ public:
             return "A number of a range is too large.";
         if (!(mStep > T(0)))
             return "The step of a range must be greater than zero.";
-        // Rounding takes away at most half of the gap between neighbouring numbers.
+        // Rounding takes away at most half of the gap between neighboring numbers.
         const T largest = std::max(std::abs(mCurrent), std::abs(mEnd));
         const T gap = std::nextafter(largest, std::numeric_limits<T>::infinity()) - largest;
         if (mStep <= gap / 2)

@@ -26,10 +26,10 @@ target_compile_options(tavrin_flags INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     # Vectors wider than the registers of the oldest processors pass only between functions that are inlined.
     -Wno-psabi
-    # clang complains of simd loops that it does not vectorise, as at the low optimisation of the tsan build.
+    # clang complains of simd loops that it does not vectorize, as at the low optimization of the tsan build.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>
     $<$<BOOL:${TAVRIN_WERROR}>:-Werror>
-    # A result has the same bits on every machine and at every optimisation level: no contraction to fused
+    # A result has the same bits on every machine and at every optimization level: no contraction to fused
     # multiply-add, never -ffast-math. These two change no result; nothing reads errno or floating-point traps.
     -ffp-contract=off -fno-math-errno -fno-trapping-math)
 

@@ -52,7 +52,7 @@ void declareProgram(Program& program, GlobalOptions& options)
     CLI::App& syntax = program.syntax;
     syntax.description("Analyses fields: simulation or measurement output on grids, in VTK files "
                        "and time series.");
-    // Words and misspelt options are left over for this program's own messages.
+    // Words and misspelled options are left over for this program's own messages.
     syntax.set_help_flag();
     syntax.allow_extras();
     syntax.fallthrough();

@@ -26,8 +26,8 @@ std::shared_ptr<const Domain> cloudOf(std::vector<Tensor<double, D>> points)
         std::move(points), Precision::Float64));
 }
 
-/// A grey map over 0 to 10, scaled to 0 to 100, with an opaque and a half transparent end.
-std::shared_ptr<const ColorMapDataObject> greyMap(float alphaOfWhite = 1.0F)
+/// A gray map over 0 to 10, scaled to 0 to 100, with an opaque and a half transparent end.
+std::shared_ptr<const ColorMapDataObject> grayMap(float alphaOfWhite = 1.0F)
 {
     ColorMap map(
         {.name = {},
@@ -120,7 +120,7 @@ TEST_F(ShowHedgehogsTest, AColorMapHidesTheColor)
     EXPECT_TRUE(isColorVisible());
     run.setText("Scale", "2");
     EXPECT_TRUE(isColorVisible());
-    run.connect("Color Map", greyMap());
+    run.connect("Color Map", grayMap());
     EXPECT_FALSE(isColorVisible());
     run.connect("Color Map", nullptr);
     EXPECT_TRUE(isColorVisible());
@@ -222,9 +222,9 @@ TEST_F(ShowHedgehogsTest, CellDataSitsInTheMeansOfTheVertices)
 
 TEST_F(ShowHedgehogsTest, ColorsOfPointsAreScaledAndThoseOfCellsAreNot)
 {
-    // "Scale" must not change the colours.
+    // "Scale" must not change the colors.
     run.setText("Scale", "7");
-    run.connect("Color Map", greyMap());
+    run.connect("Color Map", grayMap());
     const std::vector<Vector2> values{{3.0, 4.0}, {30.0, 40.0}};
     const auto points = arrowsOf(fieldOf(values));
     EXPECT_FLOAT_EQ(points[0].color.red, 0.05F);
@@ -275,7 +275,7 @@ TEST_F(ShowHedgehogsTest, LinesAreTwoVerticesEachInSinglePrecision)
 TEST_F(ShowHedgehogsTest, OneTransparentColorMakesAllLinesTransparent)
 {
     std::vector<Vector2> values(5000, Vector2(0.0, 0.0));
-    run.connect("Color Map", greyMap(0.5F));
+    run.connect("Color Map", grayMap(0.5F));
     run.connect("Field", fieldOf(values));
     EXPECT_EQ(lines()->config().renderBin(), graphics::RenderBin::Opaque);
     values[4321] = Vector2(100.0, 0.0);
@@ -357,14 +357,14 @@ TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
         arrowsOf(std::move(field));
         return run.debugLog();
     };
-    // Neighbours 1 apart, the longest arrow 5.
+    // Neighbors 1 apart, the longest arrow 5.
     const auto field = fieldOf<Vector2>({{3.0, 4.0}, {0.0, nan}, {1.0, 0.0}});
     EXPECT_EQ(hintOf(field, 4.0), "");
     EXPECT_EQ(hintOf(field, 0.01), "");
-    EXPECT_EQ(hintOf(field, 4.01), "hint: the longest arrow has the length 20, and neighbouring "
+    EXPECT_EQ(hintOf(field, 4.01), "hint: the longest arrow has the length 20, and neighboring "
                                    "samples are 1 apart; with \"Scale\" 0.2 both are equal\n");
     EXPECT_EQ(hintOf(field, -0.009), "hint: the longest arrow has the length 0.045, and "
-                                     "neighbouring samples are 1 apart; with \"Scale\" -0.2 both "
+                                     "neighboring samples are 1 apart; with \"Scale\" -0.2 both "
                                      "are equal\n");
     EXPECT_EQ(hintOf(field, 0.0), "");
 

@@ -73,7 +73,7 @@ TEST(Describe, FollowsTheValues)
     EXPECT_EQ(optionNamed(plain, "Text")["afterSeparator"], true);
     EXPECT_EQ(optionNamed(plain, "Number (real)")["group"], "Values");
     EXPECT_EQ(optionNamed(plain, "Field")["required"], true);
-    EXPECT_EQ(optionNamed(plain, "Colour")["default"], "#ff0000ff");
+    EXPECT_EQ(optionNamed(plain, "Color")["default"], "#ff0000ff");
 
     const json changed = json::parse(
         answerOf(workshop,
@@ -112,7 +112,7 @@ Options:
 
   Text           text     a text (hidden: not used with these values)
                           default: some text
-  Colour         color    a colour
+  Color         color    a color
                           default: #ff0000ff
   Choice         choice   a choice
                           default: one
@@ -192,7 +192,7 @@ TEST(Run, SetsOptionsAndPrintsTheReport)
                                        {"Number", "-4"},
                                        {"Number (real)", "2.5"},
                                        {"Text", "a=b"},
-                                       {"Colour", "#ff0000ff"},
+                                       {"Color", "#ff0000ff"},
                                        {"Choice", " x"}}));
     EXPECT_EQ(report["infoLog"],
               json::array({"velocity + velocity + displacement; -4 2.5 a=b  x"}));

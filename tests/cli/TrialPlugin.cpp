@@ -110,7 +110,7 @@ public:
             add<double>("Number (real)", "a number", 0.5);
             addSeparator();
             add<std::string>("Text", "a text", "some text");
-            add<Color>("Colour", "a colour", Color{1.0F, 0.0F, 0.0F, 1.0F});
+            add<Color>("Color", "a color", Color{1.0F, 0.0F, 0.0F, 1.0F});
             add<InputChoices>("Choice", "a choice", {"one", "two"}, "one");
             setVisible("Text", false);
         }

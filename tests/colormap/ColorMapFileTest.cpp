@@ -78,16 +78,16 @@ TEST_F(ColorMapFileTest, SaysWhatIsWrongAndWhere)
 {
     EXPECT_EQ(faultOf(""), ": is empty");
     EXPECT_EQ(faultOf("{\"Name\":\n  nonsense}"), ": is not valid JSON at line 2, column 4");
-    EXPECT_EQ(faultOf("[]"), ": has no colour map");
+    EXPECT_EQ(faultOf("[]"), ": has no color map");
     EXPECT_EQ(faultOf("[{\"RGBPoints\": [0,0,0,0,1,1,1,1]}, 5]"),
-              ": colour map 1: is not an object");
+              ": color map 1: is not an object");
     EXPECT_EQ(faultOf("{}"), ": \"RGBPoints\" is missing");
     EXPECT_EQ(faultOf(R"({"RGBPoints": [0,0,0,0,1,1]})"),
               ": \"RGBPoints\" has 6 numbers, which are not groups of x, r, g, b");
     EXPECT_EQ(faultOf(R"({"RGBPoints": [0,0,0,0,1,"1",1,1]})"),
               ": \"RGBPoints\"[5] is not a number");
     EXPECT_EQ(faultOf(R"({"RGBPoints": [0,0,0,0,1,1,255,1]})"),
-              ": the colour of control point 1 has a component outside 0..1");
+              ": the color of control point 1 has a component outside 0..1");
     EXPECT_EQ(faultOf(R"({"RGBPoints": [0,0,0,0,1e999,1,1,1]})"),
               ": is not valid JSON: it has a number that is too large");
     EXPECT_EQ(faultOf(R"({"ColorSpace": "lap", "RGBPoints": [0,0,0,0,1,1,1,1]})"),
@@ -97,10 +97,10 @@ TEST_F(ColorMapFileTest, SaysWhatIsWrongAndWhere)
     EXPECT_EQ(faultOf(R"({"Name": 1, "RGBPoints": [0,0,0,0,1,1,1,1]})"),
               ": \"Name\" is not a text");
     EXPECT_EQ(faultOf(R"({"IndexedColors": [0,0,0]})"),
-              ": has \"IndexedColors\" but no \"RGBPoints\"; colour maps for categories are not "
+              ": has \"IndexedColors\" but no \"RGBPoints\"; color maps for categories are not "
               "offered");
     EXPECT_EQ(faultOf(R"({"UseLogScale": 1, "RGBPoints": [1,0,0,0,9,1,1,1]})"),
-              ": \"UseLogScale\" is set; logarithmic colour maps are not offered");
+              ": \"UseLogScale\" is set; logarithmic color maps are not offered");
     const auto missing = folder / "missing.json";
     try
     {
@@ -118,7 +118,7 @@ TEST_F(ColorMapFileTest, AReferenceNamesAMapAndARange)
     const auto builtIn = ColorMapReference::parse("viridis@-1e-3:+2");
     EXPECT_EQ(builtIn.name, "viridis");
     EXPECT_EQ(builtIn.range, (ValueRange{-1e-3, 2.0}));
-    EXPECT_EQ(ColorMapReference::parse("grey").range, std::nullopt);
+    EXPECT_EQ(ColorMapReference::parse("gray").range, std::nullopt);
 
     write(twoMaps);
     const auto named = ColorMapReference::parse(file.string() + "#Second@0:5");
@@ -126,19 +126,19 @@ TEST_F(ColorMapFileTest, AReferenceNamesAMapAndARange)
     EXPECT_EQ(named.load().name(), "Second");
     EXPECT_EQ(ColorMapReference::parse(file.string()).file, file);
     EXPECT_EQ(usageErrorOf(file.string()),
-              file.string() + ": 2 colour maps; name one as FILE#NAME; there are \"First\", "
+              file.string() + ": 2 color maps; name one as FILE#NAME; there are \"First\", "
                               "\"Second\"");
     EXPECT_EQ(usageErrorOf(file.string() + "#Secund"),
-              file.string() + ": no colour map \"Secund\"; did you mean \"Second\"?");
+              file.string() + ": no color map \"Secund\"; did you mean \"Second\"?");
 }
 
 TEST_F(ColorMapFileTest, AMapForValuesSpansThem)
 {
-    const auto map = ColorMapReference::parse("grey").loadFor({0.0, 8.0});
+    const auto map = ColorMapReference::parse("gray").loadFor({0.0, 8.0});
     EXPECT_EQ(map->mapValueToColorScaled(4.0).red, 0.5F);
     EXPECT_EQ(map->colorMap().mapValueToColor(4.0).red, 0.5F);
     // Constant, zero and infinite norms.
-    const auto reference = ColorMapReference::parse("grey");
+    const auto reference = ColorMapReference::parse("gray");
     EXPECT_EQ(reference.loadFor({3.0, 3.0})->mapValueToColorScaled(3.0).red, 0.5F);
     EXPECT_EQ(reference.loadFor({0.0, 0.0})->scaling(), ValueRange{});
     EXPECT_EQ(reference.loadFor({1.0, std::numeric_limits<double>::infinity()})->scaling(),
@@ -148,20 +148,20 @@ TEST_F(ColorMapFileTest, AMapForValuesSpansThem)
 TEST_F(ColorMapFileTest, RefusesReferencesInOneLine)
 {
     EXPECT_EQ(usageErrorOf("virids@0:1"),
-              "unknown colour map \"virids\"; did you mean \"viridis\"?");
+              "unknown color map \"virids\"; did you mean \"viridis\"?");
     EXPECT_EQ(usageErrorOf("maps/viridis"),
-              "colour map \"maps/viridis\": a file of colour maps ends in .json");
-    EXPECT_EQ(usageErrorOf("grey@5"), "the range of values \"@5\" is not of the form @LOW:HIGH");
-    EXPECT_EQ(usageErrorOf("grey@0:x"), "the range of values \"@0:x\" is not of the form "
+              "color map \"maps/viridis\": a file of color maps ends in .json");
+    EXPECT_EQ(usageErrorOf("gray@5"), "the range of values \"@5\" is not of the form @LOW:HIGH");
+    EXPECT_EQ(usageErrorOf("gray@0:x"), "the range of values \"@0:x\" is not of the form "
                                         "@LOW:HIGH: \"x\" is not a number");
-    EXPECT_EQ(usageErrorOf("grey@1:1"), "the range of values \"@1:1\" does not ascend; LOW must be "
+    EXPECT_EQ(usageErrorOf("gray@1:1"), "the range of values \"@1:1\" does not ascend; LOW must be "
                                         "less than HIGH");
-    EXPECT_EQ(usageErrorOf("grey@0:inf"), "the range of values \"@0:inf\" is not finite");
-    EXPECT_EQ(usageErrorOf("grey@nan:1"), "the range of values \"@nan:1\" is not finite");
-    EXPECT_EQ(usageErrorOf("grey@-1e308:1e308"),
+    EXPECT_EQ(usageErrorOf("gray@0:inf"), "the range of values \"@0:inf\" is not finite");
+    EXPECT_EQ(usageErrorOf("gray@nan:1"), "the range of values \"@nan:1\" is not finite");
+    EXPECT_EQ(usageErrorOf("gray@-1e308:1e308"),
               "the range of values \"@-1e308:1e308\" is not finite");
     EXPECT_EQ(usageErrorOf("a.jsonx"),
-              "colour map \"a.jsonx\" is not of the form FILE.json[#NAME][@LOW:HIGH]");
+              "color map \"a.jsonx\" is not of the form FILE.json[#NAME][@LOW:HIGH]");
 }
 
 }

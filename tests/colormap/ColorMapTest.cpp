@@ -35,7 +35,7 @@ void expectNear(const Color& actual, const Color& expected, float tolerance = 1.
     EXPECT_EQ(actual.alpha, expected.alpha);
 }
 
-TEST(ColorMap, IsLinearBetweenControlPointsAndTheirColourAtThem)
+TEST(ColorMap, IsLinearBetweenControlPointsAndTheirColorAtThem)
 {
     const auto map = mapOf(ColorSpace::Rgb, {{-2.0, red}, {0.0, green}, {6.0, blue}});
     EXPECT_EQ(map.range(), (ValueRange{-2.0, 6.0}));
@@ -49,7 +49,7 @@ TEST(ColorMap, IsLinearBetweenControlPointsAndTheirColourAtThem)
     EXPECT_FLOAT_EQ(fading.mapValueToColor(0.25).alpha, 0.75F);
 }
 
-TEST(ColorMap, HasColoursForValuesOutsideAndForNone)
+TEST(ColorMap, HasColorsForValuesOutsideAndForNone)
 {
     const auto plain = mapOf(ColorSpace::Rgb, {{0.0, red}, {1.0, green}});
     EXPECT_EQ(plain.mapValueToColor(-0.001), red);
@@ -84,7 +84,7 @@ TEST(ColorMap, TwoPointsAtOnePositionAreAJump)
     expectNear(map.mapValueToColor(std::nextafter(1.0, 2.0)), green);
 }
 
-// The expected colours are those of vtkColorTransferFunction 9.1.
+// The expected colors are those of vtkColorTransferFunction 9.1.
 TEST(ColorMap, FollowsItsColorSpace)
 {
     const auto lab = mapOf(ColorSpace::Lab, {{0.0, red}, {1.0, blue}});
@@ -94,8 +94,8 @@ TEST(ColorMap, FollowsItsColorSpace)
     const auto hsv = mapOf(ColorSpace::Hsv, {{0.0, blue}, {1.0, red}});
     expectNear(hsv.mapValueToColor(0.25), {0.0F, 1.0F, 1.0F, 1.0F});
     expectNear(hsv.mapValueToColor(0.5), green);
-    const auto fromGrey = mapOf(ColorSpace::Hsv, {{0.0, {0.5F, 0.5F, 0.5F, 1.0F}}, {1.0, green}});
-    expectNear(fromGrey.mapValueToColor(0.25), {0.625F, 0.546875F, 0.46875F, 1.0F});
+    const auto fromGray = mapOf(ColorSpace::Hsv, {{0.0, {0.5F, 0.5F, 0.5F, 1.0F}}, {1.0, green}});
+    expectNear(fromGray.mapValueToColor(0.25), {0.625F, 0.546875F, 0.46875F, 1.0F});
 
     const auto fromBlack = mapOf(ColorSpace::Diverging, {{0.0, black}, {1.0, green}});
     expectNear(fromBlack.mapValueToColor(0.25), {0.308080F, 0.343385F, 0.294849F, 1.0F});
@@ -108,7 +108,7 @@ TEST(ColorMap, FollowsItsColorSpace)
     EXPECT_EQ(steps.mapValueToColor(1.5), blue);
 }
 
-TEST(ColorMap, BuiltInMapsHaveTheirPublishedColours)
+TEST(ColorMap, BuiltInMapsHaveTheirPublishedColors)
 {
     const auto color = [](const char* name, double value)
     { return builtInColorMap(name).mapValueToColor(value); };
@@ -116,8 +116,8 @@ TEST(ColorMap, BuiltInMapsHaveTheirPublishedColours)
     expectNear(color("viridis", 100.0 / 255.0), {0.166617F, 0.463708F, 0.558119F, 1.0F});
     expectNear(color("viridis", 1.0), {0.993248F, 0.906157F, 0.143936F, 1.0F});
     expectNear(color("plasma", 100.0 / 255.0), {0.683758F, 0.156278F, 0.571660F, 1.0F});
-    expectNear(color("grey", 0.25), {0.25F, 0.25F, 0.25F, 1.0F});
-    // vtkColorTransferFunction 9.1 with the same end colours.
+    expectNear(color("gray", 0.25), {0.25F, 0.25F, 0.25F, 1.0F});
+    // vtkColorTransferFunction 9.1 with the same end colors.
     expectNear(color("coolwarm", 0.25), {0.553318F, 0.688635F, 0.995188F, 1.0F});
     expectNear(color("coolwarm", 0.5), {0.865395F, 0.865410F, 0.865396F, 1.0F});
     expectNear(color("coolwarm", 0.75), {0.958418F, 0.603116F, 0.481685F, 1.0F});
@@ -160,25 +160,25 @@ TEST(ColorMap, RefusesWhatIsNone)
     };
     const auto faultOfPoints = [&](std::vector<ColorMap::ControlPoint> points)
     { return faultOf([&] { mapOf(ColorSpace::Rgb, points); }); };
-    EXPECT_EQ(faultOfPoints({{0.0, red}}), "a colour map needs at least two control points, not 1");
+    EXPECT_EQ(faultOfPoints({{0.0, red}}), "a color map needs at least two control points, not 1");
     EXPECT_EQ(faultOfPoints({{0.0, red}, {1.0, red}, {0.5, red}}),
               "control point 2 at 0.5 follows one at 1; the positions must ascend");
     EXPECT_EQ(faultOfPoints({{0.0, red}, {nan, red}}), "control point 1 is at nan");
     EXPECT_EQ(faultOfPoints({{1.0, red}, {1.0, green}}),
               "the control points from 1 to 1 span no range");
     EXPECT_EQ(faultOfPoints({{0.0, red}, {1.0, {0.0F, 1.5F, 0.0F, 1.0F}}}),
-              "the colour of control point 1 has a component outside 0..1");
+              "the color of control point 1 has a component outside 0..1");
     const auto map = mapOf(ColorSpace::Rgb, {{0.0, red}, {1.0, red}});
     EXPECT_EQ(faultOf(
                   [&] {
                       ColorMapDataObject(map, {1.0, 1.0});
                   }),
-              "a colour map cannot span 1 to 1");
+              "a color map cannot span 1 to 1");
     EXPECT_EQ(faultOf(
                   [&] {
                       map.stretchedTo({0.0, infinity});
                   }),
-              "a colour map cannot span 0 to inf");
+              "a color map cannot span 0 to inf");
 }
 
 }

@@ -40,7 +40,7 @@ Tensor<double, D> derivative(const Function<Tensor<double, D>>& function, std::s
            (grid.point(after)[axis] - grid.point(before)[axis]);
 }
 
-/// The points that have neighbours on all sides.
+/// The points that have neighbors on all sides.
 template<std::size_t D>
 std::vector<std::size_t> innerPoints(const FunctionBase& function)
 {
@@ -96,7 +96,7 @@ TEST(DoubleGyre, IsIncompressibleStaysInItsBoxAndRepeats)
         }
         EXPECT_EQ((*velocity.stepValues(0))[point], (*velocity.stepValues(20))[point]);
     }
-    // At rest the gyres turn around the centres of the two squares; at a quarter of the period the
+    // At rest the gyres turn around the centers of the two squares; at a quarter of the period the
     // line between them has moved to the left.
     EXPECT_NEAR(norm((*velocity.stepValues(0))[25 + 101 * 25]), 0.0, 1e-15);
     EXPECT_LT((*velocity.stepValues(5))[50 + 101 * 25][1], -0.1);

@@ -9,7 +9,7 @@ namespace
 
 using namespace meshes;
 
-TEST(SpatialOrder, BringsNeighboursTogetherAndKeepsEveryPosition)
+TEST(SpatialOrder, BringsNeighborsTogetherAndKeepsEveryPosition)
 {
     std::mt19937 random(8);
     Points<3> positions;

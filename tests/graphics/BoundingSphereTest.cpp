@@ -34,7 +34,7 @@ Points randomPoints(std::size_t count, unsigned seed, float offset = 0.0F)
     return points;
 }
 
-/// Encloses all points, and cannot be smaller: whichever way its centre moves, a point that it
+/// Encloses all points, and cannot be smaller: whichever way its center moves, a point that it
 /// touches stays as far or gets farther.
 void expectSmallest(const Points& points, const BoundingSphere& sphere)
 {

@@ -116,7 +116,7 @@ TEST(Primitive, RefusesWhatDoesNotFit)
     EXPECT_EQ(make(PrimitiveConfig(RenderPrimitives::Lines).vertexBuffer("a", nullptr), program),
               "the vertex buffer \"a\" is missing");
     EXPECT_EQ(messageOf([] { GraphicsSystem::makeBuffer({}, static_cast<ColorChannel>(3)); }),
-              "colour layout 3 is not known; use 4 (RGBA)");
+              "color layout 3 is not known; use 4 (RGBA)");
 }
 
 }

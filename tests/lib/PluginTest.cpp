@@ -83,10 +83,10 @@ TEST_F(PluginTest, ThatIsCutOffAnywhereIsRefused)
     }
 }
 
-TEST_F(PluginTest, WhoseInitialisationThrowsIsRefused)
+TEST_F(PluginTest, WhoseInitializationThrowsIsRefused)
 {
     EXPECT_EQ(failureOf(TAVRIN_THROWING_PLUGIN),
-              std::string(TAVRIN_THROWING_PLUGIN) + ": its initialisation throws an exception");
+              std::string(TAVRIN_THROWING_PLUGIN) + ": its initialization throws an exception");
 }
 
 TEST_F(PluginTest, ResourcesAreFoundInTheFolderNamedFirst)

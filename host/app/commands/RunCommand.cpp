@@ -88,7 +88,7 @@ public:
                             {"tavrin run \"Field/Show Hedgehogs\" Field=flow.vtu#velocity "
                              "\"Color Map=viridis\" \"Representation=tube arrow\" Scale=0.2 "
                              "-o Hedgehogs=flow.png --size 1600x1200",
-                             "A picture of its arrows, coloured by the speed."}}})
+                             "A picture of its arrows, colored by the speed."}}})
     {
         declaration()
             .add_option("-o,--output", mOutputWords,

@@ -26,7 +26,7 @@ std::vector<double> makeShares()
     return shares;
 }
 
-/// The stress at a distance from the centre of the hole, in a direction given by its cosine and
+/// The stress at a distance from the center of the hole, in a direction given by its cosine and
 /// sine.
 Matrix3 stressAt(double distance, double cosine, double sine)
 {

@@ -13,7 +13,7 @@ namespace tavrin::app
 class OutputWriter
 {
 public:
-    /// Pictures show the domain and the colours of the inputs. All arguments must outlive the
+    /// Pictures show the domain and the colors of the inputs. All arguments must outlive the
     /// writer.
     OutputWriter(const AlgorithmRun& run, const DataObjectBundle::Members& inputs,
                  const graphics::PictureOptions& pictureOptions, const volatile bool& abortFlag)

@@ -11,7 +11,7 @@ struct PictureWords
 {
     /// WIDTHxHEIGHT in pixels.
     std::optional<std::string> size;
-    /// A colour.
+    /// A color.
     std::optional<std::string> background;
     /// A named view or AZIMUTH,ELEVATION in degrees.
     std::optional<std::string> view;
@@ -22,7 +22,7 @@ struct PictureWords
     graphics::PictureOptions options() const;
 };
 
-/// A drawable in the box of the first domain among the inputs, with a colour bar where a colour map
+/// A drawable in the box of the first domain among the inputs, with a color bar where a color map
 /// is among them.
 graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
                         const DataObjectBundle::Members& inputs);

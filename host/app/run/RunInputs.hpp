@@ -9,7 +9,7 @@
 namespace tavrin::app
 {
 
-/// The files of data and colour maps that assignments name, and those that the former list. Throws
+/// The files of data and color maps that assignments name, and those that the former list. Throws
 /// `usage_error` for a malformed reference.
 std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment>& assignments,
                                               const AlgorithmRun& run);
@@ -21,7 +21,7 @@ public:
     RunInputs(AlgorithmRun& run, io::Loader& loader) : mRun(run), mLoader(loader) {}
 
     /// Sets the options in the order given, so that each one finds those before it in place. All
-    /// data is loaded before: a colour map without a range spans the norms of the first field,
+    /// data is loaded before: a color map without a range spans the norms of the first field,
     /// wherever it is named. Throws what `AlgorithmRun`, `Loader` and `loadColorMap` throw.
     void apply(const std::vector<OptionAssignment>& assignments);
 

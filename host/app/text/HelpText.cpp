@@ -68,10 +68,10 @@ const std::vector<Topic>& helpTopics()
          "Files: VTK's .vti .vtr .vts .vtu .vtp and .vtk, the time series .pvd and .series, and the "
          "multi-block files .vtm, which may be steps of a series. An option that takes several "
          "fields takes all blocks as one field.\n"},
-        {"Colour maps and colours",
-         "A COLORMAP is viridis, plasma, coolwarm, grey or another built-in name, or a JSON file as "
+        {"Color maps and colors",
+         "A COLORMAP is viridis, plasma, coolwarm, gray or another built-in name, or a JSON file as "
          "desktop tools export it, then @LOW:HIGH if it is not to span the norms of the field. A "
-         "colour is #rrggbb, #rrggbbaa, or r,g,b[,a] in 0..1.\n"},
+         "color is #rrggbb, #rrggbbaa, or r,g,b[,a] in 0..1.\n"},
         {"Exit codes",
          "  0    done\n"
          "  1    the run failed\n"

@@ -72,8 +72,8 @@ Style::Style(double width, double height, const Color& pictureBackground)
     const auto over = [&](float part) { return part * background.alpha + 1.0F - background.alpha; };
     const float brightness = 0.3F * over(background.red) + 0.59F * over(background.green) +
                              0.11F * over(background.blue);
-    const float grey = brightness > 0.45F ? 0.12F : 0.92F;
-    ink = {grey, grey, grey, 1.0F};
+    const float gray = brightness > 0.45F ? 0.12F : 0.92F;
+    ink = {gray, gray, gray, 1.0F};
 }
 
 Canvas::Canvas(std::size_t width, std::size_t height, const Style& style)

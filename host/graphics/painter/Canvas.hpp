@@ -31,7 +31,7 @@ struct Stroke
     std::array<double, 2> to;
 };
 
-/// How large and in which colour texts and lines are: they grow with the picture.
+/// How large and in which color texts and lines are: they grow with the picture.
 struct Style
 {
     double fontSize;
@@ -56,7 +56,7 @@ public:
     /// A label whose size is that of its text; invalid UTF-8 becomes question marks.
     Label label(const std::string& text, bool isVertical = false) const;
 
-    /// Puts the pixels of a tile in place: rows from below, colours multiplied by their alpha.
+    /// Puts the pixels of a tile in place: rows from below, colors multiplied by their alpha.
     void setTile(const Frame& tile, const std::vector<std::uint8_t>& pixels);
 
     void draw(const Stroke& stroke);

@@ -5,7 +5,7 @@
 namespace tavrin::graphics::painter
 {
 
-/// The colour bar at the right side of the picture, with its ticks and its title.
+/// The color bar at the right side of the picture, with its ticks and its title.
 class ColorBarLayout
 {
 public:

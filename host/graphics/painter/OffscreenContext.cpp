@@ -95,7 +95,7 @@ OffscreenContext::~OffscreenContext()
 std::string OffscreenContext::openOn(EGLDisplay display)
 {
     if (eglInitialize(display, nullptr, nullptr) != EGL_TRUE)
-        return "EGL cannot be initialised";
+        return "EGL cannot be initialized";
     mDisplay = display;
     if (eglBindAPI(EGL_OPENGL_API) != EGL_TRUE)
         return "EGL does not offer OpenGL";

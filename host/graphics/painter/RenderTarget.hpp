@@ -20,7 +20,7 @@ public:
 
     void beginOpaque(const Color& background);
     void beginTransparent();
-    /// The pixels, from the lower row upwards; the colours are multiplied by their alpha.
+    /// The pixels, from the lower row upwards; the colors are multiplied by their alpha.
     std::vector<std::uint8_t> finish();
 
 private:

@@ -69,7 +69,7 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
     if (!std::isfinite(range) || mostSteps == 0)
         return ticks;
     const double magnitude = std::max(std::abs(low), std::abs(high));
-    // Below that, neighbouring numbers could not be told apart.
+    // Below that, neighboring numbers could not be told apart.
     if (!(range > 1e-13 * magnitude) || !(range > 1e-300))
         return {{low}, {withTypographicMinus(fmt::format("{:.6g}", low))}, {}};
 

@@ -12,7 +12,7 @@ namespace tavrin
 namespace
 {
 
-/// A colour at `step` / 255.
+/// A color at `step` / 255.
 struct Row
 {
     int step;
@@ -21,7 +21,7 @@ struct Row
     float blue;
 };
 
-// The tables hold the rows of the published maps of 256 colours that linear interpolation needs to
+// The tables hold the rows of the published maps of 256 colors that linear interpolation needs to
 // give all others to 0.6/255.
 
 // Viridis, plasma, inferno and magma: Nathaniel J. Smith, Stefan van der Walt and, for viridis, Eric
@@ -133,7 +133,7 @@ std::vector<ColorMap::ControlPoint> pointsOf(std::span<const Row> rows)
 }
 
 // From blue to red through white: K. Moreland, Diverging Color Maps for Scientific Visualization,
-// 2009; its end colours, with all between them computed by its formula.
+// 2009; its end colors, with all between them computed by its formula.
 constexpr Color cool{59.0F / 255.0F, 76.0F / 255.0F, 192.0F / 255.0F, 1.0F};
 constexpr Color warm{180.0F / 255.0F, 4.0F / 255.0F, 38.0F / 255.0F, 1.0F};
 
@@ -152,8 +152,8 @@ const std::vector<ColorMap>& builtInColorMaps()
                                             .points = std::move(points),
                                             .below = {},
                                             .above = {}};
-            // Grey stands out from all maps but one.
-            if (name == "grey")
+            // Gray stands out from all maps but one.
+            if (name == "gray")
                 definition.notANumber = {0.5F, 0.0F, 0.0F, 1.0F};
             return ColorMap(std::move(definition));
         };
@@ -167,7 +167,7 @@ const std::vector<ColorMap>& builtInColorMaps()
             table("cividis", cividis),
             table("turbo", turbo),
             make("coolwarm", ColorSpace::Diverging, {{0.0, cool}, {1.0, warm}}),
-            make("grey", ColorSpace::Rgb, {{0.0, black}, {1.0, white}})};
+            make("gray", ColorSpace::Rgb, {{0.0, black}, {1.0, white}})};
     }();
     return maps;
 }
@@ -191,7 +191,7 @@ ColorMap builtInColorMap(const std::string& name)
     const auto& maps = builtInColorMaps();
     const auto found = std::ranges::find(maps, name, &ColorMap::name);
     if (found == maps.end())
-        throw usage_error("unknown colour map \"" + name + "\"" +
+        throw usage_error("unknown color map \"" + name + "\"" +
                           suggestionFor(name, builtInColorMapNames()));
     return *found;
 }

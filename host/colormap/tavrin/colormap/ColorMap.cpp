@@ -13,7 +13,7 @@ namespace tavrin
 namespace
 {
 
-/// Over the whole range of a map: so many linear pieces are as good as any colour space.
+/// Over the whole range of a map: so many linear pieces are as good as any color space.
 constexpr double piecesPerMap = 512.0;
 
 void requireColor(const Color& color, const std::string& what)
@@ -29,7 +29,7 @@ void requireSound(const ColorMap::Definition& definition)
 {
     const auto& points = definition.points;
     if (points.size() < 2)
-        throw runtime_error("a colour map needs at least two control points, not " +
+        throw runtime_error("a color map needs at least two control points, not " +
                             std::to_string(points.size()));
     for (std::size_t i = 0; i < points.size(); ++i)
     {
@@ -40,16 +40,16 @@ void requireSound(const ColorMap::Definition& definition)
         if (i > 0 && position < points[i - 1].position)
             throw runtime_error(name + " at " + toText(position) + " follows one at " +
                                 toText(points[i - 1].position) + "; the positions must ascend");
-        requireColor(points[i].color, "the colour of " + name);
+        requireColor(points[i].color, "the color of " + name);
     }
     if (!ValueRange{points.front().position, points.back().position}.isProper())
         throw runtime_error("the control points from " + toText(points.front().position) + " to " +
                             toText(points.back().position) + " span no range");
-    requireColor(definition.notANumber, "the colour for not-a-number");
+    requireColor(definition.notANumber, "the color for not-a-number");
     if (definition.below)
-        requireColor(*definition.below, "the colour below the range");
+        requireColor(*definition.below, "the color below the range");
     if (definition.above)
-        requireColor(*definition.above, "the colour above the range");
+        requireColor(*definition.above, "the color above the range");
 }
 
 }
@@ -115,7 +115,7 @@ Color ColorMap::mapValueToColor(double value) const
 ColorMap ColorMap::stretchedTo(const ValueRange& newRange) const
 {
     if (!newRange.isProper())
-        throw runtime_error("a colour map cannot span " + toText(newRange.low) + " to " +
+        throw runtime_error("a color map cannot span " + toText(newRange.low) + " to " +
                             toText(newRange.high));
     const ValueRange own = range();
     Definition stretched = mDefinition;

@@ -23,8 +23,8 @@ struct ValueRange
     bool operator==(const ValueRange&) const = default;
 };
 
-/// Gives every number a colour: that of the control points, and between two of them what their
-/// colour space says, to 1/255 of a component.
+/// Gives every number a color: that of the control points, and between two of them what their
+/// color space says, to 1/255 of a component.
 class TAVRIN_API ColorMap
 {
 public:
@@ -44,13 +44,13 @@ public:
         std::vector<ControlPoint> points;
         /// Of a value that is not a number.
         Color notANumber{0.5F, 0.5F, 0.5F, 1.0F};
-        /// Of values below the first and above the last point; the colours of those points where
+        /// Of values below the first and above the last point; the colors of those points where
         /// nothing is given.
         std::optional<Color> below;
         std::optional<Color> above;
     };
 
-    /// Throws `runtime_error` for points that are not as they must be and for components of colours
+    /// Throws `runtime_error` for points that are not as they must be and for components of colors
     /// outside 0..1.
     explicit ColorMap(Definition definition);
 
@@ -63,16 +63,16 @@ public:
     /// for others.
     ValueRange range() const;
 
-    /// The direct lookup: the colour at a position on the control points' own scale. At a jump it
-    /// is the lower colour.
+    /// The direct lookup: the color at a position on the control points' own scale. At a jump it
+    /// is the lower color.
     Color mapValueToColor(double value) const;
 
-    /// The same colours over another range. Throws `runtime_error` for one that is not proper.
+    /// The same colors over another range. Throws `runtime_error` for one that is not proper.
     ColorMap stretchedTo(const ValueRange& newRange) const;
 
 private:
     Definition mDefinition;
-    /// Control points between which the colours are linear in red, green and blue.
+    /// Control points between which the colors are linear in red, green and blue.
     std::vector<double> mPositions;
     std::vector<Color> mColors;
 };

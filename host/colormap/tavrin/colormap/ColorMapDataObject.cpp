@@ -17,7 +17,7 @@ ColorMapDataObject::ColorMapDataObject(ColorMap colorMap, const ValueRange& scal
     : mColorMap(std::move(colorMap)), mScaling(scaling)
 {
     if (!scaling.isProper())
-        throw runtime_error("a colour map cannot span " + toText(scaling.low) + " to " +
+        throw runtime_error("a color map cannot span " + toText(scaling.low) + " to " +
                             toText(scaling.high));
 }
 
@@ -26,7 +26,7 @@ Color ColorMapDataObject::mapValueToColorScaled(double value) const
     const auto [low, high] = mColorMap.range();
     const double share = (value - mScaling.low) / (mScaling.high - mScaling.low);
     const double position = low + share * (high - low);
-    // Rounding must not carry a value inside the scaling past the last colour.
+    // Rounding must not carry a value inside the scaling past the last color.
     return mColorMap.mapValueToColor(share <= 1.0 ? std::min(position, high) : position);
 }
 

@@ -6,7 +6,7 @@
 namespace tavrin
 {
 
-/// A colour map together with a value scaling.
+/// A color map together with a value scaling.
 ///
 /// The map itself, `colorMap()`, looks a value up directly on its own scale: 0 to 1 for a built-in
 /// map. `mapValueToColorScaled` spreads the map over the scaling's range instead.
@@ -21,10 +21,10 @@ public:
 
     const ColorMap& colorMap() const { return mColorMap; }
 
-    /// The values that get the first and the last colour in the scaled lookup.
+    /// The values that get the first and the last color in the scaled lookup.
     const ValueRange& scaling() const { return mScaling; }
 
-    /// The colour of a value after the scaling has brought it into the map's range, linearly.
+    /// The color of a value after the scaling has brought it into the map's range, linearly.
     Color mapValueToColorScaled(double value) const;
 
     static const RTTI_TypeId& classTypeId();

@@ -19,7 +19,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// Far above any colour map: what is larger is another kind of file.
+/// Far above any color map: what is larger is another kind of file.
 constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
 
 /// Numbers that were rounded on their way into a file may leave 0..1 by so much.
@@ -42,7 +42,7 @@ std::string readText(const std::filesystem::path& file)
     if (!std::filesystem::is_regular_file(status))
         refuse("is not a file of data");
     if (std::filesystem::file_size(file, error) > largestFile)
-        refuse("is too large for a file of colour maps (over 16 MiB)");
+        refuse("is too large for a file of color maps (over 16 MiB)");
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
@@ -86,7 +86,7 @@ public:
         if (!mObject.is_object())
             refuse("is not an object");
         if (isSet("UseLogScale"))
-            refuse("\"UseLogScale\" is set; logarithmic colour maps are not offered");
+            refuse("\"UseLogScale\" is set; logarithmic color maps are not offered");
         ColorMap::Definition definition{.name = text("Name", mDefaultName),
                                         .space = colorSpace(),
                                         .points = controlPoints(),
@@ -174,7 +174,7 @@ private:
     std::vector<ColorMap::ControlPoint> controlPoints() const
     {
         if (!mObject.contains("RGBPoints") && mObject.contains("IndexedColors"))
-            refuse("has \"IndexedColors\" but no \"RGBPoints\"; colour maps for categories are not "
+            refuse("has \"IndexedColors\" but no \"RGBPoints\"; color maps for categories are not "
                    "offered");
         const auto values = numbers("RGBPoints");
         if (values.size() % 4 != 0)
@@ -197,7 +197,7 @@ std::vector<ColorMap> readMaps(const std::filesystem::path& file)
     if (!root.is_array())
         return {MapReader(root, defaultName).read()};
     if (root.empty())
-        refuse("has no colour map");
+        refuse("has no color map");
     std::vector<ColorMap> maps;
     for (const Json& object : root)
     {
@@ -207,7 +207,7 @@ std::vector<ColorMap> readMaps(const std::filesystem::path& file)
         }
         catch (const runtime_error& error)
         {
-            refuse("colour map " + std::to_string(maps.size()) + ": " + error.what());
+            refuse("color map " + std::to_string(maps.size()) + ": " + error.what());
         }
     }
     return maps;

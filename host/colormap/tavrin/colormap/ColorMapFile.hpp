@@ -8,7 +8,7 @@
 namespace tavrin
 {
 
-/// A colour-map file that cannot be read or used: "FILE: cause".
+/// A color-map file that cannot be read or used: "FILE: cause".
 class TAVRIN_API ColorMapFileError : public runtime_error
 {
 public:
@@ -18,7 +18,7 @@ public:
     }
 };
 
-/// Reads the colour maps of a JSON file as desktop tools export them: one object, or an array of
+/// Reads the color maps of a JSON file as desktop tools export them: one object, or an array of
 /// them, with "RGBPoints" [x, r, g, b, ...] and, optional, "Name" (else the name of the file),
 /// "ColorSpace" ("RGB" where it is left out, "HSV", "Lab", "CIELAB", "Diverging", "Step"),
 /// "NanColor" [r, g, b], and "BelowRangeColor" and "AboveRangeColor", each where its "Use..." is

@@ -75,11 +75,11 @@ ColorMapReference ColorMapReference::parse(const std::string& text)
     if (extension == std::string::npos)
     {
         if (source.find('/') != std::string::npos)
-            throw usage_error("colour map \"" + source + "\": a file of colour maps ends in " +
+            throw usage_error("color map \"" + source + "\": a file of color maps ends in " +
                               std::string(fileExtension));
         const auto& names = builtInColorMapNames();
         if (std::ranges::find(names, source) == names.end())
-            throw usage_error("unknown colour map \"" + source + "\"" +
+            throw usage_error("unknown color map \"" + source + "\"" +
                               suggestionFor(source, names));
         reference.name = source;
         return reference;
@@ -89,7 +89,7 @@ ColorMapReference ColorMapReference::parse(const std::string& text)
     if (endOfFile == source.size())
         return reference;
     if (source[endOfFile] != '#')
-        throw usage_error("colour map \"" + source +
+        throw usage_error("color map \"" + source +
                           "\" is not of the form FILE.json[#NAME][@LOW:HIGH]");
     reference.name = source.substr(endOfFile + 1);
     return reference;
@@ -109,8 +109,8 @@ ColorMap ColorMapReference::load() const
     std::ranges::transform(maps, std::back_inserter(names), &ColorMap::name);
     throw usage_error(file.string() + ": " +
                       (name.empty()
-                           ? std::to_string(maps.size()) + " colour maps; name one as FILE#NAME"
-                           : "no colour map \"" + name + "\"") +
+                           ? std::to_string(maps.size()) + " color maps; name one as FILE#NAME"
+                           : "no color map \"" + name + "\"") +
                       suggestionFor(name, names));
 }
 

@@ -8,7 +8,7 @@
 namespace tavrin
 {
 
-/// How people name a colour map: NAME_OR_FILE[@LOW:HIGH]. The name is that of a built-in map; a
+/// How people name a color map: NAME_OR_FILE[@LOW:HIGH]. The name is that of a built-in map; a
 /// file is told from it by its extension ".json". A file of several maps takes FILE#NAME.
 struct TAVRIN_API ColorMapReference
 {

@@ -14,7 +14,7 @@ namespace
 
 using std::numbers::pi;
 
-/// Three coordinates of a colour in some space.
+/// Three coordinates of a color in some space.
 using Triple = Tensor<double, 3>;
 
 /// The white of daylight (D65) in CIE XYZ.
@@ -50,7 +50,7 @@ Triple labFromRgb(const Triple& rgb)
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
 }
 
-/// Colours that no screen shows are dimmed until they are.
+/// Colors that no screen shows are dimmed until they are.
 Triple rgbFromLab(const Triple& lab)
 {
     const auto expanded = [](double root)
@@ -103,7 +103,7 @@ double angleBetween(double a, double b)
     return difference > pi ? std::abs(difference - 2.0 * pi) : difference;
 }
 
-/// The hue to give an unsaturated colour of a magnitude, so that the way to it from a saturated one
+/// The hue to give an unsaturated color of a magnitude, so that the way to it from a saturated one
 /// looks even.
 double adjustedHue(const Msh& saturated, double magnitude)
 {

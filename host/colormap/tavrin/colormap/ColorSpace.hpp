@@ -5,7 +5,7 @@
 namespace tavrin
 {
 
-/// How the colours between two control points of a colour map are found.
+/// How the colors between two control points of a color map are found.
 enum class ColorSpace
 {
     /// Linear in red, green and blue as they are shown.
@@ -14,14 +14,14 @@ enum class ColorSpace
     Hsv,
     /// Linear in CIELAB (D65), where equal steps look equal.
     Lab,
-    /// Linear in the polar form of CIELAB, through white between two saturated colours of different
+    /// Linear in the polar form of CIELAB, through white between two saturated colors of different
     /// hue: K. Moreland, Diverging Color Maps for Scientific Visualization, 2009.
     Diverging,
-    /// The colour of the upper point, without a transition.
+    /// The color of the upper point, without a transition.
     Step
 };
 
-/// The colour `weight` (0 ... 1) of the way from `lower` to `upper`. Opacity is always linear.
+/// The color `weight` (0 ... 1) of the way from `lower` to `upper`. Opacity is always linear.
 Color interpolate(const Color& lower, const Color& upper, double weight, ColorSpace space);
 
 }

@@ -60,7 +60,7 @@ TAVRIN_FOR_SEVERAL_PROCESSORS double largestSquare(Points points, const Position
     return maximum;
 }
 
-/// The first of the finite points that are farthest from the centre; distance -1 if there is none.
+/// The first of the finite points that are farthest from the center; distance -1 if there is none.
 Farthest findFarthest(Points points, const Position& origin, const Position& center)
 {
     constexpr std::size_t blockSize = 4096;

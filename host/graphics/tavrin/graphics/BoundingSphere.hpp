@@ -8,7 +8,7 @@
 namespace tavrin::graphics
 {
 
-/// A sphere that encloses something. Its centre is exact where coordinates are large, so that
+/// A sphere that encloses something. Its center is exact where coordinates are large, so that
 /// things far from the origin can be drawn relative to it.
 struct BoundingSphere
 {
@@ -18,7 +18,7 @@ struct BoundingSphere
     bool operator==(const BoundingSphere&) const = default;
 };
 
-/// The smallest sphere that encloses the points. No point is farther from the centre than the
+/// The smallest sphere that encloses the points. No point is farther from the center than the
 /// radius, distances computed in double precision; the radius exceeds the smallest possible one by
 /// at most 1e-7 of it. Points with a component that is not finite are ignored; without any other
 /// point the sphere is at the origin with radius 0.

@@ -24,7 +24,7 @@ std::shared_ptr<VertexBuffer> makeBufferOf(Vector elements)
 void check(ColorChannel channel)
 {
     if (channel != ColorChannel::RGBA)
-        throw logic_error("colour layout " + std::to_string(static_cast<int>(channel)) +
+        throw logic_error("color layout " + std::to_string(static_cast<int>(channel)) +
                           " is not known; use 4 (RGBA)");
 }
 

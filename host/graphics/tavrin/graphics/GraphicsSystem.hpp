@@ -7,7 +7,7 @@
 namespace tavrin::graphics
 {
 
-/// The components of a colour in a buffer.
+/// The components of a color in a buffer.
 enum class ColorChannel
 {
     /// Red, green, blue and alpha.

@@ -22,10 +22,10 @@ struct Box
     std::size_t dimension = 3;
 };
 
-/// What the colours of a scene mean.
+/// What the colors of a scene mean.
 struct ColorBar
 {
-    /// The colour of a value between `low` and `high`.
+    /// The color of a value between `low` and `high`.
     std::function<Color(double)> color;
     double low = 0.0;
     double high = 1.0;

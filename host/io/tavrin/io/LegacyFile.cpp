@@ -79,7 +79,7 @@ StoredArray LegacyFile::readArray(const Array& array)
     StoredArray values = mNumbers.read(found->place);
     if (!found->isColor)
         return values;
-    // Colours are shares of 1 in text, and bytes everywhere else.
+    // Colors are shares of 1 in text, and bytes everywhere else.
     auto bytes = StoredArray::allocate(Precision::UInt8, values.tuples, values.components);
     for (std::size_t i = 0; i < values.numbers(); ++i)
     {

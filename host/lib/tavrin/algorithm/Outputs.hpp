@@ -67,7 +67,7 @@ void DataOutputs::add(const std::string& name)
     mControl.createOutputPort(name, RTTICollection::of<Classes...>(), false);
 }
 
-/// The graphics outputs of a visualisation algorithm. A derived class declares them in its
+/// The graphics outputs of a visualization algorithm. A derived class declares them in its
 /// constructor.
 class TAVRIN_API VisOutputs
 {

@@ -20,7 +20,7 @@ TAVRIN_API void releaseUntouched(void* memory, std::size_t bytes) noexcept;
 
 }
 
-/// An allocator that leaves new elements of trivial types uninitialised.
+/// An allocator that leaves new elements of trivial types uninitialized.
 template<typename T>
 struct LargeAllocator
 {

@@ -130,10 +130,10 @@ Color lexicalCast<Color>(const std::string& text)
     const auto word = trimmed(text);
     const auto color =
         word.starts_with('#') ? hexadecimalColor(word.substr(1)) : numericColor(word);
-    return color ? *color
-                 : (refuse(text,
-                           "a colour: #rrggbb, #rrggbbaa, or r,g,b[,a] with components in 0..1"),
-                    Color{});
+    return color
+               ? *color
+               : (refuse(text, "a color: #rrggbb, #rrggbbaa, or r,g,b[,a] with components in 0..1"),
+                  Color{});
 }
 
 std::string toText(bool value)

@@ -30,7 +30,7 @@ template<>
 TAVRIN_API Color lexicalCast<Color>(const std::string& text);
 
 /// The reverse of `lexicalCast`: numbers are written with the fewest digits that read back as the
-/// same value, a colour as `#rrggbbaa` where that is exact and as four numbers otherwise.
+/// same value, a color as `#rrggbbaa` where that is exact and as four numbers otherwise.
 TAVRIN_API std::string toText(bool value);
 TAVRIN_API std::string toText(long value);
 TAVRIN_API std::string toText(double value);

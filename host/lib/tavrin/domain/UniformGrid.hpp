@@ -15,7 +15,7 @@ constexpr Tensor<double, D, D> unitMatrix()
     return matrix;
 }
 
-/// A grid with a constant distance between neighbouring points along each axis. The points are
+/// A grid with a constant distance between neighboring points along each axis. The points are
 /// computed: origin + direction * ((firstIndex + index) * spacing).
 template<std::size_t D>
 class TAVRIN_API UniformGrid final : public StructuredGrid<D>
@@ -28,7 +28,7 @@ public:
         /// Points along each axis; 1 from axis D on.
         GridSize size{1, 1, 1};
         Point origin{};
-        /// Distance of neighbouring points, finite and not 0 on an axis of more than one point.
+        /// Distance of neighboring points, finite and not 0 on an axis of more than one point.
         Point spacing{};
         /// The index of the first point along each axis, where numbering starts at another than 0.
         std::array<long, D> firstIndex{};

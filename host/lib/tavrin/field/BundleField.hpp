@@ -232,7 +232,7 @@ private:
         }
     }
 
-    /// Asks a member for neighbours of which it has the places, and keeps what is missing.
+    /// Asks a member for neighbors of which it has the places, and keeps what is missing.
     void sampleRun(FieldEvaluator<D, T>& member, double time, const Places& places,
                    std::size_t first, std::size_t count, T* values, std::uint8_t* isValid,
                    const volatile bool& abortFlag)

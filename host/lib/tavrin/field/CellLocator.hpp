@@ -52,7 +52,7 @@ class TAVRIN_API CellLocator
 public:
     using Position = Tensor<double, D>;
 
-    /// What one query leaves for the next, which is fast where the positions are neighbours. It
+    /// What one query leaves for the next, which is fast where the positions are neighbors. It
     /// never changes an answer. Each thread needs its own.
     struct Hint
     {
@@ -68,7 +68,7 @@ public:
     virtual ~CellLocator() = default;
 
     /// Finds where each position lies. isInside[k] is 1, or 0 where no cell contains position k, and
-    /// then locations[k] is undefined. Both have room for all. Positions that are neighbours are
+    /// then locations[k] is undefined. Both have room for all. Positions that are neighbors are
     /// found faster together. May be called from several threads at once, each with its own hint, and
     /// allocates nothing.
     virtual void locate(std::span<const Position> positions, Location* locations,

@@ -86,7 +86,7 @@ public:
 
     const FloatBox<D>& box(std::uint32_t cell) const { return mBoxes[cell]; }
 
-    /// Divides a range of two cells or more, at a depth of the tree, into neighbours on the one side
+    /// Divides a range of two cells or more, at a depth of the tree, into neighbors on the one side
     /// and on the other.
     std::pair<Range, Range> halve(const Range& range, int depth)
     {

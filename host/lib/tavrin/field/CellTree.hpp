@@ -11,7 +11,7 @@ namespace tavrin
 
 /// A hierarchy of boxes over the cells of a grid. Each node has up to four children and their boxes
 /// side by side, so that all four are compared at once. Nodes are split in space, as in a bounding
-/// interval hierarchy [1], but with full boxes: the boxes of neighbours overlap a little, and a
+/// interval hierarchy [1], but with full boxes: the boxes of neighbors overlap a little, and a
 /// position leads into few of them. Boxes are in single precision; they and the filter of the cells
 /// err to the side of a cell too many.
 ///
@@ -38,7 +38,7 @@ public:
 
     static constexpr std::uint32_t leafCapacity = 8;
 
-    /// A few cells that are neighbours, and their filters.
+    /// A few cells that are neighbors, and their filters.
     class Leaf
     {
     public:

@@ -28,7 +28,7 @@ struct LatticeBlock
     std::size_t size() const { return length(0) * length(1) * length(2); }
 
     /// Of this block's positions from ... to - 1, those in a part of it: calls
-    /// `visit(number, numberInPart, count)` for each run of neighbours.
+    /// `visit(number, numberInPart, count)` for each run of neighbors.
     template<typename Visit>
     void forEachRun(const LatticeBlock& part, std::size_t from, std::size_t to,
                     const Visit& visit) const
@@ -159,7 +159,7 @@ struct Lattice
     }
 
 private:
-    /// The largest block of neighbouring numbers from `first` on, of at most so many positions.
+    /// The largest block of neighboring numbers from `first` on, of at most so many positions.
     LatticeBlock largestBlock(std::size_t first, std::size_t atMost) const
     {
         LatticeBlock block;

@@ -26,7 +26,7 @@ public:
     /// So many cells come at once.
     static constexpr std::size_t cellsAtOnce = CellTree<D>::leafCapacity;
 
-    /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighbouring cells, in the end fewer, and as
+    /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighboring cells, in the end fewer, and as
     /// many blocks of the lattice: all positions in the bounds of a cell, and few others. Before that
     /// it calls `fetch(cells)`, while there is time for it. Stops where `abortFlag` reads true.
     template<typename Fetch, typename Visit>

@@ -10,7 +10,7 @@ namespace tavrin
 namespace
 {
 
-/// How far a reference point, as seen from the centre, lies outside the cell.
+/// How far a reference point, as seen from the center, lies outside the cell.
 template<std::size_t D>
 Lanes distanceOutside(CellType type, const Tensor<Lanes, D>& u)
 {
@@ -63,7 +63,7 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] std::uint64_t siftBlock(
     Tensor<Lanes, D> limits;
     for (std::size_t i = 0; i < D; ++i)
         limits[i] = affine.limits[i][lane];
-    // Four positions of two neighbouring rows at a time.
+    // Four positions of two neighboring rows at a time.
     constexpr Lanes::Sources fours{0, 1, 2, 3, 0, 1, 2, 3};
     constexpr Lanes::Sources pair{0, 0, 0, 0, 1, 1, 1, 1};
     const auto columns = termsOf(0, rearranged(Lanes::at(planesFrom(0, 0)), fours));

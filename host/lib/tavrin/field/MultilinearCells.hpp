@@ -17,7 +17,7 @@ struct TrialAnswers
     std::uint32_t isInside = 0;
     /// The position is near the boundary of the cell, or the cell is too distorted for a quick word.
     std::uint32_t isUndecided = 0;
-    /// As seen from the centre of the cell.
+    /// As seen from the center of the cell.
     Tensor<Lanes, D> solution;
 };
 

@@ -38,7 +38,7 @@ public:
         Mask isRegular;
         /// Whether it is certain that the cell does not have the position, not even by its tolerance.
         Mask isRuledOut;
-        /// Whether `solution` is one, as seen from the centre of the cell. It may lie outside.
+        /// Whether `solution` is one, as seen from the center of the cell. It may lie outside.
         Mask isFound;
         Position solution;
         /// How far the solution moves at most with each unit of a change of the position. Of single
@@ -143,7 +143,7 @@ public:
         return answer;
     }
 
-    /// By how much derivatives up to a distance from the centre differ from those at the centre, as
+    /// By how much derivatives up to a distance from the center differ from those at the center, as
     /// a share of them. Below 1 no two points have the same position.
     Number distortion(const Number& distance) const
     {
@@ -186,7 +186,7 @@ private:
     Number mTriple;
     /// Of all products in the cell.
     Number mBound;
-    /// How far from the centre the solution without products may be along each axis, for positions in
+    /// How far from the center the solution without products may be along each axis, for positions in
     /// the cell.
     Position mLimits;
 };

@@ -40,7 +40,7 @@ struct ProductTerms
     }
 };
 
-/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its centre, to
+/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its center, to
 /// positions as seen from its first vertex. It is the sum of a constant, a linear term, and terms in
 /// the products of different coordinates.
 template<std::size_t D, typename Number = double>
@@ -98,7 +98,7 @@ template<typename Number>
 MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v)
 {
     using Vector = Tensor<Number, 3>;
-    // Edges along r and their starts; then sums and differences of neighbours along s and t.
+    // Edges along r and their starts; then sums and differences of neighbors along s and t.
     const Vector edge00 = v[1] - v[0];
     const Vector edge10 = v[2] - v[3];
     const Vector edge01 = v[5] - v[4];
@@ -129,7 +129,7 @@ constexpr bool isMultilinear(CellType type, std::size_t space)
            (space == 3 && (type == CellType::Prisms || type == CellType::Hexahedra));
 }
 
-/// How far a multilinear cell extends from its centre along each reference coordinate, at most.
+/// How far a multilinear cell extends from its center along each reference coordinate, at most.
 constexpr double reachOf(CellType type)
 {
     return type == CellType::Prisms ? 2.0 / 3.0 : 0.5;

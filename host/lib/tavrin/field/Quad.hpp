@@ -13,7 +13,7 @@ namespace tavrin
 namespace detail
 {
 
-/// Four neighbouring numbers, and as many integers, or answers that are all or no bits.
+/// Four neighboring numbers, and as many integers, or answers that are all or no bits.
 using Quad = float __attribute__((vector_size(16)));
 using QuadIntegers = std::int32_t __attribute__((vector_size(16)));
 

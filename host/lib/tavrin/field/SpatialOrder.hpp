@@ -10,7 +10,7 @@
 namespace tavrin
 {
 
-/// An order for looking up positions one after the other, in which neighbours follow each other: so
+/// An order for looking up positions one after the other, in which neighbors follow each other: so
 /// each finds in the cache what the one before it has read there. Entry i is the index of the
 /// position that comes i-th; positions that are not finite come first. Empty where the positions
 /// follow each other closely as they are, and where there are too many to number in 32 bits.

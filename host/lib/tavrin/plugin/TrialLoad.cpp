@@ -55,12 +55,12 @@ std::string faultOfTrialLoad(const std::filesystem::path& library)
     }
     if (child > 0 && WIFSIGNALED(status))
         return WTERMSIG(status) == SIGALRM
-                   ? "its initialisation does not end"
-                   : std::string("its initialisation crashes: ") + strsignal(WTERMSIG(status));
+                   ? "its initialization does not end"
+                   : std::string("its initialization crashes: ") + strsignal(WTERMSIG(status));
     if (child > 0 && WEXITSTATUS(status) == exceptionStatus)
-        return "its initialisation throws an exception";
+        return "its initialization throws an exception";
     if (child > 0 && WEXITSTATUS(status) != 0)
-        return "its initialisation ends the process";
+        return "its initialization ends the process";
     return {};
 }
 

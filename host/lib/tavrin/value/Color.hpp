@@ -3,7 +3,7 @@
 namespace tavrin
 {
 
-/// A colour with opacity; the four components lie in 0 to 1.
+/// A color with opacity; the four components lie in 0 to 1.
 struct Color
 {
     float red = 0.0F;

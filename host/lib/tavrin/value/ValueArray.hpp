@@ -36,7 +36,7 @@ public:
     /// The number of values.
     virtual std::size_t size() const = 0;
 
-    /// How many neighbouring values are loaded together; a loop over all values goes from one
+    /// How many neighboring values are loaded together; a loop over all values goes from one
     /// segment to the next so that each is loaded once. An array in memory is one segment.
     virtual std::size_t segmentSize() const { return size(); }
 
@@ -108,7 +108,7 @@ private:
     std::span<const T> mValues;
 };
 
-/// A run of neighbouring values of another array.
+/// A run of neighboring values of another array.
 template<typename T>
 class TAVRIN_API SubValueArray : public ValueArray<T>
 {

@@ -10,7 +10,7 @@
 namespace
 {
 
-/// An arrow should be neither so many times longer nor shorter than its neighbours are away.
+/// An arrow should be neither so many times longer nor shorter than its neighbors are away.
 constexpr double disproportion = 20.0;
 
 /// A line should be at least so many steps of single precision long.
@@ -28,15 +28,15 @@ std::string rounded(double number)
 
 }
 
-std::string adviceOnScale(double longestArrow, double scale, double neighbourDistance)
+std::string adviceOnScale(double longestArrow, double scale, double neighborDistance)
 {
-    const double better = scale * (neighbourDistance / longestArrow);
-    const bool isFitting = longestArrow * disproportion >= neighbourDistance &&
-                           longestArrow <= neighbourDistance * disproportion;
-    if (isFitting || neighbourDistance == 0.0 || !std::isfinite(better))
+    const double better = scale * (neighborDistance / longestArrow);
+    const bool isFitting = longestArrow * disproportion >= neighborDistance &&
+                           longestArrow <= neighborDistance * disproportion;
+    if (isFitting || neighborDistance == 0.0 || !std::isfinite(better))
         return {};
     return "hint: the longest arrow has the length " + rounded(longestArrow) +
-           ", and neighbouring samples are " + rounded(neighbourDistance) +
+           ", and neighboring samples are " + rounded(neighborDistance) +
            " apart; with \"Scale\" " + rounded(better) + " both are equal\n";
 }
 

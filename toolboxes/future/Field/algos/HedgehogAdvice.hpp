@@ -3,9 +3,9 @@
 #include <string>
 
 /// What to tell whoever looks at a picture of arrows that are much longer or shorter than their
-/// neighbours are away: a line with the "Scale" that would make both equal; nothing for arrows in
+/// neighbors are away: a line with the "Scale" that would make both equal; nothing for arrows in
 /// proportion, or where a length is not known.
-std::string adviceOnScale(double longestArrow, double scale, double neighbourDistance);
+std::string adviceOnScale(double longestArrow, double scale, double neighborDistance);
 
 /// What to tell whoever looks at lines, whose ends are in single precision, so far from the origin
 /// that their directions are lost; nothing where they are kept.

@@ -87,7 +87,7 @@ private:
     static constexpr std::size_t pointsPerLookup = std::size_t{1} << 17;
 
     /// Scattered points that are fetched together and sampled in spatial order: so many that
-    /// neighbours among them share what they read of the field.
+    /// neighbors among them share what they read of the field.
     static constexpr std::size_t pointsPerSorting = std::size_t{1} << 18;
 
     /// Positions that follow one another, and are sampled and counted as progress together.

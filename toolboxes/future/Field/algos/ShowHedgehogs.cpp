@@ -1,5 +1,5 @@
 #include "HedgehogAdvice.hpp"
-#include "NeighbourDistance.hpp"
+#include "NeighborDistance.hpp"
 
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
@@ -294,7 +294,7 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
 
     LargeVector<Arrow> arrows;
     Colors colors;
-    double neighbourDistance = 0.0;
+    double neighborDistance = 0.0;
     bool isPointSet = false;
     visitObject<FieldTypes>(*field,
                             [&]<std::size_t N>(const Function<Tensor<double, N>>& function)
@@ -305,14 +305,14 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
                                     {
                                         exec<D, N>(scale, time, function, domain, colorMap, arrows,
                                                    colors);
-                                        neighbourDistance = typicalNeighbourDistance(domain);
+                                        neighborDistance = typicalNeighborDistance(domain);
                                     });
                             });
     if (!isPointSet)
         throw logic_error("Invalid grid");
 
     const auto [longest, farthest] = lengthsOf(arrows);
-    debugLog() << adviceOnScale(longest, scale, neighbourDistance);
+    debugLog() << adviceOnScale(longest, scale, neighborDistance);
     if (representation == "line")
         debugLog() << adviceOnPrecision(longest, farthest);
 
@@ -373,7 +373,7 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
                    {
                        const auto value = evaluator.value(i);
                        arrows[i] = arrowAt(centerOf(complex->cell(i), complex->pointSet()), value);
-                       // On purpose not scaled, unlike the colours of points.
+                       // On purpose not scaled, unlike the colors of points.
                        if (colorMap != nullptr)
                            colors[i] = colorMap->colorMap().mapValueToColor(norm(value));
                    });

@@ -39,7 +39,7 @@ double measure(const T& value)
         return norm(value);
 }
 
-/// 1 where low <= number <= high, else 0; without a branch, so that loops over it are vectorised.
+/// 1 where low <= number <= high, else 0; without a branch, so that loops over it are vectorized.
 double weightInBand(double number, double low, double high)
 {
     return static_cast<double>((low <= number) & (number <= high));

@@ -1,5 +1,5 @@
-// Precedes every fragment shader: how a colour gets into the picture.
-// Transparent colours are added up with weights that fall with the distance, so that the order of drawing does not
+// Precedes every fragment shader: how a color gets into the picture.
+// Transparent colors are added up with weights that fall with the distance, so that the order of drawing does not
 // matter (M. McGuire, L. Bavoil, "Weighted Blended Order-Independent Transparency", JCGT 2013).
 
 // 0: everything is opaque, 1: only what is opaque, 2: only what is transparent.
@@ -10,7 +10,7 @@ uniform vec3 u_depth;
 layout(location = 0) out vec4 out_color;
 layout(location = 1) out vec4 out_weight;
 
-// Interpolation and the eight bits of a colour leave a full alpha just below 1.
+// Interpolation and the eight bits of a color leave a full alpha just below 1.
 const float opaqueAlpha = 254.5 / 255.0;
 
 void writeColor(vec4 color)

@@ -1,4 +1,4 @@
-// The weighted sum of the colours, with the share of the background that shines through.
+// The weighted sum of the colors, with the share of the background that shines through.
 uniform sampler2D u_colors;
 uniform sampler2D u_weights;
 

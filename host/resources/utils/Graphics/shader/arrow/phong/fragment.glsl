@@ -19,7 +19,7 @@ void main()
     vec3 towardsLight = normalize(towardsEye + 0.45 * u_up - 0.3 * u_right);
     float diffuse = max(dot(normal, towardsLight), 0.0);
     float specular = pow(max(dot(normal, normalize(towardsLight + towardsEye)), 0.0), 48.0);
-    // Darker where the surface turns away, so that bright colours stand out from a bright background.
+    // Darker where the surface turns away, so that bright colors stand out from a bright background.
     float rim = mix(0.7, 1.0, smoothstep(0.0, 0.4, facing));
 
     vec3 color = v_color.rgb * (0.5 + 0.55 * diffuse) * rim + vec3(0.16 * specular * (1.0 - u_isFlat));

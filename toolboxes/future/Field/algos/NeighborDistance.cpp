@@ -1,4 +1,4 @@
-#include "NeighbourDistance.hpp"
+#include "NeighborDistance.hpp"
 
 #include <tavrin/domain/CellComplex.hpp>
 
@@ -121,13 +121,13 @@ double evenDistance(const PointSet<D>& points)
 }
 
 template<std::size_t D>
-double typicalNeighbourDistance(const PointSet<D>& domain)
+double typicalNeighborDistance(const PointSet<D>& domain)
 {
     const auto* const complex = dynamic_cast<const EmbeddedCellComplex<D>*>(&domain);
     const double distance = complex == nullptr ? 0.0 : medianEdgeLength(*complex);
     return distance > 0.0 ? distance : evenDistance(domain);
 }
 
-template double typicalNeighbourDistance(const PointSet<1>& domain);
-template double typicalNeighbourDistance(const PointSet<2>& domain);
-template double typicalNeighbourDistance(const PointSet<3>& domain);
+template double typicalNeighborDistance(const PointSet<1>& domain);
+template double typicalNeighborDistance(const PointSet<2>& domain);
+template double typicalNeighborDistance(const PointSet<3>& domain);
