@@ -30,15 +30,4 @@ Color ColorMapDataObject::mapValueToColorScaled(double value) const
     return mColorMap.mapValueToColor(share <= 1.0 ? std::min(position, high) : position);
 }
 
-const RTTI_TypeId& ColorMapDataObject::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("ColorMapDataObject");
-    return id;
-}
-
-bool ColorMapDataObject::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || DataObject::isA(id);
-}
-
 }

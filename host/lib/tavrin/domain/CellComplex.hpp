@@ -52,8 +52,10 @@ public:
 
     std::size_t numElements(const DomainPart& part) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<CellComplex>& classTypeId()
+    {
+        return typeId<CellComplex, Domain>("CellComplex", "grid");
+    }
 };
 
 /// A cell complex whose vertices are points with D coordinates: a grid.
@@ -72,8 +74,11 @@ public:
 
     std::size_t numElements(const DomainPart& part) const final;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<EmbeddedCellComplex>& classTypeId()
+    {
+        return RTTI::typeId<EmbeddedCellComplex, PointSet<D>, CellComplex>(
+            "EmbeddedCellComplex<" + std::to_string(D) + ">", std::to_string(D) + "-D grid");
+    }
 
 private:
     mutable std::once_flag mLocatorOnce;

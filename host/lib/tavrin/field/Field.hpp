@@ -133,8 +133,11 @@ public:
     std::size_t dimension() const final { return D; }
     std::string valueTypeName() const final { return tavrin::valueTypeName<T>(); }
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<Field>& classTypeId()
+    {
+        return RTTI::typeId<Field, FieldBase>("Field", std::to_string(D) + "-D field of type " +
+                                                           tavrin::valueTypeName<T>());
+    }
 };
 
 }

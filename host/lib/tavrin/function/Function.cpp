@@ -61,17 +61,6 @@ std::vector<std::string> FunctionBase::getInfoStrings() const
             "time: " + describeTimeSteps(mTimeSteps)};
 }
 
-const RTTI_TypeId& FunctionBase::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("FunctionBase");
-    return id;
-}
-
-bool FunctionBase::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || DataObject::isA(id);
-}
-
 template<typename T>
 Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                       std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
@@ -99,19 +88,6 @@ std::shared_ptr<const ValueArray<T>> Function<T>::stepValues(std::size_t step) c
     return numTimeSteps() <= 1 && all->isInMemory()
                ? all
                : all->part(step * valuesPerStep(), valuesPerStep());
-}
-
-template<typename T>
-const RTTI_TypeId& Function<T>::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("Function");
-    return id;
-}
-
-template<typename T>
-bool Function<T>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || FunctionBase::isA(id);
 }
 
 template class Function<Scalar>;

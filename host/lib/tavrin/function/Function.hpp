@@ -65,8 +65,10 @@ public:
     /// Lines for a person: value type and precision, domain part, number of values, time steps.
     std::vector<std::string> getInfoStrings() const;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<FunctionBase>& classTypeId()
+    {
+        return typeId<FunctionBase, DataObject>("FunctionBase", "function");
+    }
 
 protected:
     FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
@@ -127,13 +129,11 @@ public:
 
     std::string valueTypeName() const override { return tavrin::valueTypeName<T>(); }
 
-    static std::string typeDescription()
+    static const TypeId<Function>& classTypeId()
     {
-        return "function of type " + tavrin::valueTypeName<T>();
+        return RTTI::typeId<Function, FunctionBase>("Function", "function of type " +
+                                                                    tavrin::valueTypeName<T>());
     }
-
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
 
 private:
     /// Refuses values that cannot live on the domain. Throws `runtime_error` "Data can't be
