@@ -1,4 +1,4 @@
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/value/Color.hpp>
