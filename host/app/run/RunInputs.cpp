@@ -3,7 +3,6 @@
 #include "ColorMapInput.hpp"
 
 #include <tavrin/colormap/ColorMapReference.hpp>
-#include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
 
