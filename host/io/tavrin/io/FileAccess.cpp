@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 
@@ -176,12 +177,17 @@ std::shared_ptr<DataFile> FileAccess::openAgain(const FilePlace& place)
         mOpened, [&](const OpenedFile& opened)
         { return opened.path == place.path && opened.changed == changed && opened.size == size; });
     if (known != mOpened.end())
+    {
         mOpened.splice(mOpened.begin(), mOpened, known);
-    else
-        mOpened.push_front({place.path, changed, size, open(place)});
+        return known->file;
+    }
+    std::shared_ptr<DataFile> file = open(place);
+    // Clocks of file systems are coarse: a file that has just changed may change again unnoticed.
+    if (std::filesystem::file_time_type::clock::now() - changed > std::chrono::seconds(1))
+        mOpened.push_front({place.path, changed, size, file});
     if (mOpened.size() > maximumOpenedFiles)
         mOpened.pop_back();
-    return mOpened.front().file;
+    return file;
 }
 
 BuiltGrid FileAccess::build(DataFile& file, const FilePlace& place,

@@ -1,6 +1,6 @@
 #include <tavrin/io/series/Blocks.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
 

@@ -1,6 +1,6 @@
 #include <tavrin/io/write/SeriesWriter.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/write/FileBuffer.hpp>
