@@ -64,7 +64,7 @@ const Case cases[] = {
     {"EmptyFile", R"(: >e.vtu; operate "Field A=e.vtu" -o out.vtu)", 3, "error: e.vtu: is empty\n"},
     {"TruncatedFile", R"(head -c 500 flow.vtu >t.vtu; operate "Field A=t.vtu" -o out.vtu)", 3, "error: t.vtu: not a whole XML file: line 10, column 4, byte index 500: no element found\n"},
     {"Noise", R"(head -c 5000 "$PLUGIN" >n.vtk; operate "Field A=n.vtk" -o out.vtu)", 3, "error: n.vtk: not a legacy VTK file\n"},
-    {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .vtm, .pvd and .series\n"},
+    {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd and .series\n"},
     {"MissingArray", R"(operate "Field A=flow.vtu#velocty" -o out.vtu)", 2, "error: flow.vtu: no array \"velocty\"; did you mean \"velocity\"?\n"},
     {"GridOfAnotherDimension", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\nPOINTS 2 float\n0 0 0  1 0 0\n' >line.vtk; tavrin run 'Field/Sample Field on Given Grid' Field=double_gyre.pvd 'Grid=line.vtk?dimension=1' -o out.pvd)", 2, "error: option \"Grid\": it takes a 2-D grid or point set or a 3-D grid or point set, not a 1-D point set\n"},
     {"NamesWithControlCharacters", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nORIGIN 0 0 0\nSPACING 1 1 1\nPOINT_DATA 2\nSCALARS a%%1B[31m%%0Ab%%C2%%9Bc double 1\nLOOKUP_TABLE default\n1 2\n' >odd.vtk; tavrin info odd.vtk | grep 31m >&2)", 0, "a [31m b c  points  1           float64    Scalar  -\n"},

@@ -3,7 +3,6 @@
 #include "../text/Layout.hpp"
 
 #include <tavrin/base/Suggestion.hpp>
-#include <tavrin/io/SeriesWriter.hpp>
 #include <tavrin/io/Writer.hpp>
 
 #include <unistd.h>

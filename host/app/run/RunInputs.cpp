@@ -4,7 +4,6 @@
 #include "ColorMapInput.hpp"
 
 #include <tavrin/colormap/ColorMapReference.hpp>
-#include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
 
