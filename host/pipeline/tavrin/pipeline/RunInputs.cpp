@@ -1,13 +1,13 @@
-#include "RunInputs.hpp"
+#include <tavrin/pipeline/RunInputs.hpp>
 
-#include "ColorMapInput.hpp"
+#include <tavrin/pipeline/ColorMapInput.hpp>
 
 #include <tavrin/colormap/ColorMapReference.hpp>
 #include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace
