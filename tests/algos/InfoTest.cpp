@@ -7,6 +7,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -19,7 +20,7 @@ protected:
         run.connect("Field", std::move(field));
         run.setText("Compute min, max, average", toText(extremes));
         run.setText("Compute median", toText(median));
-        run.execute(goOn);
+        run.execute(neverAbort);
         return run.infoLog();
     }
 
@@ -106,8 +107,7 @@ TEST_F(InfoTest, TheMedianAgreesWithASortedList)
 
 TEST_F(InfoTest, AnswersForNothingAtAll)
 {
-    const auto none = std::make_shared<PointCloud<2>>(
-        std::make_shared<DefaultValueArray<Vector2>>(std::vector<Vector2>{}, Precision::Float64));
+    const auto none = cloudOf<2>({});
     const std::string empty = "Field does not contain any values\n";
     EXPECT_EQ(statisticsOf(fieldOf<Scalar>({}, none), true, true), empty);
     EXPECT_EQ(statisticsOf(fieldOf<Scalar>({}, none), false, true), empty);
@@ -181,10 +181,9 @@ TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
 
 TEST_F(InfoTest, AbortedReportsWhatWasSeen)
 {
-    const volatile bool stop = true;
     run.connect("Field", fieldOf<Scalar>({2.0, 1.0, 3.0}));
     run.setText("Compute median", "true");
-    run.execute(stop);
+    run.execute(alreadyAborted);
     EXPECT_EQ(run.infoLog(),
               "The domain bounding box is spanned by [0] and [2]\n"
               "A tensor with minimal norm has the norm 2, the value [2] at index 0 of Points\n"

@@ -1,5 +1,7 @@
 #include "SampleTest.hpp"
 
+#include <support/ThreadCount.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
@@ -13,6 +15,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr std::size_t pointsPerAxis = 9;
@@ -30,8 +33,7 @@ std::shared_ptr<const CurvilinearGrid<3>> curvilinearGrid()
                             z + 0.2 * std::sin(x * y));
     }
     return std::make_shared<CurvilinearGrid<3>>(
-        GridSize{pointsPerAxis, pointsPerAxis, pointsPerAxis},
-        std::make_shared<DefaultValueArray<Vector3>>(std::move(points), Precision::Float64));
+        GridSize{pointsPerAxis, pointsPerAxis, pointsPerAxis}, stored(std::move(points)));
 }
 
 /// Its cells in a list: cell i is the one numbered order[i].
@@ -51,7 +53,7 @@ std::shared_ptr<const UnstructuredGrid<3>> listedGrid(const std::vector<std::siz
         offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
     }
     return std::make_shared<UnstructuredGrid<3>>(
-        std::make_shared<DefaultValueArray<Vector3>>(std::move(points), Precision::Float64),
+        stored(std::move(points)),
         CellTable{std::vector(order.size(), CellType::Hexahedra), IndexArray(std::move(offsets)),
                   IndexArray(std::move(connectivity))});
 }
@@ -108,8 +110,8 @@ protected:
     std::vector<Vector3> sample(const std::shared_ptr<const DataObject>& field,
                                 const std::vector<Vector3>& points, int threads)
     {
-        omp_set_num_threads(threads);
-        connect(field, pointsAt<3>(points));
+        const ThreadCount threadCount(threads);
+        connect(field, cloudOf<3>(points));
         execute();
         return values<Vector3>();
     }
@@ -227,7 +229,7 @@ TEST_F(SampleInvariance, ALatticeIsSampledAsItsPointsAre)
             const auto expected = sample(field, points, 2);
             for (const int threads : {1, 3})
             {
-                omp_set_num_threads(threads);
+                const ThreadCount threadCount(threads);
                 connect(field, grid);
                 execute();
                 const auto sampled = values<Vector3>();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
 
 #include <filesystem>
 #include <string>
@@ -27,12 +27,15 @@ public:
 
     const std::filesystem::path& folder() const { return mFolder.path(); }
 
-    void write(const std::string& name, const std::string& content) const;
-    std::string read(const std::string& name) const;
+    void write(const std::string& name, const std::string& content) const
+    {
+        mFolder.write(name, content);
+    }
+    std::string read(const std::string& name) const { return mFolder.read(name); }
 
     /// The names of hidden files, each followed by a blank.
     std::string temporaryFiles() const;
 
 private:
-    TemporaryFolder mFolder;
+    support::TemporaryFolder mFolder;
 };

@@ -2,7 +2,8 @@
 #include "examples/ExampleFields.hpp"
 #include "examples/Trigonometry.hpp"
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
+#include <support/abortFlags.hpp>
 
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
@@ -16,6 +17,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using namespace tavrin::app;
 using namespace tavrin::app::examples;
@@ -235,7 +237,6 @@ TEST(ExampleData, IsWrittenSmallAndReadWithoutNamingAnArray)
 {
     const TemporaryFolder temporary;
     const std::filesystem::path folder = temporary / "new/folder";
-    const volatile bool neverAbort = false;
     const auto files = writeExamples(folder, neverAbort);
     EXPECT_EQ(files.size(), 7U);
     io::Loader loader([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);

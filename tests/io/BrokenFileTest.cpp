@@ -1,5 +1,7 @@
 #include "ReaderSamples.hpp"
 
+#include <support/captured.hpp>
+
 #include <random>
 
 namespace
@@ -236,17 +238,19 @@ TEST_F(BrokenFile, NeverEndsInMoreThanOneLine)
 
 TEST_F(BrokenFile, LeavesNothingOnStandardError)
 {
-    testing::internal::CaptureStderr();
-    complaintAbout("a.vtu", "<VTKFile");
-    complaintAbout("b.vti",
-                   vtkFile("ImageData",
-                           "<ImageData><Piece Extent=\"0 1 0 0 0 0\"><PointData><DataArray "
-                           "type=\"Float64\" Name=\"p\" format=\"appended\" "
-                           "offset=\"0\"/></PointData></Piece></ImageData>"
-                           "<AppendedData encoding=\"raw\">no underscore</AppendedData>",
-                           "compressor=\"vtkZLibDataCompressor\""));
-    complaintAbout("c.vtk", legacy("POLYDATA\nPOINTS 1 float\nx"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const auto readBrokenFiles = [&]
+    {
+        complaintAbout("a.vtu", "<VTKFile");
+        complaintAbout("b.vti",
+                       vtkFile("ImageData",
+                               "<ImageData><Piece Extent=\"0 1 0 0 0 0\"><PointData><DataArray "
+                               "type=\"Float64\" Name=\"p\" format=\"appended\" "
+                               "offset=\"0\"/></PointData></Piece></ImageData>"
+                               "<AppendedData encoding=\"raw\">no underscore</AppendedData>",
+                               "compressor=\"vtkZLibDataCompressor\""));
+        complaintAbout("c.vtk", legacy("POLYDATA\nPOINTS 1 float\nx"));
+    };
+    EXPECT_EQ(standardErrorOf(readBrokenFiles), "");
 }
 
 }

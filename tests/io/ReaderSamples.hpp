@@ -24,19 +24,6 @@ protected:
         return mLoader.loadFunction(reference(text));
     }
 
-    /// All values of a function that must be of type T.
-    template<typename T>
-    std::vector<T> valuesOf(const FunctionBase& function)
-    {
-        const auto* const typed = dynamic_cast<const Function<T>*>(&function);
-        if (typed == nullptr)
-            throw std::runtime_error("the function is a " + function.valueTypeName());
-        std::vector<T> values;
-        for (std::size_t i = 0; i < typed->values()->size(); ++i)
-            values.push_back((*typed->values())[i]);
-        return values;
-    }
-
     template<typename T>
     std::vector<T> loadValues(const std::string& text)
     {
@@ -95,9 +82,10 @@ protected:
     void SetUp() override
     {
         ReaderTest::SetUp();
-        if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
-            GTEST_SKIP() << "TAVRIN_TEST_DATA names no folder";
-        mData = std::getenv("TAVRIN_TEST_DATA");
+        const auto folder = realDataFolder();
+        if (!folder)
+            GTEST_SKIP() << "TAVRIN_TEST_DATA is not set";
+        mData = *folder;
     }
 
     const std::filesystem::path& data() const { return mData; }

@@ -50,7 +50,7 @@ TEST_F(Reader, FindsFilesWhoseNamesHaveHashesAndQuestionMarks)
 TEST_F(Reader, NamesWhatAKeyOfAReferenceTakes)
 {
     const auto complaintAboutKey = [](const std::string& text)
-    { return ReaderTest::errorOf<usage_error>([&] { DataReference::parse(text); }); };
+    { return errorOf<usage_error>([&] { DataReference::parse(text); }); };
     EXPECT_EQ(complaintAboutKey("a.vtu?tme=1"),
               "unknown key \"tme\" in a data reference; did you mean \"time\"?");
     EXPECT_EQ(complaintAboutKey("a.vtu?on=faces"), "?on=faces: on is points or cells");

@@ -1,5 +1,7 @@
+#include <support/errorOf.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/algorithm/Options.hpp>
-#include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/function/visit.hpp>
 
 #include <gtest/gtest.h>
@@ -7,13 +9,8 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
-
-std::shared_ptr<const DataObject> lineOf(std::size_t points)
-{
-    return std::make_shared<UniformGrid<1>>(
-        UniformGrid<1>::Layout{.size = {points, 1, 1}, .spacing = {1.0}});
-}
 
 /// One input of every kind; remembers what changed and shows "Color" by "Flag".
 struct EveryKind : Options
@@ -64,19 +61,7 @@ protected:
     template<typename T>
     std::string failureOf(const std::string& name)
     {
-        try
-        {
-            options.get<T>(name);
-        }
-        catch (const logic_error& error)
-        {
-            return error.what();
-        }
-        catch (const Options::missing_option_error& error)
-        {
-            return error.what();
-        }
-        return {};
+        return errorOf([&] { options.get<T>(name); });
     }
 
     Options::Control control;
@@ -167,16 +152,8 @@ TEST_F(OptionsTest, AValidatorMayCorrectAValue)
 TEST_F(OptionsTest, AChoiceRefusesOtherTextsUnlessSetDirectly)
 {
     auto& choice = value("Choice");
-    try
-    {
-        choice.fromString("three");
-        FAIL();
-    }
-    catch (const usage_error& error)
-    {
-        EXPECT_STREQ(error.what(),
-                     "\"three\" is not among the choices; there are \"one\", \"two\"");
-    }
+    EXPECT_EQ(errorOf<usage_error>([&] { choice.fromString("three"); }),
+              "\"three\" is not among the choices; there are \"one\", \"two\"");
     choice.fromStringUnchecked("three");
     EXPECT_EQ(options.get<std::string>("Choice"), "three");
 }

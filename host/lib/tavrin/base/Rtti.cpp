@@ -6,9 +6,9 @@
 namespace tavrin
 {
 
-RTTI_TypeId::RTTI_TypeId(std::type_index index, Match matches, std::vector<RTTI_TypeId> bases,
+RTTI_TypeId::RTTI_TypeId(std::type_index index, Match match, std::vector<RTTI_TypeId> bases,
                          std::string name, std::string description)
-    : mIndex(index), mMatches(matches), mBases(std::move(bases)), mName(std::move(name)),
+    : mIndex(index), mMatches(match), mBases(std::move(bases)), mName(std::move(name)),
       mDescription(std::move(description))
 {
 }

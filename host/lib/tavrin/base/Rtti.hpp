@@ -38,7 +38,7 @@ protected:
     friend class RTTI;
     using Match = bool (*)(const RTTI&);
 
-    RTTI_TypeId(std::type_index index, Match matches, std::vector<RTTI_TypeId> bases,
+    RTTI_TypeId(std::type_index index, Match match, std::vector<RTTI_TypeId> bases,
                 std::string name, std::string description);
 
 private:

@@ -17,7 +17,7 @@ namespace
 std::optional<DataSort> dataSortOf(const InputBase& input)
 {
     if (const auto* const data = dynamic_cast<const InputDataObject*>(&input))
-        return data->dataSort();
+        return app::dataSortOf(data->types());
     if (input.kind() == InputKind::Bundle)
         return DataSort::Function;
     return std::nullopt;
@@ -103,7 +103,7 @@ RunInputs::Object RunInputs::loadGrid(io::DataReference reference, const InputBa
     if (reference.dimension)
         return grid;
     reference.dimension = dynamic_cast<const PointSetBase&>(*grid).dimension();
-    while (!data.accepts(*grid) && ++*reference.dimension <= 3)
+    while (!data.accepts(grid) && ++*reference.dimension <= 3)
         grid = mLoader.loadGrid(reference);
     return grid;
 }
