@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// One `NAME=VALUE` or `NAME:=VALUE` of the command line.
-struct OptionAssignment
+struct TAVRIN_API OptionAssignment
 {
     std::string option;
     std::string value;
@@ -24,7 +24,7 @@ struct OptionAssignment
 
 /// Throws `usage_error` as `OptionAssignment::parse`, and for an option that is assigned twice and
 /// takes one value.
-std::vector<OptionAssignment> parseAssignments(const std::vector<std::string>& words,
-                                               const AlgorithmRun& run);
+TAVRIN_API std::vector<OptionAssignment> parseAssignments(const std::vector<std::string>& words,
+                                                          const AlgorithmRun& run);
 
 }

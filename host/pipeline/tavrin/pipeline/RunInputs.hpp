@@ -1,21 +1,21 @@
 #pragma once
 
-#include "OptionAssignment.hpp"
+#include <tavrin/pipeline/OptionAssignment.hpp>
 
 #include <tavrin/io/Loader.hpp>
 
 #include <map>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// The files of data and color maps that assignments name, and those that the former list. Throws
 /// `usage_error` for a malformed reference.
-std::vector<std::filesystem::path> inputFiles(const std::vector<OptionAssignment>& assignments,
-                                              const AlgorithmRun& run);
+TAVRIN_API std::vector<std::filesystem::path> inputFiles(
+    const std::vector<OptionAssignment>& assignments, const AlgorithmRun& run);
 
 /// Sets the options of a run from the command line, with data from files.
-class RunInputs
+class TAVRIN_API RunInputs
 {
 public:
     RunInputs(AlgorithmRun& run, io::Loader& loader) : mRun(run), mLoader(loader) {}

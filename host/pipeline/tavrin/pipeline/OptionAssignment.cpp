@@ -1,8 +1,8 @@
-#include "OptionAssignment.hpp"
+#include <tavrin/pipeline/OptionAssignment.hpp>
 
 #include <algorithm>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 OptionAssignment OptionAssignment::parse(const std::string& word, const AlgorithmRun& run)

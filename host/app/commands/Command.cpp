@@ -1,6 +1,6 @@
 #include "Command.hpp"
 
-#include "text/HelpText.hpp"
+#include "../text/HelpText.hpp"
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -9,14 +9,14 @@
 namespace tavrin::app
 {
 
-Command::Command(CLI::App& program, Text text)
+Command::Command(CLI::App& program, CommandText text)
     : mText(std::move(text)), mSyntax(*program.add_subcommand(mText.name, mText.summary))
 {
 }
 
 std::string Command::help(const Words&, const Session&) const
 {
-    return helpText(*this);
+    return helpText(declaration());
 }
 
 const std::string& Command::firstWord(const Words& words) const

@@ -1,13 +1,12 @@
-#include "RunInputs.hpp"
+#include <tavrin/pipeline/RunInputs.hpp>
 
-#include "../DataSort.hpp"
-#include "ColorMapInput.hpp"
+#include <tavrin/pipeline/ColorMapInput.hpp>
 
 #include <tavrin/colormap/ColorMapReference.hpp>
 
 #include <algorithm>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace

@@ -9,14 +9,16 @@
 namespace tavrin::app
 {
 
-/// The program as a whole: all commands, and the options that go with every one of them.
+/// All commands, and the options that every command has.
 struct Program
 {
     CLI::App syntax;
     std::vector<std::unique_ptr<Command>> commands;
 
-    /// The command of that name. Throws `usage_error` with the nearest one.
+    /// The command of that name. Throws `usage_error` that suggests the nearest name.
     Command& command(const std::string& name) const;
+
+    ProgramDeclaration declaration() const;
 };
 
 }

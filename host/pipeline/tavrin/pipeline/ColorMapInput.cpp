@@ -1,4 +1,4 @@
-#include "ColorMapInput.hpp"
+#include <tavrin/pipeline/ColorMapInput.hpp>
 
 #include <tavrin/colormap/ColorMapReference.hpp>
 #include <tavrin/function/NormBounds.hpp>
@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace

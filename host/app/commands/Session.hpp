@@ -1,7 +1,7 @@
 #pragma once
 
-#include "console/Console.hpp"
-#include "console/ProgressBar.hpp"
+#include "../console/Console.hpp"
+#include "../console/ProgressBar.hpp"
 
 #include <tavrin/algorithm/AlgorithmFactory.hpp>
 #include <tavrin/plugin/RegistrationService.hpp>
