@@ -9,14 +9,18 @@ function(tavrin_add_plugin name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TAVRIN_PLUGIN_SUBDIR}")
 endfunction()
 
-# tavrin_publish_library(<name> <folder of headers>)
+# tavrin_publish_library(<name> <folder of headers> [<private folder inside>...])
 # Installs a library with its headers, for the program and for plug-ins that are built elsewhere.
 function(tavrin_publish_library name headers)
+    set(private "")
+    foreach(folder IN LISTS ARGN)
+        list(APPEND private PATTERN "${folder}" EXCLUDE)
+    endforeach()
     target_include_directories(${name} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
     install(TARGETS ${name} EXPORT tavrin-targets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
     install(DIRECTORY ${headers}
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-        FILES_MATCHING PATTERN "*.hpp")
+        FILES_MATCHING PATTERN "*.hpp" ${private})
 endfunction()
 
 # tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])

@@ -8,7 +8,7 @@
 #include "console/Interrupt.hpp"
 #include "text/HelpText.hpp"
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 
 #include <fcntl.h>

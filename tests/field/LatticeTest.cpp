@@ -6,9 +6,9 @@
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/field/Field.hpp>
-#include <tavrin/field/SortedCoordinates.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/function/Function.hpp>
+#include <tavrin/location/SortedCoordinates.hpp>
 
 namespace
 {

@@ -5,7 +5,7 @@
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
-#include <tavrin/field/CellGeometry.hpp>
+#include <tavrin/location/CellGeometry.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
 #include <limits>
@@ -134,7 +134,7 @@ TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
                         Vector3 beside = point;
                         beside[axis] = std::nextafter(point[axis], direction);
                         EXPECT_EQ(cellAt<3>(*grid, beside), lowest);
-                        EXPECT_TRUE(grid->locator().bounds().contains(beside));
+                        EXPECT_TRUE(locatorOf(*grid).bounds().contains(beside));
                         const bool isOutward = (at[axis] == 0 && direction * spacing[axis] < 0) ||
                                                (at[axis] == n - 1 && direction * spacing[axis] > 0);
                         beside[axis] += std::copysign(1e-4 * spacing[axis], direction);
@@ -231,7 +231,7 @@ template<std::size_t D>
 void expectBruteForce(const Mesh<D>& mesh, std::mt19937& random)
 {
     const auto grid = mesh.grid();
-    const Box<D> bounds = grid->locator().bounds();
+    const Box<D> bounds = locatorOf(*grid).bounds();
     for (const auto& query : queriesFor(mesh, random))
     {
         const auto cell = cellAt<D>(*grid, query);
@@ -352,7 +352,7 @@ TEST(Locator, TakesOneWildCoordinateForWhatItIs)
             for (Vector3& point : mesh.points)
                 point *= size;
             const auto grid = mesh.grid();
-            const Box<3> bounds = grid->locator().bounds();
+            const Box<3> bounds = locatorOf(*grid).bounds();
             for (const auto& query : queriesFor(mesh, random))
             {
                 const auto cell = cellAt<3>(*grid, query);
@@ -440,7 +440,7 @@ TEST(Locator, AnswersTheSameInAnyOrderAndCompanyAndWithAnyNumberOfThreads)
     std::iota(order.begin(), order.end(), 0U);
     for (const Grid<3>& grid : grids)
     {
-        const auto expected = answers<3>(*grid, grid->locator(), queries, order, 1);
+        const auto expected = answers<3>(*grid, locatorOf(*grid), queries, order, 1);
         for (const auto& [count, atOnce] : {std::pair(1, 7), {2, 32}, {3, 500}, {8, 1}})
         {
             const ThreadCount threads(count);

@@ -3,8 +3,8 @@
 #include <support/smallData.hpp>
 
 #include <tavrin/domain/UnstructuredGrid.hpp>
-#include <tavrin/field/CellLocator.hpp>
-#include <tavrin/field/ShapeFunctions.hpp>
+#include <tavrin/location/ShapeFunctions.hpp>
+#include <tavrin/location/locatorOf.hpp>
 
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
     typename CellLocator<D>::Hint hint;
     Location location;
     std::uint8_t isInside = 0;
-    grid.locator().locate(std::span(&position, 1), &location, &isInside, hint);
+    locatorOf(grid).locate(std::span(&position, 1), &location, &isInside, hint);
     if (isInside == 0)
         return std::nullopt;
     double sum = 0.0;

@@ -3,7 +3,7 @@
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/base/LargeVector.hpp>
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/value/Color.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>

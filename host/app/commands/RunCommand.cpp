@@ -54,6 +54,30 @@ Json reportedOptions(const AlgorithmDescription& description,
     return options;
 }
 
+/// Shows progress and refuses results that the requested files cannot hold.
+class RunWatcher final : public RunObserver
+{
+public:
+    RunWatcher(Session& session, const std::vector<OutputRequest>& requests)
+        : mProgressBar(session.console, session.progressMode), mRequests(requests)
+    {
+    }
+
+    void opened(const ProgressReport& report) override { mProgressBar.opened(report); }
+    void closed(const ProgressReport& report) override { mProgressBar.closed(report); }
+
+    void announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps) override
+    {
+        for (const OutputRequest& request : mRequests)
+            if (request.port == port)
+                io::requireSuitable(request.file, domain, numTimeSteps);
+    }
+
+private:
+    ProgressBar mProgressBar;
+    const std::vector<OutputRequest>& mRequests;
+};
+
 class RunCommand final : public Command
 {
 public:
@@ -138,13 +162,6 @@ public:
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
         checkFormats(requests, inputs.objects());
         // What only the algorithm knows, such as the number of times, is refused before its work.
-        run.setResultListener(
-            [&](const std::string& port, const Domain& domain, std::size_t numTimeSteps)
-            {
-                for (const OutputRequest& request : requests)
-                    if (request.port == port)
-                        io::requireSuitable(request.file, domain, numTimeSteps);
-            });
         const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
         timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
         io::PendingFiles files;
@@ -159,7 +176,7 @@ public:
             report.options = reportedOptions(run.describe(), assignments);
             report.infoLog = run.infoLog();
             report.debugLog = run.debugLog();
-            report.statistics = run.statistics();
+            report.results = run.results();
             files.push_back(
                 prepareWholeFile(*mReportFile, jsonText(report.toJson()), session.abortFlag));
         }
@@ -187,8 +204,8 @@ private:
         try
         {
             {
-                ProgressBar progress(session.console, session.progressMode);
-                run.execute(session.abortFlag, &progress);
+                RunWatcher watcher(session, requests);
+                run.execute(session.abortFlag, &watcher);
             }
             if (session.abortFlag)
                 throw io::Aborted();
@@ -236,6 +253,8 @@ private:
         for (const std::string& line : linesOf(run.debugLog()))
             if (wantsWholeDebugLog || line.starts_with("hint: "))
                 session.console.line(line);
+        for (const std::string& text : run.hints())
+            session.console.line("hint: " + text);
     }
 
     std::vector<std::string> mOutputWords;

@@ -108,18 +108,16 @@ ProgressBar::~ProgressBar()
         mConsole.status({});
 }
 
-void ProgressBar::opened(const std::string& title, unsigned long total,
-                         const volatile unsigned long& counter, bool)
+void ProgressBar::opened(const ProgressReport& report)
 {
     const std::scoped_lock lock(mMutex);
-    mReports.push_back({title, total, &counter, Clock::now()});
+    mReports.push_back({&report, Clock::now()});
 }
 
-void ProgressBar::closed()
+void ProgressBar::closed(const ProgressReport& report)
 {
     const std::scoped_lock lock(mMutex);
-    if (!mReports.empty())
-        mReports.pop_back();
+    std::erase_if(mReports, [&](const OpenReport& open) { return open.report == &report; });
 }
 
 void ProgressBar::watch(const std::stop_token& stop)
@@ -137,11 +135,11 @@ void ProgressBar::watch(const std::stop_token& stop)
     }
 }
 
-void ProgressBar::show(const Report& report)
+void ProgressBar::show(const OpenReport& open)
 {
-    const std::chrono::duration<double> elapsed = Clock::now() - report.start;
-    const ProgressState state{oneLine(report.title), *report.counter, report.total,
-                              elapsed.count()};
+    const std::chrono::duration<double> elapsed = Clock::now() - open.start;
+    const ProgressState state{oneLine(open.report->title), open.report->counter.count(),
+                              open.report->total, elapsed.count()};
     if (mConsole.isTerminal())
         mConsole.status(progressBar(state, mConsole.width() - 1));
     else

@@ -2,6 +2,7 @@
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 
+#include <optional>
 #include <string>
 #include <vector>
 

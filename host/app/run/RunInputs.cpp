@@ -1,5 +1,6 @@
 #include "RunInputs.hpp"
 
+#include "../DataSort.hpp"
 #include "ColorMapInput.hpp"
 
 #include <tavrin/colormap/ColorMapReference.hpp>
@@ -17,7 +18,7 @@ namespace
 std::optional<DataSort> dataSortOf(const InputBase& input)
 {
     if (const auto* const data = dynamic_cast<const InputDataObject*>(&input))
-        return data->dataSort();
+        return app::dataSortOf(data->types());
     if (input.kind() == InputKind::Bundle)
         return DataSort::Function;
     return std::nullopt;
@@ -103,7 +104,7 @@ RunInputs::Object RunInputs::loadGrid(io::DataReference reference, const InputBa
     if (reference.dimension)
         return grid;
     reference.dimension = dynamic_cast<const PointSetBase&>(*grid).dimension();
-    while (!data.accepts(*grid) && ++*reference.dimension <= 3)
+    while (!data.accepts(grid) && ++*reference.dimension <= 3)
         grid = mLoader.loadGrid(reference);
     return grid;
 }

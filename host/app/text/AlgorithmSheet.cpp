@@ -1,5 +1,7 @@
 #include "AlgorithmSheet.hpp"
 
+#include "../DataSort.hpp"
+
 #include "../run/ColorMapInput.hpp"
 #include "Layout.hpp"
 
@@ -25,7 +27,7 @@ std::string placeholder(const InputBase& input)
     if (takesColorMap(input))
         return "COLORMAP";
     const auto* const data = dynamic_cast<const InputDataObject*>(&input);
-    return data != nullptr && data->dataSort() == DataSort::Domain ? "FILE" : "FILE#ARRAY";
+    return data != nullptr && dataSortOf(data->types()) == DataSort::Domain ? "FILE" : "FILE#ARRAY";
 }
 
 /// The lines about what an option takes and has.

@@ -1,7 +1,7 @@
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 
@@ -28,17 +28,6 @@ Color ColorMapDataObject::mapValueToColorScaled(double value) const
     const double position = low + share * (high - low);
     // Rounding must not carry a value inside the scaling past the last color.
     return mColorMap.mapValueToColor(share <= 1.0 ? std::min(position, high) : position);
-}
-
-const RTTI_TypeId& ColorMapDataObject::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("ColorMapDataObject");
-    return id;
-}
-
-bool ColorMapDataObject::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || DataObject::isA(id);
 }
 
 }

@@ -27,8 +27,10 @@ public:
     /// The color of a value after the scaling has brought it into the map's range, linearly.
     Color mapValueToColorScaled(double value) const;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<ColorMapDataObject>& classTypeId()
+    {
+        return typeId<ColorMapDataObject, DataObject>("ColorMapDataObject", "color map");
+    }
 
 private:
     ColorMap mColorMap;

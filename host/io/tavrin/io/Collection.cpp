@@ -1,6 +1,6 @@
 #include <tavrin/io/Collection.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/DataFile.hpp>
 #include <tavrin/io/Malformed.hpp>
 #include <tavrin/io/TextNumbers.hpp>

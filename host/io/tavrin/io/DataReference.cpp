@@ -1,7 +1,7 @@
 #include <tavrin/io/DataReference.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/Shape.hpp>
 

@@ -1,6 +1,6 @@
 #include <tavrin/io/Loader.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
 #include <tavrin/io/FileInspection.hpp>
 #include <tavrin/io/SeriesReader.hpp>

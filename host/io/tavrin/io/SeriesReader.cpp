@@ -1,6 +1,6 @@
 #include <tavrin/io/SeriesReader.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
 #include <tavrin/io/Malformed.hpp>
 

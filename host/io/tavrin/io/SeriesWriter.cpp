@@ -1,6 +1,6 @@
 #include <tavrin/io/SeriesWriter.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/OutputFile.hpp>
 
 #include <fmt/format.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/algorithm/Algorithm.hpp>
+#include <tavrin/plugin/RegistrationService.hpp>
 
 namespace tavrin
 {
@@ -25,7 +26,8 @@ public:
     using InteractionsMaker =
         std::function<std::unique_ptr<InteractionAlgorithm::Interactions>(Algorithm::InitData&)>;
 
-    /// `isShown` is true for algorithms whose outcome is looked at, not processed further.
+    /// `isShown` is true for algorithms whose outcome is looked at, not processed further. Throws
+    /// `logic_error` for a name that is not one line of printable characters.
     AlgorithmFactory(std::string name, std::string description, AlgorithmType type, bool isShown,
                      OptionsMaker makeOptions, DataOutputsDeclarer declareDataOutputs,
                      VisOutputsDeclarer declareVisOutputs, AlgorithmMaker makeAlgorithm,
@@ -55,5 +57,7 @@ private:
     AlgorithmMaker mMakeAlgorithm;
     InteractionsMaker mMakeInteractions;
 };
+
+extern template class RegistrationService<AlgorithmFactory>;
 
 }

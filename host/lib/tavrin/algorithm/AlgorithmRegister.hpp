@@ -1,7 +1,6 @@
 #pragma once
 
 #include <tavrin/algorithm/AlgorithmFactory.hpp>
-#include <tavrin/plugin/RegistrationService.hpp>
 
 #include <iostream>
 

@@ -13,8 +13,7 @@ namespace tavrin
 class TAVRIN_API DataObject : public RTTI
 {
 public:
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<DataObject>& classTypeId() { return typeId<DataObject>("DataObject"); }
 };
 
 /// Several data objects handled as one, such as the fields of a multi-block file.
@@ -28,8 +27,10 @@ public:
     /// The members in the order in which they were given; none is empty.
     const Members& members() const { return mMembers; }
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<DataObjectBundle>& classTypeId()
+    {
+        return typeId<DataObjectBundle, DataObject>("DataObjectBundle", "bundle");
+    }
 
 private:
     Members mMembers;

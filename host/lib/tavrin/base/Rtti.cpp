@@ -1,15 +1,29 @@
 #include <tavrin/base/Rtti.hpp>
 
 #include <algorithm>
-#include <atomic>
+#include <iterator>
 
 namespace tavrin
 {
 
-RTTI_TypeId RTTI::newTypeId(const std::string& name)
+RTTI_TypeId::RTTI_TypeId(std::type_index index, Match match, std::vector<RTTI_TypeId> bases,
+                         std::string name, std::string description)
+    : mIndex(index), mMatches(match), mBases(std::move(bases)), mName(std::move(name)),
+      mDescription(std::move(description))
 {
-    static std::atomic<unsigned> count{0};
-    return {++count, name};
+}
+
+bool RTTI_TypeId::isDerivedFrom(const RTTI_TypeId& base) const
+{
+    return *this == base || std::ranges::any_of(mBases, [&](const RTTI_TypeId& direct)
+                                                { return direct.isDerivedFrom(base); });
+}
+
+std::vector<std::string> RTTICollection::descriptions() const
+{
+    std::vector<std::string> texts;
+    std::ranges::transform(mIds, std::back_inserter(texts), &RTTI_TypeId::description);
+    return texts;
 }
 
 bool RTTICollection::accepts(const RTTI& object) const

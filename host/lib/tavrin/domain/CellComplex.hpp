@@ -1,15 +1,12 @@
 #pragma once
 
-#include <tavrin/domain/CellType.hpp>
+#include <tavrin/domain/CellLocator.hpp>
 #include <tavrin/domain/PointSet.hpp>
 
 #include <array>
 
 namespace tavrin
 {
-
-template<std::size_t D>
-class CellLocator;
 
 /// One cell: its type and the indices of its vertices in the point set.
 class Cell
@@ -52,8 +49,10 @@ public:
 
     std::size_t numElements(const DomainPart& part) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<CellComplex>& classTypeId()
+    {
+        return typeId<CellComplex, Domain>("CellComplex", "grid");
+    }
 };
 
 /// A cell complex whose vertices are points with D coordinates: a grid.
@@ -66,14 +65,20 @@ public:
 
     virtual StructuringType structuringType() const = 0;
 
-    /// Finds the cell at a position. Made on the first call and kept. A first call outside of a
-    /// parallel region has all threads for the work. Throws what `makeLocator` throws.
-    const CellLocator<D>& locator() const;
+    /// Makes the locator of a grid.
+    using MakeLocator = std::shared_ptr<const CellLocator<D>>(const EmbeddedCellComplex& grid);
+
+    /// What `make` gives on the first call, kept for all later ones. Throws what `make` throws, and
+    /// then the next call tries again. May be called from several threads at once.
+    const CellLocator<D>& locator(MakeLocator& make) const;
 
     std::size_t numElements(const DomainPart& part) const final;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<EmbeddedCellComplex>& classTypeId()
+    {
+        return RTTI::typeId<EmbeddedCellComplex, PointSet<D>, CellComplex>(
+            "EmbeddedCellComplex<" + std::to_string(D) + ">", std::to_string(D) + "-D grid");
+    }
 
 private:
     mutable std::once_flag mLocatorOnce;

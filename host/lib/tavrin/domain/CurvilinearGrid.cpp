@@ -14,19 +14,6 @@ CurvilinearGrid<D>::CurvilinearGrid(const GridSize& size,
                             " points cannot have " + std::to_string(mPoints->size()));
 }
 
-template<std::size_t D>
-const RTTI_TypeId& CurvilinearGrid<D>::classTypeId()
-{
-    static const RTTI_TypeId id = RTTI::newTypeId("CurvilinearGrid<" + std::to_string(D) + ">");
-    return id;
-}
-
-template<std::size_t D>
-bool CurvilinearGrid<D>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || EmbeddedCellComplex<D>::isA(id);
-}
-
 template class CurvilinearGrid<1>;
 template class CurvilinearGrid<2>;
 template class CurvilinearGrid<3>;

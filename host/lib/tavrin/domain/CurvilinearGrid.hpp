@@ -23,8 +23,12 @@ public:
     }
     StructuringType structuringType() const override { return StructuringType::Curvilinear; }
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<CurvilinearGrid>& classTypeId()
+    {
+        return RTTI::typeId<CurvilinearGrid, StructuredGrid<D>>(
+            "CurvilinearGrid<" + std::to_string(D) + ">",
+            std::to_string(D) + "-D curvilinear grid");
+    }
 
 private:
     std::shared_ptr<const ValueArray<Point>> mPoints;

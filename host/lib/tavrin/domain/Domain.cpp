@@ -24,15 +24,4 @@ std::string_view nameOf(DomainType type)
     return names.at(static_cast<std::size_t>(type));
 }
 
-const RTTI_TypeId& Domain::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("Domain");
-    return id;
-}
-
-bool Domain::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || DataObject::isA(id);
-}
-
 }

@@ -54,8 +54,10 @@ public:
     /// the other.
     virtual bool equals(const Domain& other) const = 0;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<Domain>& classTypeId()
+    {
+        return typeId<Domain, DataObject>("Domain", "grid or point set");
+    }
 };
 
 }

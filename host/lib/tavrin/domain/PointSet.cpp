@@ -18,17 +18,6 @@ std::size_t PointSetBase::numElements(const DomainPart& part) const
     return part == Points ? numPoints() : 0;
 }
 
-const RTTI_TypeId& PointSetBase::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("PointSetBase");
-    return id;
-}
-
-bool PointSetBase::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || Domain::isA(id);
-}
-
 template<std::size_t D>
 std::span<const typename PointSet<D>::Point> PointSet<D>::points(std::size_t first,
                                                                  std::span<Point> scratch) const
@@ -82,19 +71,6 @@ bool PointSet<D>::equals(const Domain& other) const
             return false;
     }
     return true;
-}
-
-template<std::size_t D>
-const RTTI_TypeId& PointSet<D>::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("PointSet<" + std::to_string(D) + ">");
-    return id;
-}
-
-template<std::size_t D>
-bool PointSet<D>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || PointSetBase::isA(id);
 }
 
 template class PointSet<1>;

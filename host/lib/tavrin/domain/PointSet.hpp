@@ -49,8 +49,10 @@ public:
 
     std::size_t numElements(const DomainPart& part) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<PointSetBase>& classTypeId()
+    {
+        return typeId<PointSetBase, Domain>("PointSetBase", "grid or point set");
+    }
 };
 
 /// Points with D coordinates. Implementations either store or compute them.
@@ -71,14 +73,15 @@ public:
     std::size_t dimension() const final { return D; }
     BoundingBox boundingBox() const final;
 
-    static std::string typeDescription() { return std::to_string(D) + "-D grid or point set"; }
-
     /// Point sets are equal when they are of the same kind and have the same points in the same
     /// order; kinds that compute their points compare what they compute them from.
     bool equals(const Domain& other) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<PointSet>& classTypeId()
+    {
+        return RTTI::typeId<PointSet, PointSetBase>("PointSet<" + std::to_string(D) + ">",
+                                                    std::to_string(D) + "-D grid or point set");
+    }
 
 protected:
     /// Looks at all points, unless a kind of grid knows better.
@@ -106,6 +109,12 @@ public:
     std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override
     {
         return mPoints->read(first, scratch);
+    }
+
+    static const TypeId<PointCloud>& classTypeId()
+    {
+        return RTTI::typeId<PointCloud, PointSet<D>>("PointCloud<" + std::to_string(D) + ">",
+                                                     std::to_string(D) + "-D point set");
     }
 
 private:

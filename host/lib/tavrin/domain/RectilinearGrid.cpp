@@ -56,19 +56,6 @@ bool RectilinearGrid<D>::equals(const Domain& other) const
     return grid != nullptr && mCoordinates == grid->mCoordinates;
 }
 
-template<std::size_t D>
-const RTTI_TypeId& RectilinearGrid<D>::classTypeId()
-{
-    static const RTTI_TypeId id = RTTI::newTypeId("RectilinearGrid<" + std::to_string(D) + ">");
-    return id;
-}
-
-template<std::size_t D>
-bool RectilinearGrid<D>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || EmbeddedCellComplex<D>::isA(id);
-}
-
 template class RectilinearGrid<1>;
 template class RectilinearGrid<2>;
 template class RectilinearGrid<3>;

@@ -23,8 +23,12 @@ public:
     StructuringType structuringType() const override { return StructuringType::Rectilinear; }
     bool equals(const Domain& other) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<RectilinearGrid>& classTypeId()
+    {
+        return RTTI::typeId<RectilinearGrid, StructuredGrid<D>>(
+            "RectilinearGrid<" + std::to_string(D) + ">",
+            std::to_string(D) + "-D rectilinear grid");
+    }
 
 protected:
     PointSetBase::BoundingBox findBoundingBox() const override

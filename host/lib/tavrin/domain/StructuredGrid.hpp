@@ -33,6 +33,12 @@ public:
 
     bool equals(const Domain& other) const override;
 
+    static const TypeId<StructuredGrid>& classTypeId()
+    {
+        return RTTI::typeId<StructuredGrid, EmbeddedCellComplex<D>>(
+            "StructuredGrid<" + std::to_string(D) + ">", std::to_string(D) + "-D structured grid");
+    }
+
 protected:
     /// Every axis needs at least one point; a grid without points has 0 on every axis.
     explicit StructuredGrid(const GridSize& size);

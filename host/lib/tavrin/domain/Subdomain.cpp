@@ -30,15 +30,4 @@ bool Subdomain::equals(const Domain& other) const
            mParent->equals(*subdomain->mParent);
 }
 
-const RTTI_TypeId& Subdomain::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("Subdomain");
-    return id;
-}
-
-bool Subdomain::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || Domain::isA(id);
-}
-
 }

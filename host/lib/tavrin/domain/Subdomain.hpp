@@ -28,8 +28,10 @@ public:
     std::size_t numElements(const DomainPart& part) const override;
     bool equals(const Domain& other) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<Subdomain>& classTypeId()
+    {
+        return typeId<Subdomain, Domain>("Subdomain", "part of a grid");
+    }
 
 private:
     std::shared_ptr<const Domain> mParent;

@@ -61,19 +61,6 @@ bool UniformGrid<D>::equals(const Domain& other) const
     return grid != nullptr && mLayout == grid->mLayout;
 }
 
-template<std::size_t D>
-const RTTI_TypeId& UniformGrid<D>::classTypeId()
-{
-    static const RTTI_TypeId id = RTTI::newTypeId("UniformGrid<" + std::to_string(D) + ">");
-    return id;
-}
-
-template<std::size_t D>
-bool UniformGrid<D>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || EmbeddedCellComplex<D>::isA(id);
-}
-
 template class UniformGrid<1>;
 template class UniformGrid<2>;
 template class UniformGrid<3>;

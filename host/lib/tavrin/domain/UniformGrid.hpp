@@ -52,8 +52,11 @@ public:
     StructuringType structuringType() const override { return StructuringType::Uniform; }
     bool equals(const Domain& other) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<UniformGrid>& classTypeId()
+    {
+        return RTTI::typeId<UniformGrid, StructuredGrid<D>>(
+            "UniformGrid<" + std::to_string(D) + ">", std::to_string(D) + "-D uniform grid");
+    }
 
 protected:
     PointSetBase::BoundingBox findBoundingBox() const override

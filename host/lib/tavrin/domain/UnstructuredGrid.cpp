@@ -31,19 +31,6 @@ bool UnstructuredGrid<D>::equals(const Domain& other) const
            (this == grid || (PointSet<D>::equals(other) && mCells == grid->mCells));
 }
 
-template<std::size_t D>
-const RTTI_TypeId& UnstructuredGrid<D>::classTypeId()
-{
-    static const RTTI_TypeId id = RTTI::newTypeId("UnstructuredGrid<" + std::to_string(D) + ">");
-    return id;
-}
-
-template<std::size_t D>
-bool UnstructuredGrid<D>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || EmbeddedCellComplex<D>::isA(id);
-}
-
 template class UnstructuredGrid<1>;
 template class UnstructuredGrid<2>;
 template class UnstructuredGrid<3>;

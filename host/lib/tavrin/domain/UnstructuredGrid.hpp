@@ -32,8 +32,12 @@ public:
     StructuringType structuringType() const override { return StructuringType::Unstructured; }
     bool equals(const Domain& other) const override;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<UnstructuredGrid>& classTypeId()
+    {
+        return RTTI::typeId<UnstructuredGrid, EmbeddedCellComplex<D>>(
+            "UnstructuredGrid<" + std::to_string(D) + ">",
+            std::to_string(D) + "-D unstructured grid");
+    }
 
 private:
     std::shared_ptr<const ValueArray<Point>> mPoints;

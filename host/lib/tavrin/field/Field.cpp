@@ -51,19 +51,6 @@ std::shared_ptr<const Field<D, T>> Field<D, T>::applyTo(const DataObject& object
     return std::make_shared<const FunctionField<D, T>>(*function);
 }
 
-template<std::size_t D, Value T>
-const RTTI_TypeId& Field<D, T>::classTypeId()
-{
-    static const RTTI_TypeId id = RTTI::newTypeId("Field");
-    return id;
-}
-
-template<std::size_t D, Value T>
-bool Field<D, T>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || FieldBase::isA(id);
-}
-
 template class Field<1, Scalar>;
 template class Field<1, Vector1>;
 template class Field<1, Vector2>;

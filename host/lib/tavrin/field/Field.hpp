@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tavrin/field/Box.hpp>
+#include <tavrin/domain/Box.hpp>
+#include <tavrin/domain/Lattice.hpp>
 #include <tavrin/field/FieldBase.hpp>
-#include <tavrin/field/Lattice.hpp>
 #include <tavrin/function/Function.hpp>
 
 #include <memory>
@@ -133,8 +133,11 @@ public:
     std::size_t dimension() const final { return D; }
     std::string valueTypeName() const final { return tavrin::valueTypeName<T>(); }
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<Field>& classTypeId()
+    {
+        return RTTI::typeId<Field, FieldBase>("Field", std::to_string(D) + "-D field of type " +
+                                                           tavrin::valueTypeName<T>());
+    }
 };
 
 }

@@ -40,8 +40,10 @@ public:
     /// positions that come one after the other and lie together.
     virtual bool isSearched() const { return false; }
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<FieldBase>& classTypeId()
+    {
+        return typeId<FieldBase, DataObject>("FieldBase", "field");
+    }
 };
 
 }

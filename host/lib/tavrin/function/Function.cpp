@@ -61,17 +61,6 @@ std::vector<std::string> FunctionBase::getInfoStrings() const
             "time: " + describeTimeSteps(mTimeSteps)};
 }
 
-const RTTI_TypeId& FunctionBase::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("FunctionBase");
-    return id;
-}
-
-bool FunctionBase::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || DataObject::isA(id);
-}
-
 template<typename T>
 Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                       std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
@@ -90,28 +79,6 @@ void Function<T>::transferToDomain(const Domain* domain, const DomainPart& part,
         throw runtime_error("Data can't be registered to non-existent domains.");
     if (values.size() != domain->numElements(part) * numTimeSteps)
         throw runtime_error("The data does not fit onto the specified domain");
-}
-
-template<typename T>
-std::shared_ptr<const ValueArray<T>> Function<T>::stepValues(std::size_t step) const
-{
-    const auto all = values();
-    return numTimeSteps() <= 1 && all->isInMemory()
-               ? all
-               : all->part(step * valuesPerStep(), valuesPerStep());
-}
-
-template<typename T>
-const RTTI_TypeId& Function<T>::classTypeId()
-{
-    static const RTTI_TypeId id = newTypeId("Function");
-    return id;
-}
-
-template<typename T>
-bool Function<T>::isA(const RTTI_TypeId& id) const
-{
-    return id == classTypeId() || FunctionBase::isA(id);
 }
 
 template class Function<Scalar>;

@@ -2,6 +2,7 @@
 
 #include <tavrin/base/LargeVector.hpp>
 #include <tavrin/domain/CellComplex.hpp>
+#include <tavrin/function/FunctionEvaluator.hpp>
 #include <tavrin/value/ValueArray.hpp>
 
 #include <cstdint>
@@ -65,8 +66,10 @@ public:
     /// Lines for a person: value type and precision, domain part, number of values, time steps.
     std::vector<std::string> getInfoStrings() const;
 
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
+    static const TypeId<FunctionBase>& classTypeId()
+    {
+        return typeId<FunctionBase, DataObject>("FunctionBase", "function");
+    }
 
 protected:
     FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
@@ -94,11 +97,6 @@ std::string valueTypeName()
         return std::to_string(T::extent(0)) + "x" + std::to_string(T::extent(1)) + " Matrix";
 }
 
-template<typename T>
-class DiscreteFunctionEvaluator;
-template<typename T>
-class FunctionEvaluator;
-
 /// A function whose values are of type T.
 template<typename T>
 class TAVRIN_API Function final : public FunctionBase
@@ -116,24 +114,32 @@ public:
         return std::static_pointer_cast<const ValueArray<T>>(FunctionBase::values());
     }
 
+    /// The values by time step. The function must outlive the series.
+    TimeSeries<T> timeSeries() const { return {values(), timeSteps(), valuesPerStep()}; }
+
     /// The values of one time step, below `numTimeSteps()`.
-    std::shared_ptr<const ValueArray<T>> stepValues(std::size_t step) const;
+    std::shared_ptr<const ValueArray<T>> stepValues(std::size_t step) const
+    {
+        return timeSeries().step(step);
+    }
 
-    /// Reads the stored values of one step, the first unless told otherwise.
-    DiscreteFunctionEvaluator<T> makeDiscreteEvaluator(std::size_t step = 0) const;
+    /// Reads the stored values of one step, by default the first.
+    DiscreteFunctionEvaluator<T> makeDiscreteEvaluator(std::size_t step = 0) const
+    {
+        return DiscreteFunctionEvaluator<T>(stepValues(step));
+    }
 
-    /// Reads values at any time between the first and the last step.
-    FunctionEvaluator<T> makeEvaluator() const;
+    /// Reads values at any time between the first and the last step. The function must outlive the
+    /// evaluator.
+    FunctionEvaluator<T> makeEvaluator() const { return FunctionEvaluator<T>(timeSeries()); }
 
     std::string valueTypeName() const override { return tavrin::valueTypeName<T>(); }
 
-    static std::string typeDescription()
+    static const TypeId<Function>& classTypeId()
     {
-        return "function of type " + tavrin::valueTypeName<T>();
+        return RTTI::typeId<Function, FunctionBase>("Function", "function of type " +
+                                                                    tavrin::valueTypeName<T>());
     }
-
-    static const RTTI_TypeId& classTypeId();
-    bool isA(const RTTI_TypeId& id) const override;
 
 private:
     /// Refuses values that cannot live on the domain. Throws `runtime_error` "Data can't be
@@ -171,5 +177,3 @@ std::shared_ptr<const Function<T>> addData(std::shared_ptr<const Domain> domain,
 }
 
 }
-
-#include <tavrin/function/Evaluator.hpp>
