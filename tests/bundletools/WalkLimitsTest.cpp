@@ -24,7 +24,7 @@ TEST(WalkLimits, CollectsAllValues)
     EXPECT_EQ(collected("[0:1#0.25]-{0.5}").values, Values({0, 0.25, 0.75, 1}));
     EXPECT_EQ(collected("[0:9]", 10).values.size(), 10);
     EXPECT_EQ(collected("{}", 0).errorText, "");
-    // Adding the step reaches the next number only by rounding up.
+    // Adding the step reaches the next number only because the sum is rounded up.
     EXPECT_EQ(collected("[1e16:10000000000000006#1.5]").values.size(), 4);
 }
 
@@ -85,7 +85,7 @@ TEST(WalkLimits, RefusesTooManyValues)
 
 TEST(WalkLimits, RefusesWalksThatTakeTooLong)
 {
-    // Each spins at another place: making a set, the first value, a later value.
+    // The steps are used up at different points: making a set, at the first value, at a later value.
     for (const char* const text :
          {"{1e15}&[0:1e15#0.5]", "[0:1e15#0.5]&{1e15}", "{1e15}-[0:1e15#0.5]", "[0:1e15]&{}+{5}",
           "[-1e15:5]", "[0:1e15]&{1e14}", "[0:1e15]-[1:1e15]"})
