@@ -27,7 +27,7 @@ std::filesystem::path libraryFolder()
     return std::filesystem::absolute(info.dli_fname).lexically_normal().parent_path();
 }
 
-std::vector<std::filesystem::path> resourceFolders()
+std::vector<std::filesystem::path> foldersOfEnvironment()
 {
     std::vector<std::filesystem::path> folders;
     if (const char* const variable = std::getenv("TAVRIN_RESOURCE_PATH"))
@@ -37,8 +37,13 @@ std::vector<std::filesystem::path> resourceFolders()
             if (!folder.empty())
                 folders.emplace_back(folder);
     }
-    folders.push_back(libraryFolder().parent_path() / "share" / "tavrin" / "resources");
     return folders;
+}
+
+/// The resources of an installation whose libraries are in `libraries`.
+std::filesystem::path resourcesBeside(const std::filesystem::path& libraries)
+{
+    return libraries.parent_path() / "share" / "tavrin" / "resources";
 }
 
 /// What the loader says, without the path that it begins with.
@@ -85,8 +90,17 @@ std::filesystem::path PluginRegistrationService::pluginFolder() const
 
 std::string PluginRegistrationService::getResourcePath(const std::string& package) const
 {
+    auto folders = foldersOfEnvironment();
+    folders.push_back(resourcesBeside(libraryFolder()));
+    for (const auto& library : mLibraries)
+    {
+        const auto pluginPlace = library.parent_path();
+        folders.push_back(pluginPlace / "resources");
+        // A plug-in of another installation lies in lib/tavrin/plugins there.
+        folders.push_back(resourcesBeside(pluginPlace.parent_path().parent_path()));
+    }
     std::string places;
-    for (const auto& folder : resourceFolders())
+    for (const auto& folder : folders)
     {
         const auto candidate = folder / package;
         std::error_code error;

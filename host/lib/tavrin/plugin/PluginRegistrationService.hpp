@@ -27,9 +27,10 @@ public:
     std::filesystem::path pluginFolder() const;
 
     /// The folder of a resource package such as "utils/Graphics", ending in a separator. It is
-    /// looked for below TAVRIN_RESOURCE_PATH (folders separated by ':'), then below
-    /// "share/tavrin/resources" beside the host's libraries. Throws `runtime_error` that names the
-    /// places where it is in none.
+    /// searched for below the folders of TAVRIN_RESOURCE_PATH (separated by ':'), then below
+    /// "share/tavrin/resources" of the host's installation, then for every loaded plug-in below
+    /// "resources" beside it and below "share/tavrin/resources" of its installation. Throws
+    /// `runtime_error` with these places where the package is in none.
     std::string getResourcePath(const std::string& package) const;
 
 private:

@@ -1,4 +1,5 @@
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
+#include <tavrin/function/bothValid.hpp>
 #include <tavrin/function/mapValues.hpp>
 #include <tavrin/function/visit.hpp>
 
@@ -107,6 +108,8 @@ private:
     void add(const std::string& name, LargeVector<T> values);
 
     std::shared_ptr<const FunctionBase> mFieldA;
+    /// The mask of the result.
+    std::shared_ptr<const ValidityMask> mValidity;
 };
 
 /// r = |a|
@@ -358,6 +361,7 @@ void TensorFieldOperatorAlgorithm::execute(const tavrin::Options& options,
         clearResult("Field");
         return;
     }
+    mValidity = mFieldA->validity();
 
     const auto operation = options.get<std::string>("Operator");
     const auto c = [&] { return options.get<double>("Scalar C"); };
@@ -394,6 +398,7 @@ void TensorFieldOperatorAlgorithm::executeBinary(const tavrin::Options& options,
         debugLog() << "Input Fields do not match in domain or timesteps." << std::endl;
         return;
     }
+    mValidity = bothValid(*mFieldA, *fieldB);
 
     const auto c = options.get<double>("Scalar C");
     const auto d = options.get<double>("Scalar D");
@@ -445,7 +450,7 @@ template<typename T>
 void TensorFieldOperatorAlgorithm::add(const std::string& name, LargeVector<T> values)
 {
     setResult("Field", addData(mFieldA->domain(), mFieldA->domainPart(), std::move(values),
-                               Precision::Float64, mFieldA->timeSteps(), name));
+                               Precision::Float64, mFieldA->timeSteps(), name, mValidity));
 }
 
 const AlgorithmRegister<TensorFieldOperatorAlgorithm> registration(
