@@ -24,7 +24,7 @@ protected:
         return run.infoLog();
     }
 
-    /// Without the line of the bounding box.
+    /// The report without the line of the bounding box.
     std::string statisticsOf(std::shared_ptr<const DataObject> field, bool extremes, bool median)
     {
         run.setText("Compute grid bounding box", "false");
@@ -135,7 +135,7 @@ TEST_F(InfoTest, ShowsTheBoxOptionForPointSetsOnly)
     const auto onPart = fieldOf<Scalar>({1.0}, part);
     run.connect("Field", onPart);
     EXPECT_FALSE(isBoxOptionVisible());
-    // Hidden, but still true: it is the domain that has no box.
+    // The hidden option is still true, but the domain has no box.
     EXPECT_EQ(reportOf(onPart, false, false), "");
 }
 
@@ -146,7 +146,7 @@ TEST_F(InfoTest, LeavesOutWhatIsNotANumberAndSaysSo)
               "A tensor with maximal norm has the norm 7, the value [7] at index 2 of Points\n");
     EXPECT_EQ(run.hints(), std::vector<std::string>{"2 of 5 values are not a number; they are "
                                                     "neither minimal nor maximal"});
-    // Nothing compares with a first value that is not a number.
+    // A first value that is not a number stays the minimum, because no comparison with it holds.
     EXPECT_NE(
         statisticsOf(fieldOf<Scalar>({nan, 1.0}), true, true).find("the value [nan] at index 0"),
         std::string::npos);
@@ -238,7 +238,7 @@ TEST_F(InfoTest, AnAbortEndsAMedianInTheMiddle)
 
 TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
 {
-    // Extremes in every place of the blocks that are looked at together, twice each.
+    // Extremes at every position in the blocks of the loop, each twice.
     std::vector<Vector3> values(2000, Vector3(3.0, 4.0, 0.0));
     for (const std::size_t index : {1U, 31U, 511U, 512U, 1023U, 1500U, 1998U})
     {
@@ -253,7 +253,7 @@ TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
                   std::string::npos)
             << text;
     }
-    // The absolute value of a scalar has no square that could vanish.
+    // The norm of a scalar is its absolute value, without a square that could underflow.
     EXPECT_EQ(statisticsOf(fieldOf<Scalar>({-1e200, 2e-200, 1e-200}), true, false),
               "A tensor with minimal norm has the norm 1e-200, the value [1e-200] at index 2 of "
               "Points\n"

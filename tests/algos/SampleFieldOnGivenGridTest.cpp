@@ -15,7 +15,7 @@ using namespace tavrin;
 
 const char* const port = "Sampled Field";
 
-/// 0, 1, 2 on the line from 0 to 2.
+/// A function with the values 0, 1, 2 on the line from 0 to 2, and 10 more at each further time.
 std::shared_ptr<const Function<Scalar>> ramp(std::vector<double> times = {})
 {
     std::vector<Scalar> values;
@@ -83,7 +83,7 @@ TEST_F(SampleTest, WarnsWhenNothingWasMet)
                        "to 3\n"));
 }
 
-/// Component c is c + x + 10 y + 100 z + 1000 t.
+/// A field whose component c is c + x + 10 y + 100 z + 1000 t.
 template<std::size_t D, typename T>
 std::shared_ptr<const DataObject> coordinateField()
 {
@@ -193,7 +193,7 @@ TEST_F(SampleTest, SamplesABundleAsOneField)
     execute();
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.5, 1.5, 30.0, 0.0}));
 
-    // One that is no field, and be it the last, spoils it.
+    // One member that is not a field makes the bundle unsupported, even if it is the last.
     run.connect("Field", std::make_shared<DataObjectBundle>(DataObjectBundle::Members{
                              ramp(), fieldOf<Vector2>(std::vector<Vector2>(3))}));
     EXPECT_EQ(errorOf<logic_error>([&] { execute(); }), "unsupported field type occurred.");
@@ -223,7 +223,7 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
               quoted("First number in range must be smaller than the second number."));
     EXPECT_EQ(complaint("{1,2"), quoted("missing closing bracket \"}\"."));
     EXPECT_EQ(complaint("-3,4"), quoted("Binary Operator - requires previous set."));
-    // Too late for the parser to stop, but not for the caller.
+    // An error that does not end the parsing is reported all the same.
     EXPECT_EQ(complaint("{1}+[2 3]").substr(0, 33), "ListParser encountered an error: ");
     for (const char* const endless : {"[0:1#0]", "[0:1#-1]", "[0:1#1e-300]", "[0:1e300]"})
         EXPECT_NE(complaint(endless), "") << endless;
@@ -287,12 +287,12 @@ TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
         execute(abortFlag);
         EXPECT_EQ(run.result(port), nullptr);
         EXPECT_TRUE(run.results().empty());
-        // Each other thread may be about one call late.
+        // Every other thread may make one more call.
         EXPECT_LE(calls, 1000U + static_cast<std::size_t>(threads));
     }
 }
 
-/// A series of which every loaded step is counted as long as somebody holds it.
+/// A series that counts the steps that are in memory at the same time.
 class CountedSeries
 {
 public:
@@ -330,7 +330,7 @@ public:
 
 private:
     std::size_t mBrokenStep;
-    // The series loads under a lock, but lets go anywhere.
+    // The series loads steps under a lock, but releases them without one.
     std::atomic<int> mLive = 0;
     int mMost = 0;
     int mLoads = 0;
