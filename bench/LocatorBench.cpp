@@ -5,7 +5,7 @@
 
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
-#include <tavrin/field/CellLocator.hpp>
+#include <tavrin/location/locatorOf.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
 #include <omp.h>
@@ -218,7 +218,7 @@ void addVtkLocator(
 
 void addRows(const std::shared_ptr<Mesh>& mesh)
 {
-    const auto& locator = mesh->grid->locator();
+    const auto& locator = locatorOf(*mesh->grid);
     fmt::print("{}: {:.1f} bytes a cell\n", mesh->name,
                static_cast<double>(locator.memory()) / static_cast<double>(mesh->grid->numCells()));
     const auto ordered = std::make_shared<const Points>(queryPoints(true));

@@ -1,5 +1,5 @@
 # tavrin_add_plugin(<name> <sources>...)
-# A plug-in library lib<name>.so, put where the executable looks for plug-ins.
+# A plug-in library lib<name>.so, in the folder where the program looks for plug-ins.
 function(tavrin_add_plugin name)
     add_library(${name} MODULE ${ARGN})
     target_link_libraries(${name} PRIVATE tavrin_flags)
@@ -9,18 +9,22 @@ function(tavrin_add_plugin name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TAVRIN_PLUGIN_SUBDIR}")
 endfunction()
 
-# tavrin_publish_library(<name> <folder of headers>)
+# tavrin_publish_library(<name> <folder of headers> [<private folder inside>...])
 # Installs a library with its headers, for the program and for plug-ins that are built elsewhere.
 function(tavrin_publish_library name headers)
+    set(private "")
+    foreach(folder IN LISTS ARGN)
+        list(APPEND private PATTERN "${folder}" EXCLUDE)
+    endforeach()
     target_include_directories(${name} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
     install(TARGETS ${name} EXPORT tavrin-targets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
     install(DIRECTORY ${headers}
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-        FILES_MATCHING PATTERN "*.hpp")
+        FILES_MATCHING PATTERN "*.hpp" ${private})
 endfunction()
 
 # tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])
-# One GoogleTest program; ctest knows each of its tests by itself.
+# A GoogleTest program. Each of its tests is a test of ctest.
 function(tavrin_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})

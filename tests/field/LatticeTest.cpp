@@ -1,12 +1,14 @@
 #include "Meshes.hpp"
 
+#include <support/abortFlags.hpp>
+
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/field/Field.hpp>
-#include <tavrin/field/SortedCoordinates.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/function/Function.hpp>
+#include <tavrin/location/SortedCoordinates.hpp>
 
 namespace
 {
@@ -106,12 +108,11 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     const Points<D> positions = lattice.positions();
     const auto field = Field<D, Scalar>::applyTo(object);
     const auto evaluator = field->makeEvaluator();
-    const volatile bool goOn = false;
-    const auto places = evaluator->place(lattice, goOn);
+    const auto places = evaluator->place(lattice, neverAbort);
     ASSERT_NE(places, nullptr);
     std::vector<Scalar> expected(positions.size());
     std::vector<std::uint8_t> isInside(positions.size());
-    evaluator->sample(time, positions, expected.data(), isInside.data(), goOn);
+    evaluator->sample(time, positions, expected.data(), isInside.data(), neverAbort);
     EXPECT_GT(std::ranges::count(isInside, 1), 0);
 
     std::vector<Scalar> values(positions.size());
@@ -119,7 +120,8 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     for (std::size_t first = 0; first < positions.size();)
     {
         const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
-        evaluator->sampleAt(time, *places, first, count, &values[first], &isFound[first], goOn);
+        evaluator->sampleAt(time, *places, first, count, &values[first], &isFound[first],
+                            neverAbort);
         first += count;
     }
     EXPECT_EQ(isFound, isInside);
@@ -173,7 +175,7 @@ Grid<D> bentGrid(const GridSize& size, double shake, const Tensor<double, D>& or
                                                                y + 0.5 * std::sin(x) + move[1],
                                                                z + 0.3 * x + move[2]}));
             }
-    return std::make_shared<CurvilinearGrid<D>>(size, stored<D>(points));
+    return std::make_shared<CurvilinearGrid<D>>(size, stored(points));
 }
 
 TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
@@ -290,13 +292,12 @@ TEST(Lattice, IsNotAskedOfALaterMemberWhereEarlierOnesAnswer)
     planes[2].push_back(100.0);
     const auto field = Field<3, Scalar>::applyTo(DataObjectBundle({wavesOn(grid), formula}));
     const auto evaluator = field->makeEvaluator();
-    const volatile bool goOn = false;
-    const auto places = evaluator->place(latticeOf(planes), goOn);
+    const auto places = evaluator->place(latticeOf(planes), neverAbort);
     ASSERT_NE(places, nullptr);
     const std::size_t count = latticeOf(planes).size();
     std::vector<Scalar> values(count);
     std::vector<std::uint8_t> isInside(count);
-    evaluator->sampleAt(0.0, *places, 0, count, values.data(), isInside.data(), goOn);
+    evaluator->sampleAt(0.0, *places, 0, count, values.data(), isInside.data(), neverAbort);
     EXPECT_EQ(std::ranges::count(isInside, 0), 0);
     EXPECT_EQ(numCalls, 400);
 }
@@ -308,8 +309,7 @@ TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
     const auto field = Field<3, Scalar>::applyTo(
         *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
     const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
-    const volatile bool goOn = false;
-    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few), goOn), nullptr);
+    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few), neverAbort), nullptr);
 }
 
 }

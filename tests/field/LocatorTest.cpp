@@ -1,12 +1,12 @@
 #include "Meshes.hpp"
 
+#include <support/ThreadCount.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
-#include <tavrin/field/CellGeometry.hpp>
+#include <tavrin/location/CellGeometry.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
-
-#include <omp.h>
 
 #include <limits>
 
@@ -62,7 +62,7 @@ TEST(Locator, FindsNothingInGridsWithoutCells)
 {
     EXPECT_FALSE(locate<3>(*Mesh<3>().grid(), {}));
     EXPECT_FALSE(locate<3>(UniformGrid<3>({.size = {0, 0, 0}}), {}));
-    EXPECT_FALSE(locate<2>(CurvilinearGrid<2>({0, 0, 0}, stored<2>({})), {}));
+    EXPECT_FALSE(locate<2>(CurvilinearGrid<2>({0, 0, 0}, stored(Points<2>{})), {}));
     EXPECT_FALSE(locate<1>(RectilinearGrid<1>(RectilinearGrid<1>::Coordinates{}), {}));
 }
 
@@ -108,7 +108,7 @@ std::vector<Grid<3>> sameGrids(std::size_t n, const Vector3& origin, const Vecto
                      std::vector<std::int64_t>(indices.begin(), indices.end()));
     }
     return {uniform, turned, std::make_shared<RectilinearGrid<3>>(coordinates),
-            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored<3>(mesh.points)),
+            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored(mesh.points)),
             mesh.grid()};
 }
 
@@ -134,7 +134,7 @@ TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
                         Vector3 beside = point;
                         beside[axis] = std::nextafter(point[axis], direction);
                         EXPECT_EQ(cellAt<3>(*grid, beside), lowest);
-                        EXPECT_TRUE(grid->locator().bounds().contains(beside));
+                        EXPECT_TRUE(locatorOf(*grid).bounds().contains(beside));
                         const bool isOutward = (at[axis] == 0 && direction * spacing[axis] < 0) ||
                                                (at[axis] == n - 1 && direction * spacing[axis] > 0);
                         beside[axis] += std::copysign(1e-4 * spacing[axis], direction);
@@ -231,7 +231,7 @@ template<std::size_t D>
 void expectBruteForce(const Mesh<D>& mesh, std::mt19937& random)
 {
     const auto grid = mesh.grid();
-    const Box<D> bounds = grid->locator().bounds();
+    const Box<D> bounds = locatorOf(*grid).bounds();
     for (const auto& query : queriesFor(mesh, random))
     {
         const auto cell = cellAt<D>(*grid, query);
@@ -352,7 +352,7 @@ TEST(Locator, TakesOneWildCoordinateForWhatItIs)
             for (Vector3& point : mesh.points)
                 point *= size;
             const auto grid = mesh.grid();
-            const Box<3> bounds = grid->locator().bounds();
+            const Box<3> bounds = locatorOf(*grid).bounds();
             for (const auto& query : queriesFor(mesh, random))
             {
                 const auto cell = cellAt<3>(*grid, query);
@@ -438,19 +438,17 @@ TEST(Locator, AnswersTheSameInAnyOrderAndCompanyAndWithAnyNumberOfThreads)
                                      : mesh.points[random() % mesh.points.size()]);
     std::vector<std::size_t> order(queries.size());
     std::iota(order.begin(), order.end(), 0U);
-    const int threads = omp_get_max_threads();
     for (const Grid<3>& grid : grids)
     {
-        const auto expected = answers<3>(*grid, grid->locator(), queries, order, 1);
+        const auto expected = answers<3>(*grid, locatorOf(*grid), queries, order, 1);
         for (const auto& [count, atOnce] : {std::pair(1, 7), {2, 32}, {3, 500}, {8, 1}})
         {
-            omp_set_num_threads(count);
+            const ThreadCount threads(count);
             const auto locator = makeLocator<3>(*grid);
             std::ranges::shuffle(order, random);
             EXPECT_EQ(answers<3>(*grid, *locator, queries, order, static_cast<std::size_t>(atOnce)),
                       expected);
         }
-        omp_set_num_threads(threads);
     }
 }
 

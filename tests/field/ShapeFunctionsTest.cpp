@@ -1,4 +1,4 @@
-#include <tavrin/field/ShapeFunctions.hpp>
+#include <tavrin/location/ShapeFunctions.hpp>
 
 #include <gtest/gtest.h>
 

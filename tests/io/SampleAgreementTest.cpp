@@ -1,7 +1,7 @@
 #include "ReaderSamples.hpp"
 
-#include <tavrin/field/CellLocator.hpp>
 #include <tavrin/field/Field.hpp>
+#include <tavrin/location/locatorOf.hpp>
 
 #include <nlohmann/json.hpp>
 
@@ -162,7 +162,7 @@ public:
             Location location;
             evaluator->reset(0.0, position);
             std::uint8_t isInside = 0;
-            grid.locator().locate(std::span(&position, 1), &location, &isInside, hint);
+            locatorOf(grid).locate(std::span(&position, 1), &location, &isInside, hint);
             EXPECT_TRUE(isInside != 0 && evaluator->isValid());
             if (isInside == 0)
                 continue;

@@ -1,7 +1,5 @@
 #include <tavrin/domain/CellComplex.hpp>
 
-#include <tavrin/field/CellLocator.hpp>
-
 namespace tavrin
 {
 
@@ -17,12 +15,15 @@ std::size_t EmbeddedCellComplex<D>::numElements(const DomainPart& part) const
 }
 
 template<std::size_t D>
-const CellLocator<D>& EmbeddedCellComplex<D>::locator() const
+const CellLocator<D>& EmbeddedCellComplex<D>::locator(MakeLocator& make) const
 {
-    std::call_once(mLocatorOnce, [this] { mLocator = makeLocator(*this); });
+    std::call_once(mLocatorOnce, [&] { mLocator = make(*this); });
     return *mLocator;
 }
 
+template class CellLocator<1>;
+template class CellLocator<2>;
+template class CellLocator<3>;
 template class EmbeddedCellComplex<1>;
 template class EmbeddedCellComplex<2>;
 template class EmbeddedCellComplex<3>;

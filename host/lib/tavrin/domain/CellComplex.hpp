@@ -1,15 +1,12 @@
 #pragma once
 
-#include <tavrin/domain/CellType.hpp>
+#include <tavrin/domain/CellLocator.hpp>
 #include <tavrin/domain/PointSet.hpp>
 
 #include <array>
 
 namespace tavrin
 {
-
-template<std::size_t D>
-class CellLocator;
 
 /// One cell: its type and the indices of its vertices in the point set.
 class Cell
@@ -68,9 +65,12 @@ public:
 
     virtual StructuringType structuringType() const = 0;
 
-    /// Finds the cell at a position. Made on the first call and kept. A first call outside of a
-    /// parallel region has all threads for the work. Throws what `makeLocator` throws.
-    const CellLocator<D>& locator() const;
+    /// Makes the locator of a grid.
+    using MakeLocator = std::shared_ptr<const CellLocator<D>>(const EmbeddedCellComplex& grid);
+
+    /// What `make` gives on the first call, kept for all later ones. Throws what `make` throws, and
+    /// then the next call tries again. May be called from several threads at once.
+    const CellLocator<D>& locator(MakeLocator& make) const;
 
     std::size_t numElements(const DomainPart& part) const final;
 

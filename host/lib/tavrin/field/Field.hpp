@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tavrin/field/Box.hpp>
+#include <tavrin/domain/Box.hpp>
+#include <tavrin/domain/Lattice.hpp>
 #include <tavrin/field/FieldBase.hpp>
-#include <tavrin/field/Lattice.hpp>
 #include <tavrin/function/Function.hpp>
 
 #include <memory>

@@ -2,7 +2,8 @@
 
 #include <tavrin/domain/CellComplex.hpp>
 #include <tavrin/field/Field.hpp>
-#include <tavrin/field/TreeLocator.hpp>
+#include <tavrin/function/StepInterpolator.hpp>
+#include <tavrin/location/locatorOf.hpp>
 
 namespace tavrin
 {
@@ -75,8 +76,7 @@ public:
     using typename FieldEvaluator<D, T>::Position;
 
     explicit Evaluator(const FunctionField& field)
-        : mSteps(field.mFunction), mLocator(field.mGrid->locator()),
-          mTree(dynamic_cast<const TreeLocator<D>*>(&mLocator))
+        : mSteps(field.mFunction.timeSeries()), mLocator(locatorOf(*field.mGrid))
     {
         mPosition[0] = std::numeric_limits<double>::quiet_NaN();
     }
@@ -110,39 +110,29 @@ public:
 
     std::unique_ptr<Places> place(std::span<const Position> positions) override
     {
-        if (mTree == nullptr)
+        auto found = mLocator.find(positions);
+        if (found == nullptr)
             return FieldEvaluator<D, T>::place(positions);
-        StoredCellPlaces stored(positions.size());
-        mTree->find(positions, stored.places());
-        return std::make_unique<PlacesInCells>(std::move(stored));
+        return std::make_unique<PlacesInCells>(std::move(found));
     }
 
     std::unique_ptr<Places> place(const Lattice<D>& lattice,
                                   const volatile bool& abortFlag) override
     {
-        auto places = mTree != nullptr ? mTree->find(lattice, abortFlag) : std::nullopt;
-        return places ? std::make_unique<PlacesInCells>(std::move(*places)) : nullptr;
+        auto found = mLocator.find(lattice, abortFlag);
+        return found ? std::make_unique<PlacesInCells>(std::move(found)) : nullptr;
     }
 
     void sampleAt(double time, const Places& places, std::size_t first, std::size_t count,
                   T* values, std::uint8_t* isValid, const volatile bool& abortFlag) override
     {
-        if (mTree == nullptr)
+        const auto* const known = dynamic_cast<const PlacesInCells*>(&places);
+        if (known == nullptr)
             return FieldEvaluator<D, T>::sampleAt(time, places, first, count, values, isValid,
                                                   abortFlag);
-        const CellPlaces found =
-            static_cast<const PlacesInCells&>(places).stored.places().from(first);
         sampleInGroups(time, count, values, isValid, abortFlag,
                        [&](std::size_t group, std::size_t size, Location* locations)
-                       {
-                           for (std::size_t k = 0; k < size; ++k)
-                           {
-                               const std::size_t n = group + k;
-                               isValid[n] = found.isInside(n) ? 1 : 0;
-                               if (found.isInside(n))
-                                   mTree->locate(found.cell(n), found.point(n), locations[k]);
-                           }
-                       });
+                       { known->found->locate(first + group, size, locations, isValid + group); });
     }
 
     void release() override
@@ -154,9 +144,9 @@ public:
 private:
     struct PlacesInCells final : Places
     {
-        explicit PlacesInCells(StoredCellPlaces all) : stored(std::move(all)) {}
+        explicit PlacesInCells(std::unique_ptr<FoundPositions> all) : found(std::move(all)) {}
 
-        StoredCellPlaces stored;
+        std::unique_ptr<FoundPositions> found;
     };
 
     /// Calls `locate` for a few positions at once: they are found faster together, and no value is
@@ -193,8 +183,6 @@ private:
 
     StepInterpolator<T> mSteps;
     const CellLocator<D>& mLocator;
-    /// The same where it searches.
-    const TreeLocator<D>* mTree;
     typename CellLocator<D>::Hint mHint;
     Position mPosition{};
     Location mLocation;

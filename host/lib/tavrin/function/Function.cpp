@@ -81,15 +81,6 @@ void Function<T>::transferToDomain(const Domain* domain, const DomainPart& part,
         throw runtime_error("The data does not fit onto the specified domain");
 }
 
-template<typename T>
-std::shared_ptr<const ValueArray<T>> Function<T>::stepValues(std::size_t step) const
-{
-    const auto all = values();
-    return numTimeSteps() <= 1 && all->isInMemory()
-               ? all
-               : all->part(step * valuesPerStep(), valuesPerStep());
-}
-
 template class Function<Scalar>;
 template class Function<Vector1>;
 template class Function<Vector2>;

@@ -2,6 +2,7 @@
 
 #include <tavrin/base/LargeVector.hpp>
 #include <tavrin/domain/CellComplex.hpp>
+#include <tavrin/function/FunctionEvaluator.hpp>
 #include <tavrin/value/ValueArray.hpp>
 
 #include <cstdint>
@@ -96,11 +97,6 @@ std::string valueTypeName()
         return std::to_string(T::extent(0)) + "x" + std::to_string(T::extent(1)) + " Matrix";
 }
 
-template<typename T>
-class DiscreteFunctionEvaluator;
-template<typename T>
-class FunctionEvaluator;
-
 /// A function whose values are of type T.
 template<typename T>
 class TAVRIN_API Function final : public FunctionBase
@@ -118,14 +114,24 @@ public:
         return std::static_pointer_cast<const ValueArray<T>>(FunctionBase::values());
     }
 
+    /// The values by time step. The function must outlive the series.
+    TimeSeries<T> timeSeries() const { return {values(), timeSteps(), valuesPerStep()}; }
+
     /// The values of one time step, below `numTimeSteps()`.
-    std::shared_ptr<const ValueArray<T>> stepValues(std::size_t step) const;
+    std::shared_ptr<const ValueArray<T>> stepValues(std::size_t step) const
+    {
+        return timeSeries().step(step);
+    }
 
-    /// Reads the stored values of one step, the first unless told otherwise.
-    DiscreteFunctionEvaluator<T> makeDiscreteEvaluator(std::size_t step = 0) const;
+    /// Reads the stored values of one step, by default the first.
+    DiscreteFunctionEvaluator<T> makeDiscreteEvaluator(std::size_t step = 0) const
+    {
+        return DiscreteFunctionEvaluator<T>(stepValues(step));
+    }
 
-    /// Reads values at any time between the first and the last step.
-    FunctionEvaluator<T> makeEvaluator() const;
+    /// Reads values at any time between the first and the last step. The function must outlive the
+    /// evaluator.
+    FunctionEvaluator<T> makeEvaluator() const { return FunctionEvaluator<T>(timeSeries()); }
 
     std::string valueTypeName() const override { return tavrin::valueTypeName<T>(); }
 
@@ -171,5 +177,3 @@ std::shared_ptr<const Function<T>> addData(std::shared_ptr<const Domain> domain,
 }
 
 }
-
-#include <tavrin/function/Evaluator.hpp>

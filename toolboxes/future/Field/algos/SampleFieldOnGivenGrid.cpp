@@ -137,8 +137,8 @@ private:
                                             const std::vector<double>& times,
                                             const volatile bool& abortFlag);
 
-    void report(const PointSetBase& grid, const FieldBase& field, const std::vector<double>& times,
-                std::size_t outside);
+    void reportSamples(const PointSetBase& grid, const FieldBase& field,
+                       const std::vector<double>& times, std::size_t outside);
 };
 
 void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
@@ -173,10 +173,9 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
         });
     if (!isSupported)
     {
-        debugLog() << "hint: the field given is " << describe(*field)
-                   << "; sampled are scalars, vectors of 1 to 3 components and matrices up to 3x3 "
-                      "on grids with cells"
-                   << std::endl;
+        hint("the field given is " + describe(*field) +
+             "; sampled are scalars, vectors of 1 to 3 components and matrices up to 3x3 on grids "
+             "with cells");
         throw logic_error("unsupported field type occurred.");
     }
 }
@@ -196,8 +195,7 @@ std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string
     if (!errorText.empty())
         infoLog() << "ListParser encountered an error: \"" << errorText << "\"." << std::endl;
     else if (times.empty())
-        debugLog() << "hint: the time list has no values above -1, so nothing is sampled"
-                   << std::endl;
+        hint("the time list has no values above -1, so nothing is sampled");
     return std::move(times);
 }
 
@@ -245,17 +243,18 @@ std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
     }
     if (abortFlag)
         return nullptr;
-    report(*grid, field, times, sampler.numOutside());
+    reportSamples(*grid, field, times, sampler.numOutside());
     return addData(std::move(grid), PointSetBase::Points, sampler.takeValues(), Precision::Float64,
                    times, field.name(), sampler.validity());
 }
 
-void SampleFieldOnGivenGridAlgorithm::report(const PointSetBase& grid, const FieldBase& field,
-                                             const std::vector<double>& times, std::size_t outside)
+void SampleFieldOnGivenGridAlgorithm::reportSamples(const PointSetBase& grid,
+                                                    const FieldBase& field,
+                                                    const std::vector<double>& times,
+                                                    std::size_t outside)
 {
     const std::size_t total = grid.numPoints() * times.size();
-    setStatistic("samples", "total", total);
-    setStatistic("samples", "outside", outside);
+    report("samples", {{"total", total}, {"outside", outside}});
 
     const TimeRange range = field.timeRange();
     const auto late = static_cast<std::size_t>(
@@ -267,14 +266,12 @@ void SampleFieldOnGivenGridAlgorithm::report(const PointSetBase& grid, const Fie
                << std::endl;
     if (total == 0 || outside < total)
         return;
-    debugLog() << "hint: all samples are 0, ";
     if (late == times.size())
-        debugLog() << "since no time lies in the range of the field, " << range.first << " to "
-                   << range.last << std::endl;
+        hint("all samples are 0, since no time lies in the range of the field, " +
+             toText(range.first) + " to " + toText(range.last));
     else
-        debugLog() << "since no point lies in the domain of the field: the field spans "
-                   << describe(field.boundingBox()) << ", the grid " << describe(grid.boundingBox())
-                   << std::endl;
+        hint("all samples are 0, since no point lies in the domain of the field: the field spans " +
+             describe(field.boundingBox()) + ", the grid " + describe(grid.boundingBox()));
 }
 
 const AlgorithmRegister<SampleFieldOnGivenGridAlgorithm> registration(

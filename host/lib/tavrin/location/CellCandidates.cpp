@@ -1,0 +1,199 @@
+#include <tavrin/location/CellCandidates.hpp>
+
+#include <tavrin/location/CellGeometry.hpp>
+
+#include <bit>
+
+namespace tavrin
+{
+
+namespace
+{
+
+/// Calls `visit(k, position)` for each position of a block, until `abortFlag` reads true.
+template<std::size_t D, typename Visit>
+void forEachIn(const LatticeBlock& block, const Lattice<D>& lattice, const volatile bool& abortFlag,
+               const Visit& visit)
+{
+    // One loop, the end of which is foretold more easily than those of three short ones.
+    auto [i, j, k] = block.first;
+    for (std::size_t rest = block.size(); rest > 0 && !abortFlag; --rest)
+    {
+        const std::array<std::size_t, 3> indices{i, j, k};
+        visit(lattice.number(indices), lattice.position(indices));
+        const bool isEndOfRow = ++i == block.end[0];
+        i = isEndOfRow ? block.first[0] : i;
+        j += isEndOfRow ? 1 : 0;
+        const bool isEndOfLayer = j == block.end[1];
+        j = isEndOfLayer ? block.first[1] : j;
+        k += isEndOfLayer ? 1 : 0;
+    }
+}
+
+}
+
+template<std::size_t D>
+void CellCandidates<D>::test(std::size_t k, const Position& position, std::uint32_t cell)
+{
+    typename GridCells<D>::Vertices vertices;
+    mCells.gather(cell, vertices);
+    const CellGeometry<D> geometry(vertices.type, vertices.positions.data());
+    Reference at;
+    if (geometry.contains(position, at))
+        mMatches.keep(k, cell, at);
+}
+
+/// Takes a lane for the cell.
+template<std::size_t D>
+void CellCandidates<D>::enqueue(std::size_t k, const Position& position, std::uint32_t cell)
+{
+    if (mQueue.size() > 0 && mCells.type(cell) != mCells.type(mCellOfLane[0]))
+        testQueue();
+    const std::size_t lane = mQueue.size();
+    mCellOfLane[lane] = cell;
+    fetchVertices(cell, mPointsOfLane[lane]);
+    mQueue.add(k, position, lane);
+    if (mQueue.size() == Lanes::size)
+        testQueue();
+}
+
+template<std::size_t D>
+void CellCandidates<D>::testQueue()
+{
+    keepAnswers(gatherCells(mCells.type(mCellOfLane[0]), mQueue.size()));
+}
+
+/// The cells of the first lanes. Lanes without a cell of their own repeat the first.
+template<std::size_t D>
+auto CellCandidates<D>::gatherCells(CellType type, std::size_t count) -> Multilinear
+{
+    std::fill(mPointsOfLane.begin() + count, mPointsOfLane.end(), mPointsOfLane[0]);
+    typename Multilinear::Vertices vertices;
+    for (std::size_t n = 0; n < numVerticesOf(type); ++n)
+    {
+        std::array<std::array<double, Lanes::size>, D> numbers;
+        for (std::size_t lane = 0; lane < Lanes::size; ++lane)
+        {
+            const Position& point = mCells.point(mPointsOfLane[lane][n]);
+            for (std::size_t axis = 0; axis < D; ++axis)
+                numbers[axis][lane] = mCells.scale() * point[axis];
+        }
+        for (std::size_t axis = 0; axis < D; ++axis)
+            vertices[n][axis] = Lanes::at(numbers[axis].data());
+    }
+    return Multilinear(type, vertices);
+}
+
+/// Tries what is to be tried in these cells, and keeps what comes of it.
+template<std::size_t D>
+void CellCandidates<D>::keepAnswers(const Multilinear& cells)
+{
+    if constexpr (D >= 2)
+    {
+        std::array<CandidateAnswers<D>, CandidateQueue<D>::numBatches> answers;
+        cells.find(mQueue, mQueue.completeBatches(), answers.data());
+        const Reference center = centerReference(cells.type());
+        for (std::size_t trial = 0; trial < mQueue.size(); ++trial)
+        {
+            const CandidateAnswers<D>& answer = answers[trial / Lanes::size];
+            const std::size_t place = trial % Lanes::size;
+            const std::size_t k = mQueue.number(trial);
+            const std::uint32_t cell = mCellOfLane[mQueue.lane(trial)];
+            if (hasBit(answer.isInside, place))
+            {
+                Reference at = center;
+                for (std::size_t i = 0; i < D; ++i)
+                    at[i] += answer.solution[i][place];
+                mMatches.keep(k, cell, at);
+            }
+            else if (hasBit(answer.isUndecided, place))
+                test(k, mQueue.position(trial), cell);
+        }
+        mQueue.clear();
+    }
+}
+
+template<std::size_t D>
+void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
+                            std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
+                            const volatile bool& abortFlag)
+{
+    if (cells.empty())
+        return;
+    // Gathering cells pays where enough positions share that work.
+    std::size_t numPairs = 0;
+    for (const LatticeBlock& block : blocks)
+        numPairs += block.size();
+    if (numPairs >= cells.size() && isMultilinear(mCells.commonType(), D))
+        return addTogether(cells, blocks, lattice, abortFlag);
+    for (std::size_t n = 0; n < cells.size(); ++n)
+        forEachIn(blocks[n], lattice, abortFlag,
+                  [&](std::size_t k, const Position& position) { add(k, position, cells[n]); });
+}
+
+template<std::size_t D>
+void CellCandidates<D>::addTogether(std::span<const std::uint32_t> cells,
+                                    std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
+                                    const volatile bool& abortFlag)
+{
+    finish();
+    for (std::size_t lane = 0; lane < cells.size(); ++lane)
+    {
+        mCellOfLane[lane] = cells[lane];
+        mCells.gather(cells[lane], mPointsOfLane[lane]);
+    }
+    const Multilinear multilinear = gatherCells(mCells.commonType(), cells.size());
+    for (std::size_t lane = 0; lane < cells.size() && !abortFlag; ++lane)
+        enqueueBlock(multilinear, lane, blocks[lane], lattice);
+    if (mQueue.size() > 0)
+        keepAnswers(multilinear);
+}
+
+/// Tries positions of a block in the cell of a lane. The last few may be left as trials.
+template<std::size_t D>
+void CellCandidates<D>::enqueueBlock(const Multilinear& cells, std::size_t lane,
+                                     const LatticeBlock& block, const Lattice<D>& lattice)
+{
+    if constexpr (D >= 2)
+        block.forEachPart(Multilinear::planesAtOnce,
+                          [&](const LatticeBlock& part)
+                          {
+                              for (std::uint64_t bits = cells.sift(lane, part, lattice); bits != 0;
+                                   bits &= bits - 1)
+                              {
+                                  const auto offset = Multilinear::offsetOf(std::countr_zero(bits));
+                                  const std::array<std::size_t, 3> indices{
+                                      part.first[0] + offset[0], part.first[1] + offset[1],
+                                      part.first[2] + offset[2]};
+                                  const std::size_t k = lattice.number(indices);
+                                  mQueue.addIf(mMatches.accepts(k, mCellOfLane[lane]), k,
+                                               lattice.position(indices), lane);
+                                  if (mQueue.isFull())
+                                      keepAnswers(cells);
+                              }
+                          });
+}
+
+template<std::size_t D>
+void CellCandidates<D>::fetch(std::span<const std::uint32_t> cells) const
+{
+    std::array<std::size_t, maximumVertices> points;
+    for (const std::uint32_t cell : cells)
+        fetchVertices(cell, points);
+}
+
+/// Gathers the points of a cell, and asks the memory for them.
+template<std::size_t D>
+void CellCandidates<D>::fetchVertices(std::uint32_t cell,
+                                      std::span<std::size_t, maximumVertices> points) const
+{
+    const std::size_t count = mCells.gather(cell, points);
+    for (const std::size_t point : points.first(count))
+        __builtin_prefetch(&mCells.point(point));
+}
+
+template class CellCandidates<1>;
+template class CellCandidates<2>;
+template class CellCandidates<3>;
+
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <tavrin/location/FourFloats.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace tavrin
+{
+
+/// Ascending coordinates, to find those in intervals. It has a table of equal intervals, of which each
+/// knows where its coordinates begin.
+class SortedCoordinates
+{
+public:
+    /// So many bounds are looked up at once.
+    static constexpr std::size_t boundsAtOnce = 8;
+    using Counts = std::array<std::uint32_t, boundsAtOnce>;
+
+    /// At least one. They may be infinite.
+    explicit SortedCoordinates(std::vector<float> coordinates)
+        : mCoordinates(std::move(coordinates))
+    {
+        const std::size_t numIntervals = std::min(2 * mCoordinates.size(), mostIntervals);
+        mLast = static_cast<float>(numIntervals - 1);
+        mPerUnit = mLast / (highest() - lowest());
+        mIntervals.resize(numIntervals + 1, {static_cast<std::uint32_t>(mCoordinates.size()),
+                                             std::numeric_limits<float>::quiet_NaN()});
+        for (std::size_t i = mCoordinates.size(); i-- > 0;)
+            mIntervals[static_cast<std::size_t>(intervals(FourFloats{} + mCoordinates[i])[0])] = {
+                static_cast<std::uint32_t>(i), mCoordinates[i]};
+        for (std::size_t i = numIntervals; i-- > 0;)
+            if (mIntervals[i].begin > mIntervals[i + 1].begin)
+                mIntervals[i] = mIntervals[i + 1];
+    }
+
+    float lowest() const { return mCoordinates.front(); }
+    float highest() const { return mCoordinates.back(); }
+
+    /// The numbers of those below each bound, or not above it.
+    Counts numBelow(const float* bounds) const
+    {
+        return numWhere(bounds, [](float x, float bound) { return x < bound; });
+    }
+    Counts numUpTo(const float* bounds) const
+    {
+        return numWhere(bounds, [](float x, float bound) { return x <= bound; });
+    }
+
+private:
+    /// Single precision counts them exactly.
+    static constexpr std::size_t mostIntervals = std::size_t{1} << 20;
+
+    /// The first coordinate in an interval or behind it, and its number.
+    struct Interval
+    {
+        std::uint32_t begin;
+        float first;
+    };
+
+    using FourFloats = detail::FourFloats;
+
+    /// Those of four coordinates. Rounding keeps the order of coordinates, and so does this.
+    detail::FourIntegers intervals(const FourFloats& coordinates) const
+    {
+        const FourFloats intervals = (coordinates - lowest()) * mPerUnit;
+        const FourFloats atLeast = intervals > FourFloats{} ? intervals : FourFloats{};
+        const FourFloats last = FourFloats{} + mLast;
+        return __builtin_convertvector(atLeast < last ? atLeast : last, detail::FourIntegers);
+    }
+
+    template<typename Predicate>
+    Counts numWhere(const float* bounds, const Predicate& holds) const
+    {
+        Counts counts;
+        for (std::size_t start = 0; start < boundsAtOnce; start += 4)
+        {
+            const detail::FourIntegers indices = intervals(detail::loadFour(bounds + start));
+            for (std::size_t n = 0; n < 4; ++n)
+            {
+                const Interval* const interval = &mIntervals[static_cast<std::size_t>(indices[n])];
+                const float bound = bounds[start + n];
+                counts[start + n] = interval->begin + (holds(interval->first, bound) ? 1 : 0);
+                if (interval[1].begin - interval[0].begin > 1)
+                    counts[start + n] = static_cast<std::uint32_t>(
+                        std::partition_point(mCoordinates.begin() + interval[0].begin,
+                                             mCoordinates.begin() + interval[1].begin,
+                                             [&](float x) { return holds(x, bound); }) -
+                        mCoordinates.begin());
+            }
+        }
+        return counts;
+    }
+
+    std::vector<float> mCoordinates;
+    float mLast;
+    float mPerUnit;
+    std::vector<Interval> mIntervals;
+};
+
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+
+namespace tavrin
+{
+
+/// How far outside a cell a position may lie and still belong to it, in units of the cell's reference
+/// coordinates, which are of the order of 1. For a cell of fewer dimensions than the space it is also
+/// the distance from the cell, in units of the cell's size.
+inline constexpr double locationTolerance = 1e-9;
+
+/// The rounding of a coordinate relative to its size: four units in the last place.
+///
+/// Where the rounding of the largest coordinate of the cell (on uniform grids: of the grid) is larger
+/// than `locationTolerance`, it is the tolerance instead, up to `largestTolerance`.
+inline constexpr double coordinateRounding = 4.0 * std::numeric_limits<double>::epsilon();
+inline constexpr double largestTolerance = 1e-3;
+
+/// The tolerance in reference coordinates in a cell of a given size whose coordinates are rounded by
+/// up to `rounding`.
+inline double toleranceIn(double size, double rounding)
+{
+    return std::max(locationTolerance, std::min(largestTolerance, rounding / size));
+}
+
+}
