@@ -168,8 +168,11 @@ public:
         warnings.print();
         checkFormats(requests, inputs.objects());
         // What only the algorithm knows, such as the number of times, is refused before its work.
-        const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
-        timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
+        RunWatcher watcher(session, requests);
+        const OutputWriter writer(run, inputs.objects(), pictureOptions, watcher,
+                                  session.abortFlag);
+        timed(report.seconds.execute,
+              [&] { executeAndLog(run, watcher, writer, requests, session); });
         io::PendingFiles files;
         timed(report.seconds.write,
               [&]
@@ -210,15 +213,12 @@ private:
 
     /// Executes the algorithm and prints its logs, however it ends. Throws what the algorithm
     /// throws, `Aborted` after an interrupt, and `RunFailure` where a requested output is missing.
-    static void executeAndLog(AlgorithmRun& run, const OutputWriter& writer,
+    static void executeAndLog(AlgorithmRun& run, RunWatcher& watcher, const OutputWriter& writer,
                               const std::vector<OutputRequest>& requests, Session& session)
     {
         try
         {
-            {
-                RunWatcher watcher(session, requests);
-                run.execute(session.abortFlag, &watcher);
-            }
+            run.execute(session.abortFlag, &watcher);
             if (session.abortFlag)
                 throw io::Aborted();
         }

@@ -41,7 +41,7 @@ RunReport::Output OutputWriter::writePicture(const OutputRequest& request,
                                              io::PendingFiles& files) const
 {
     const auto scene = sceneOf(mRun.graphics(request.port), mInputs);
-    const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag);
+    const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag, &mObserver);
     const auto bytes = graphics::encodePng(image, mAbortFlag);
     files.push_back(prepareWholeFile(
         request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));

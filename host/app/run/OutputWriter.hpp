@@ -13,11 +13,13 @@ namespace tavrin::app
 class OutputWriter
 {
 public:
-    /// Pictures show the domain and the colors of the inputs. All arguments must outlive the
-    /// writer.
+    /// Pictures show the domain and the colors of the inputs. `observer` hears of the painting. All
+    /// arguments must outlive the writer.
     OutputWriter(const AlgorithmRun& run, const DataObjectBundle::Members& inputs,
-                 const graphics::PictureOptions& pictureOptions, const volatile bool& abortFlag)
-        : mRun(run), mInputs(inputs), mPictureOptions(pictureOptions), mAbortFlag(abortFlag)
+                 const graphics::PictureOptions& pictureOptions, ProgressObserver& observer,
+                 const volatile bool& abortFlag)
+        : mRun(run), mInputs(inputs), mPictureOptions(pictureOptions), mObserver(observer),
+          mAbortFlag(abortFlag)
     {
     }
 
@@ -37,6 +39,7 @@ private:
     const AlgorithmRun& mRun;
     const DataObjectBundle::Members& mInputs;
     const graphics::PictureOptions& mPictureOptions;
+    ProgressObserver& mObserver;
     const volatile bool& mAbortFlag;
 };
 

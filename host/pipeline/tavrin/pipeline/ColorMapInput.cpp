@@ -1,8 +1,7 @@
 #include <tavrin/pipeline/ColorMapInput.hpp>
 
 #include <tavrin/colormap/ColorMapReference.hpp>
-#include <tavrin/function/NormBounds.hpp>
-#include <tavrin/function/visit.hpp>
+#include <tavrin/colormap/NormRange.hpp>
 
 #include <algorithm>
 
@@ -17,12 +16,8 @@ ValueRange normsOf(const DataObjectBundle::Members& inputs)
     for (const auto& object : inputs)
     {
         const auto* const function = dynamic_cast<const FunctionBase*>(object.get());
-        if (function == nullptr)
-            continue;
-        NormBounds bounds;
-        visitFunction<ValueTypes>(*function,
-                                  [&](const auto& typed) { bounds = boundNorms(*typed.values()); });
-        return {bounds.least, bounds.greatest};
+        if (function != nullptr)
+            return finiteNormRange(*function).value_or(ValueRange{});
     }
     return {};
 }

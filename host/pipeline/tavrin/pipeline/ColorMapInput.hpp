@@ -10,7 +10,7 @@ namespace tavrin::pipeline
 TAVRIN_API bool takesColorMap(const InputBase& input);
 
 /// A color map as the command line names it: NAME_OR_FILE[@LOW:HIGH]. Without a range it spans the
-/// norms of all values of the first function among `inputs`, or 0 to 1 where there is none. Throws
+/// finite norms of the first function among `inputs`, or 0 to 1 where there is none. Throws
 /// `usage_error`, `ColorMapFileError`, and what reading a series throws.
 TAVRIN_API std::shared_ptr<const ColorMapDataObject> loadColorMap(
     const std::string& reference, const DataObjectBundle::Members& inputs);
