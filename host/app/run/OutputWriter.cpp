@@ -10,10 +10,10 @@
 namespace tavrin::app
 {
 
-bool OutputWriter::isPublished(const OutputRequest& request) const
+bool isPublished(const OutputRequest& request, const AlgorithmRun& run)
 {
-    return request.isGraphics ? mRun.graphics(request.port) != nullptr
-                              : mRun.result(request.port) != nullptr;
+    return request.isGraphics ? run.graphics(request.port) != nullptr
+                              : run.result(request.port) != nullptr;
 }
 
 RunReport::Output OutputWriter::write(const OutputRequest& request, io::PendingFiles& files) const

@@ -9,7 +9,10 @@
 namespace tavrin::app
 {
 
-/// Writes what a run has delivered: data as data files, graphics as pictures or as line segments.
+/// Whether the run published a result on the requested output.
+bool isPublished(const OutputRequest& request, const AlgorithmRun& run);
+
+/// Writes the results of a run: data as data files, graphics as pictures or as line segments.
 class OutputWriter
 {
 public:
@@ -22,9 +25,6 @@ public:
           mAbortFlag(abortFlag)
     {
     }
-
-    /// Whether there is something to write.
-    bool isPublished(const OutputRequest& request) const;
 
     /// Adds the file, complete but for its name, to `files`. Throws `FileError`, `Aborted`,
     /// `usage_error` for what the file's format does not take, and
