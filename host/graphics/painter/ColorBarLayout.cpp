@@ -10,13 +10,13 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Cut so that it is no longer than the length.
+/// A vertical label for a text, which is truncated if it is longer than `length`.
 Label titleFor(std::string text, double length, const Canvas& canvas)
 {
     Label title = canvas.label(text, true);
     while (title.height > length && !text.empty())
     {
-        // Whole characters: bytes 10xxxxxx continue one.
+        // Removes whole characters: bytes 10xxxxxx continue one.
         do
         {
             const bool continues = (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U;

@@ -9,11 +9,11 @@ namespace tavrin::graphics::painter
 class ColorBarLayout
 {
 public:
-    /// `picture` is the part of the picture that may be written on.
+    /// `picture` is the part of the picture inside its margins.
     ColorBarLayout(const ColorBar& bar, const Frame& picture, const Canvas& canvas,
                    const Style& style);
 
-    /// The left side of all of it.
+    /// The left side of the bar, which is the leftmost part.
     double left() const { return mBar.left; }
 
     void draw(Canvas& canvas) const;

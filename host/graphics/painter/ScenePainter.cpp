@@ -18,10 +18,11 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Larger pictures are drawn tile by tile, which bounds the memory for their samples.
+/// Side of a tile in pixels. Larger pictures are drawn tile by tile, which bounds the memory for
+/// their samples.
 constexpr std::size_t largestTile = 2048;
 
-/// Everything but what needs the graphics system: where it all lies in the picture.
+/// The layout of the picture, and everything in it that does not need the graphics system.
 struct Composition
 {
     SceneExtent extent;
@@ -52,7 +53,7 @@ struct Composition
         aim();
         if (!extent.outline || !style.hasText)
             return;
-        // The numbers beside the outline need room, and where they lie depends on the camera.
+        // The labels of the axes need room, and their positions depend on the camera.
         constexpr int numAttempts = 6;
         for (int i = 0; i < numAttempts; ++i)
         {
@@ -66,14 +67,13 @@ struct Composition
     }
 
 private:
-    /// Moves the sides of the frame by how far the labels reach over the available room, or stay
-    /// inside of it.
+    /// Moves the sides of the frame so that scene and labels together fill the available room.
     void fill(const Frame& available, Frame& frame) const
     {
         Frame taken = boundsOfScene();
         for (const Label& label : axes.labels)
             taken = united(taken, label.frame());
-        // The scene keeps most of the room even if numbers are cut.
+        // The scene keeps most of the room, even if labels are truncated.
         const double mostX = 0.3 * available.width;
         const double mostY = 0.3 * available.height;
         const auto moved = [](double side, double room, double occupied, double most)
@@ -110,7 +110,7 @@ private:
     }
 };
 
-/// The edges of the domain's box, placed.
+/// The edges of the domain's box in placed coordinates.
 std::shared_ptr<Drawable> makeOutline(const Box& box, const Placement& placement,
                                       const Style& style)
 {
@@ -129,7 +129,7 @@ std::shared_ptr<Drawable> makeOutline(const Box& box, const Placement& placement
                 vertices.emplace_back(placed[0], placed[1], placed[2]);
             }
         }
-    // Between the ink and the background, so that the glyphs come first.
+    // Paler than the ink, so that glyphs stand out.
     const auto mixed = [](float ink, float background) { return 0.6F * ink + 0.4F * background; };
     const Color color{mixed(style.ink.red, style.background.red),
                       mixed(style.ink.green, style.background.green),
@@ -167,7 +167,7 @@ public:
         target.beginOpaque(mComposition.style.background);
         if (mOutline)
         {
-            // Glyphs on a side of the box lie before its edges.
+            // The edges lie slightly behind glyphs on a side of the box.
             glEnable(GL_POLYGON_OFFSET_FILL);
             glPolygonOffset(1.0F, 256.0F);
             draw(*mOutline, Placement{}, target, tile, Pass::OnlyOpaque);
