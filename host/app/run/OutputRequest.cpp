@@ -98,11 +98,7 @@ void checkFolder(const path& file)
         throw io::FileError(file, "the folder " + folder.string() + " is not writable");
     if (std::filesystem::is_directory(file, error))
         throw io::FileError(file, "is a folder");
-    if (!std::filesystem::exists(file, error))
-        return;
-    if (!std::filesystem::is_regular_file(file, error))
-        throw io::FileError(file, "exists and is not a regular file");
-    if (access(file.c_str(), W_OK) != 0)
+    if (std::filesystem::exists(file, error) && access(file.c_str(), W_OK) != 0)
         throw io::FileError(file, "exists and is not writable");
 }
 
