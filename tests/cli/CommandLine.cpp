@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// The folder of example data. CTest makes it before all tests; without CTest the first test does.
+/// The folder of example data. CTest creates it before all tests; without CTest the first test does.
 fs::path exampleFolder()
 {
     const fs::path folder = TAVRIN_CLI_EXAMPLES;
@@ -53,10 +53,11 @@ Outcome Workshop::run(const std::string& command) const
         << "cd '" << folder().string() << "' || exit 99\n"
         << "PATH='" << program.parent_path().string() << "':$PATH\n"
         << "PLUGIN='" << TAVRIN_TRIAL_PLUGIN << "'\n"
+        << "HOSTILE='" << TAVRIN_HOSTILE_PLUGIN << "'\n"
         << "LIBRARIES='" << program.parent_path().parent_path().string() << "/lib'\n"
         << "REAL='" << (real ? real->string() : "") << "'\n"
         << "unset TAVRIN_PLUGIN_PATH\n"
-        // In a sanitized build: drivers and the font library leave memory behind.
+        // In a sanitized build: drivers and the font library leak memory.
         << "export ASAN_OPTIONS=\"$ASAN_OPTIONS:detect_leaks=0\"\n"
         << command << '\n';
     const int status =

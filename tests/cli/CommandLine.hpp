@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-/// What a command did.
+/// The observable outcome of a command.
 struct Outcome
 {
     int exitCode;
@@ -14,14 +14,15 @@ struct Outcome
 };
 
 /// A folder of its own for each test, with links to the example data. Commands run in it, in a
-/// shell that finds `tavrin`, with these variables: PLUGIN is the plug-in of trial algorithms,
-/// LIBRARIES the folder of the program's libraries, REAL the folder of real data sets.
+/// shell that finds `tavrin`, with these variables: PLUGIN is the plug-in with the trial algorithms,
+/// HOSTILE the one that harms the program, LIBRARIES the folder of the program's libraries, and REAL
+/// the folder of real data sets.
 class Workshop
 {
 public:
     Workshop();
 
-    /// Runs a command line of the shell.
+    /// Runs a shell command.
     Outcome run(const std::string& command) const;
 
     const std::filesystem::path& folder() const { return mFolder.path(); }

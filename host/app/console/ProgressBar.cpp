@@ -1,6 +1,6 @@
 #include "ProgressBar.hpp"
 
-#include "../text/Layout.hpp"
+#include "Messages.hpp"
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
 
 namespace tavrin::app
 {
@@ -94,8 +95,16 @@ ProgressBar::ProgressBar(Console& console, ProgressMode mode)
     : mConsole(console),
       mIsShown(mode == ProgressMode::Always || (mode == ProgressMode::Auto && console.isTerminal()))
 {
-    if (mIsShown)
-        mWatcher = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+    try
+    {
+        if (mIsShown)
+            mWatcher = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+    }
+    catch (const std::system_error&)
+    {
+        // Without a thread to draw it, the work goes on without a bar.
+        mIsShown = false;
+    }
 }
 
 ProgressBar::~ProgressBar()
@@ -105,7 +114,7 @@ ProgressBar::~ProgressBar()
     mWatcher.request_stop();
     mWatcher.join();
     if (mConsole.isTerminal())
-        mConsole.status({});
+        mConsole.showStatus({});
 }
 
 void ProgressBar::opened(const ProgressReport& report)
@@ -141,9 +150,9 @@ void ProgressBar::show(const OpenReport& open)
     const ProgressState state{oneLine(open.report->title), open.report->counter.count(),
                               open.report->total, elapsed.count()};
     if (mConsole.isTerminal())
-        mConsole.status(progressBar(state, mConsole.width() - 1));
+        mConsole.showStatus(progressBar(state, mConsole.width() - 1));
     else
-        mConsole.line("progress: " + progressText(state));
+        mConsole.message("progress: " + progressText(state));
 }
 
 }

@@ -2,7 +2,6 @@
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/plugin/SharedLibraryFile.hpp>
-#include <tavrin/plugin/TrialLoad.hpp>
 
 #include <dlfcn.h>
 
@@ -46,7 +45,7 @@ std::filesystem::path resourcesBeside(const std::filesystem::path& libraries)
     return libraries.parent_path() / "share" / "tavrin" / "resources";
 }
 
-/// What the loader says, without the path that it begins with.
+/// The message of the system's loader without the path at its beginning.
 std::string loaderMessage(const std::filesystem::path& library)
 {
     const char* const text = dlerror();
@@ -67,16 +66,13 @@ PluginRegistrationService& PluginRegistrationService::getInstance()
 
 void PluginRegistrationService::load(const std::filesystem::path& library)
 {
-    // A bare name would be looked for in the system's library folders.
+    // The loader would search for a bare name in the system's library folders.
     const auto file = std::filesystem::absolute(library).lexically_normal();
     const auto complain = [&](const std::string& reason)
     { throw runtime_error(library.string() + ": " + reason); };
     if (const std::string fault = faultOfSharedLibrary(file); !fault.empty())
         complain(fault);
-    const bool isOurs = file.parent_path() == pluginFolder();
-    if (const std::string fault = isOurs ? "" : faultOfTrialLoad(file); !fault.empty())
-        complain(fault);
-    // RTLD_NODELETE, and no handle is ever closed: factories point into the library.
+    // The library is never unloaded, because factories point into it.
     if (dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE) == nullptr)
         complain(loaderMessage(file));
     if (std::ranges::find(mLibraries, file) == mLibraries.end())

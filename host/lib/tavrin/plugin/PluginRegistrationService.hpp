@@ -15,15 +15,17 @@ class TAVRIN_API PluginRegistrationService
 public:
     static PluginRegistrationService& getInstance();
 
-    /// Loads a plug-in library, whose algorithms thereby register themselves. It stays loaded for
-    /// the life of the process, so that no factory ever points into unmapped code.
-    /// Throws `runtime_error` "PATH: reason" where it cannot be loaded.
+    /// Loads a plug-in library, whose algorithms register themselves in the course of it. The library
+    /// stays loaded as long as the process lives, so that no factory ever points into unmapped code.
+    /// Throws `runtime_error` "PATH: reason" where it cannot be loaded. Code that the library runs
+    /// while it is loaded cannot be contained: a crash there ends the process.
     void load(const std::filesystem::path& library);
 
     /// The libraries loaded so far, in order.
     const std::vector<std::filesystem::path>& libraries() const { return mLibraries; }
 
-    /// The folder where plug-ins lie beside the host's libraries: "plugins" below "tavrin" there.
+    /// The folder of the plug-ins that are installed with the host: "tavrin/plugins" below the folder
+    /// of the host's libraries.
     std::filesystem::path pluginFolder() const;
 
     /// The folder of a resource package such as "utils/Graphics", ending in a separator. It is

@@ -129,22 +129,27 @@ Extremes findExtremes(const CountedValues<T>& values, ProgressCounter& progress,
     return extremes;
 }
 
+/// The bounds of the norms of all counted values.
 template<typename T>
-std::size_t countNotANumber(const CountedValues<T>& values, const volatile bool& abortFlag)
+NormBounds boundNorms(const CountedValues<T>& values, const volatile bool& abortFlag)
 {
     NormBounds bounds;
     forBlocks(values, abortFlag,
               [&](const auto& block) { bounds = bounds.widenedBy(block.values); });
-    return bounds.notANumber;
+    return bounds;
 }
 
-/// The number of values with an infinite component.
+/// The number of values with an infinite component. Values are looked at only where a norm is
+/// infinite.
 template<typename T>
-std::size_t countInfinite(const CountedValues<T>& values, const volatile bool& abortFlag)
+std::size_t countInfinite(const CountedValues<T>& values, const NormBounds& bounds,
+                          const volatile bool& abortFlag)
 {
+    std::size_t count = 0;
+    if (!std::isinf(bounds.greatest))
+        return count;
     const auto isInfinite = [](const T& value)
     { return std::ranges::any_of(value, [](double component) { return std::isinf(component); }); };
-    std::size_t count = 0;
     forBlocks(values, abortFlag,
               [&](const auto& block) {
                   count +=
@@ -233,8 +238,8 @@ private:
     void exec(const Function<T>& field, bool computeMedian, bool computeExtremes,
               const volatile bool& abortFlag) const;
     template<typename T>
-    std::size_t reportExtremes(const Function<T>& field, const CountedValues<T>& values,
-                               const volatile bool& abortFlag) const;
+    NormBounds reportExtremes(const Function<T>& field, const CountedValues<T>& values,
+                              const volatile bool& abortFlag) const;
     template<typename T>
     void reportMedian(const CountedValues<T>& values, const volatile bool& abortFlag) const;
 };
@@ -308,27 +313,34 @@ void InfoAlgorithm::exec(const Function<T>& field, bool computeMedian, bool comp
         hint("of " + std::to_string(field.numTimeSteps()) +
              " time steps these are the values of the first, at t = " +
              toText(field.timeSteps().front()));
-    const std::size_t numNotANumber = computeExtremes ? reportExtremes(field, values, abortFlag)
-                                                      : countNotANumber(values, abortFlag);
+    const NormBounds bounds =
+        computeExtremes ? reportExtremes(field, values, abortFlag) : boundNorms(values, abortFlag);
     if (computeMedian)
         reportMedian(values, abortFlag);
-    if (numNotANumber > 0)
-        hint(std::to_string(numNotANumber) + " of " + std::to_string(values.numCounted()) +
-             " values are not a number" +
+    const std::size_t numInfinite = countInfinite(values, bounds, abortFlag);
+    const auto share = [&](std::size_t count) {
+        return std::to_string(count) + " of " + std::to_string(values.numCounted()) +
+               " values are ";
+    };
+    if (bounds.notANumber > 0)
+        hint(share(bounds.notANumber) + "not a number" +
              (!computeExtremes ? ""
               : std::isnan(norm(values.evaluator().value(values.firstIndex())))
                   ? "; the first is one of them, and no norm is less or greater than it"
                   : "; they are neither minimal nor maximal") +
              (computeMedian ? "; the median depends on where they stand" : ""));
-    report(
-        "counts",
-        {{"values", values.numCounted()}, {"invalid", numInvalid}, {"notANumber", numNotANumber}});
+    if (numInfinite > 0)
+        hint(share(numInfinite) + "infinite");
+    report("counts", {{"values", values.numCounted()},
+                      {"invalid", numInvalid},
+                      {"notANumber", bounds.notANumber},
+                      {"infinite", numInfinite}});
 }
 
-/// Returns how many norms are not a number.
+/// Returns the bounds of the norms.
 template<typename T>
-std::size_t InfoAlgorithm::reportExtremes(const Function<T>& field, const CountedValues<T>& values,
-                                          const volatile bool& abortFlag) const
+NormBounds InfoAlgorithm::reportExtremes(const Function<T>& field, const CountedValues<T>& values,
+                                         const volatile bool& abortFlag) const
 {
     Progress progress(*this, "calculating min, max, average", values.size());
     const Extremes extremes = findExtremes(values, progress, abortFlag);
@@ -345,11 +357,7 @@ std::size_t InfoAlgorithm::reportExtremes(const Function<T>& field, const Counte
     };
     tell("minimal", "minimum", extremes.minimumIndex);
     tell("maximal", "maximum", extremes.maximumIndex);
-    if (std::isinf(extremes.bounds.greatest))
-        if (const std::size_t numInfinite = countInfinite(values, abortFlag); numInfinite > 0)
-            hint(std::to_string(numInfinite) + " of " + std::to_string(values.numCounted()) +
-                 " values are infinite");
-    return extremes.bounds.notANumber;
+    return extremes.bounds;
 }
 
 template<typename T>
