@@ -3,6 +3,7 @@
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/field/BatchEvaluator.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/function/Function.hpp>
@@ -99,19 +100,20 @@ Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, s
     return planes;
 }
 
-/// At the positions of a lattice, found together and sampled in a few runs, and one by one.
+/// Compares the values at the positions of a lattice, prepared together and evaluated in a few runs,
+/// with those evaluated one after the other.
 template<std::size_t D>
 void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, double time = 0.0)
 {
     const Points<D> positions = lattice.positions();
     const auto field = Field<D, Scalar>::applyTo(object);
-    const auto evaluator = field->makeEvaluator();
+    const auto evaluator = field->makeBatchEvaluator();
     const volatile bool goOn = false;
-    const auto places = evaluator->place(lattice, goOn);
-    ASSERT_NE(places, nullptr);
+    const auto prepared = evaluator->prepare(lattice, goOn);
+    ASSERT_NE(prepared, nullptr);
     std::vector<Scalar> expected(positions.size());
     std::vector<std::uint8_t> isInside(positions.size());
-    evaluator->sample(time, positions, expected.data(), isInside.data(), goOn);
+    evaluator->evaluate(time, positions, expected.data(), isInside.data(), goOn);
     EXPECT_GT(std::ranges::count(isInside, 1), 0);
 
     std::vector<Scalar> values(positions.size());
@@ -119,7 +121,7 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     for (std::size_t first = 0; first < positions.size();)
     {
         const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
-        evaluator->sampleAt(time, *places, first, count, &values[first], &isFound[first], goOn);
+        evaluator->evaluate(time, *prepared, first, count, &values[first], &isFound[first], goOn);
         first += count;
     }
     EXPECT_EQ(isFound, isInside);
@@ -263,7 +265,7 @@ TEST(Lattice, IsSampledInABundleAsItsPositionsAreOneByOne)
     for (const double time : {0.0, 0.5, 1.0, 2.0, 5.0})
         expectSameAnswers<3>(bundle, latticeOf(planes), time);
 
-    // More than are kept for each position, and bundles in a bundle.
+    // More overlapping members than are prepared for each position, and a bundle in a bundle.
     const auto pile = std::make_shared<DataObjectBundle>(
         DataObjectBundle::Members{wavesOn(right), wavesOn(right), wavesOn(left)});
     expectSameAnswers<3>(DataObjectBundle({wavesOn(left), pile}), latticeOf(planes));
@@ -289,14 +291,14 @@ TEST(Lattice, IsNotAskedOfALaterMemberWhereEarlierOnesAnswer)
     }
     planes[2].push_back(100.0);
     const auto field = Field<3, Scalar>::applyTo(DataObjectBundle({wavesOn(grid), formula}));
-    const auto evaluator = field->makeEvaluator();
+    const auto evaluator = field->makeBatchEvaluator();
     const volatile bool goOn = false;
-    const auto places = evaluator->place(latticeOf(planes), goOn);
-    ASSERT_NE(places, nullptr);
+    const auto prepared = evaluator->prepare(latticeOf(planes), goOn);
+    ASSERT_NE(prepared, nullptr);
     const std::size_t count = latticeOf(planes).size();
     std::vector<Scalar> values(count);
     std::vector<std::uint8_t> isInside(count);
-    evaluator->sampleAt(0.0, *places, 0, count, values.data(), isInside.data(), goOn);
+    evaluator->evaluate(0.0, *prepared, 0, count, values.data(), isInside.data(), goOn);
     EXPECT_EQ(std::ranges::count(isInside, 0), 0);
     EXPECT_EQ(numCalls, 400);
 }
@@ -309,7 +311,7 @@ TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
         *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
     const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
     const volatile bool goOn = false;
-    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few), goOn), nullptr);
+    EXPECT_EQ(field->makeBatchEvaluator()->prepare(latticeOf(few), goOn), nullptr);
 }
 
 }
