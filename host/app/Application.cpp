@@ -1,18 +1,19 @@
 #include "Application.hpp"
 
-#include "Plugins.hpp"
-#include "Program.hpp"
-#include "Session.hpp"
 #include "commands/Commands.hpp"
+#include "commands/Program.hpp"
+#include "commands/Session.hpp"
 #include "console/Failure.hpp"
 #include "console/Interrupt.hpp"
+#include "plugins/ExitGuard.hpp"
+#include "plugins/PluginTrial.hpp"
+#include "plugins/Plugins.hpp"
+#include "run/Threads.hpp"
 #include "text/HelpText.hpp"
 
-#include <tavrin/base/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 
 #include <fcntl.h>
-#include <omp.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,7 +26,7 @@ namespace tavrin::app
 namespace
 {
 
-/// The values of the options that go with every command.
+/// The values of the options that every command has.
 struct GlobalOptions
 {
     std::vector<std::string> plugins;
@@ -36,12 +37,14 @@ struct GlobalOptions
     bool wantsHelp = false;
 };
 
-/// A failure to write has to be an error that can be told, not a signal, and a file must never be
-/// opened in the place of a closed standard stream.
-void prepareStandardStreams()
+/// Makes the program independent of what its parent process has set: failing to write becomes an
+/// error that can be reported instead of a signal, the status of processes that the program starts
+/// is kept, and no file is ever opened in place of a closed standard stream.
+void prepareProcess()
 {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(descriptor, F_GETFD) < 0)
             static_cast<void>(open("/dev/null", O_RDWR));
@@ -52,23 +55,23 @@ void declareProgram(Program& program, GlobalOptions& options)
     CLI::App& syntax = program.syntax;
     syntax.description("Analyses fields: simulation or measurement output on grids, in VTK files "
                        "and time series.");
-    // Words and misspelled options are left over for this program's own messages.
+    // Unknown words and options are left to the messages of this program.
     syntax.set_help_flag();
     syntax.allow_extras();
     syntax.fallthrough();
     syntax.require_subcommand(0, 1);
     syntax
-        .add_option("--plugin", options.plugins, "loads a plug-in, or all in a folder; repeatable")
+        .add_option("--plugin", options.plugins,
+                    "loads a plug-in, or all plug-ins in a folder; repeatable")
         ->type_name("PATH")
         ->allow_extra_args(false);
-    syntax.add_option("--threads", options.threads, "number of threads to work with")
-        ->type_name("N");
+    syntax.add_option("--threads", options.threads, "number of threads")->type_name("N");
     syntax
         .add_option("--progress", options.progress,
                     "shows progress: auto (on a terminal), always or never")
         ->type_name("WHEN");
     syntax.add_flag("-v,--verbose", options.isVerbose,
-                    "prints the debug log, and where a run failed");
+                    "prints the debug log, and the backtrace of a failed run");
     syntax.add_flag("--version", options.wantsVersion, "prints the version");
     syntax.add_flag("-h,--help", options.wantsHelp, "prints help, also on a command");
     program.commands = makeCommands(syntax);
@@ -89,8 +92,8 @@ void declareProgram(Program& program, GlobalOptions& options)
         (nearest.empty() ? "see \"tavrin --help\"" : "did you mean \"" + nearest + "\"?"));
 }
 
-/// Lets the syntax take its command and options and returns the words that are left. All after "--"
-/// are words.
+/// Parses the command and its options and returns the words that are left. Everything after "--" is
+/// a word.
 Command::Words parseCommandLine(int argc, const char* const* argv, Program& program)
 {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
@@ -119,33 +122,7 @@ Command::Words parseCommandLine(int argc, const char* const* argv, Program& prog
     return words;
 }
 
-/// More threads would exhaust what a system lets one process start.
-constexpr long mostThreads = 1024;
-
-long parsedThreads(const std::string& text)
-{
-    try
-    {
-        return lexicalCast<long>(text);
-    }
-    catch (const bad_lexical_cast&)
-    {
-        return 0;
-    }
-}
-
-/// Sets the number given, or else keeps that of OMP_NUM_THREADS within bounds.
-void setThreads(const std::optional<std::string>& text)
-{
-    const long threads =
-        text ? parsedThreads(*text) : std::min<long>(omp_get_max_threads(), mostThreads);
-    if (threads < 1 || threads > mostThreads)
-        throw usage_error("--threads: \"" + *text + "\" is not a whole number from 1 to " +
-                          std::to_string(mostThreads));
-    omp_set_num_threads(static_cast<int>(threads));
-}
-
-/// Does what the command line asks for.
+/// Executes the command line.
 void run(int argc, const char* const* argv, Console& console, GlobalOptions& options)
 {
     Program program;
@@ -155,7 +132,7 @@ void run(int argc, const char* const* argv, Console& console, GlobalOptions& opt
     if (options.wantsVersion)
         return console.print("tavrin " TAVRIN_VERSION "\n");
     if (chosen.empty())
-        return console.print(helpText(program));
+        return console.print(helpText(program.declaration()));
 
     setThreads(options.threads);
     Session session{.program = program,
@@ -164,7 +141,7 @@ void run(int argc, const char* const* argv, Console& console, GlobalOptions& opt
                     .algorithms = RegistrationService<AlgorithmFactory>::getInstance(),
                     .progressMode = progressModeFrom(options.progress),
                     .isVerbose = options.isVerbose};
-    loadPlugins(options.plugins, console);
+    loadPlugins(options.plugins, console, session.abortFlag);
     Command& command = program.command(chosen.front()->get_name());
     if (options.wantsHelp)
         return console.print(command.help(words, session));
@@ -175,14 +152,16 @@ void run(int argc, const char* const* argv, Console& console, GlobalOptions& opt
 
 int runApplication(int argc, const char* const* argv) noexcept
 {
-    prepareStandardStreams();
+    runTrialIfAsked(argc, argv);
+    prepareProcess();
+    const ExitGuard guard;
     Interrupt::catchSignals();
     Console console;
     GlobalOptions options;
     try
     {
         run(argc, argv, console, options);
-        console.finish();
+        console.requireOutput();
         return Done;
     }
     catch (...)

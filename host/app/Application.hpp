@@ -3,7 +3,7 @@
 namespace tavrin::app
 {
 
-/// The program `tavrin`, from the command line to the exit code. Throws nothing.
+/// Runs the program `tavrin` and returns its exit code.
 int runApplication(int argc, const char* const* argv) noexcept;
 
 }

@@ -1,6 +1,7 @@
 #include "SampleTest.hpp"
 
-#include <BundleTools/ListParser.hpp>
+#include <support/ThreadCount.hpp>
+
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
@@ -9,11 +10,12 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 const char* const port = "Sampled Field";
 
-/// 0, 1, 2 on the line from 0 to 2.
+/// A function with the values 0, 1, 2 on the line from 0 to 2, and 10 more at each further time.
 std::shared_ptr<const Function<Scalar>> ramp(std::vector<double> times = {})
 {
     std::vector<Scalar> values;
@@ -23,29 +25,6 @@ std::shared_ptr<const Function<Scalar>> ramp(std::vector<double> times = {})
     return fieldOf<Scalar>(std::move(values), lineOf(3), std::move(times));
 }
 
-TEST_F(SampleTest, DeclaresItsOptions)
-{
-    const auto description = run.describe();
-    EXPECT_EQ(description.description, "Sample a field on a given grid.");
-    EXPECT_EQ(description.type, AlgorithmFactory::Data);
-    ASSERT_EQ(description.options.size(), 4U);
-    EXPECT_EQ(description.options[0].name, "Field");
-    EXPECT_EQ(description.options[0].kind, InputKind::Bundle);
-    EXPECT_EQ(description.options[0].help, "The field, where from the data comes.");
-    EXPECT_EQ(description.options[1].name, "Grid");
-    EXPECT_EQ(description.options[1].types.size(), 2U);
-    EXPECT_EQ(description.options[1].help, "The grid that provides the seed points");
-    EXPECT_EQ(description.options[2].name, "Time");
-    EXPECT_EQ(description.options[2].defaultValue, "0.0");
-    EXPECT_EQ(description.options[2].help, "The list of time values where to sample");
-    EXPECT_EQ(description.options[3].name, "Usage");
-    EXPECT_EQ(description.options[3].kind, InputKind::Label);
-    EXPECT_EQ(description.options[3].value, ListParser<double>::grammar);
-    ASSERT_EQ(description.outputs.size(), 1U);
-    EXPECT_EQ(description.outputs[0].name, port);
-    EXPECT_THROW(run.connect("Grid", lineOf(3)), usage_error);
-}
-
 TEST_F(SampleTest, SaysWhichInputIsMissing)
 {
     execute();
@@ -53,14 +32,14 @@ TEST_F(SampleTest, SaysWhichInputIsMissing)
     connect(ramp(), nullptr);
     execute();
     EXPECT_EQ(run.debugLog(), "Input domain not set.\naborting.\n");
-    connect(nullptr, pointsAt<2>({{0.0, 0.0}}));
+    connect(nullptr, cloudOf<2>({{0.0, 0.0}}));
     execute();
     EXPECT_EQ(run.debugLog(), "Input field not set.\naborting.\n");
 }
 
 TEST_F(SampleTest, SamplesByHand)
 {
-    connect(ramp(), pointsAt<2>({{0.5, 7.0}, {1.75, -7.0}, {2.5, 0.0}}));
+    connect(ramp(), cloudOf<2>({{0.5, 7.0}, {1.75, -7.0}, {2.5, 0.0}}));
     EXPECT_TRUE(execute().ends_with("LIST{0} "));
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.5, 1.75, 0.0}));
     const auto function = result<Scalar>();
@@ -71,12 +50,14 @@ TEST_F(SampleTest, SamplesByHand)
     EXPECT_EQ(run.debugLog(), "Found 1 time values.\n"
                               "1 of 3 samples lie outside the domain of the field.\n"
                               "0 of 1 times lie outside the range of the field.\n");
-    EXPECT_EQ(run.statistics(), (Statistics{{"samples", {{"total", 3}, {"outside", 1}}}}));
+    EXPECT_EQ(run.results(),
+              (ReportValue::Members{
+                  {"samples", {{"total", std::size_t{3}}, {"outside", std::size_t{1}}}}}));
 }
 
 TEST_F(SampleTest, SamplesStepAfterStep)
 {
-    connect(ramp({1.0, 3.0}), pointsAt<3>({{0.5, 0.0, 0.0}, {2.0, 0.0, 0.0}}));
+    connect(ramp({1.0, 3.0}), cloudOf<3>({{0.5, 0.0, 0.0}, {2.0, 0.0, 0.0}}));
     run.setText("Time", "[0:4#0.5]-{1.5,2.5}");
     execute();
     const auto function = result<Scalar>();
@@ -86,23 +67,23 @@ TEST_F(SampleTest, SamplesStepAfterStep)
     EXPECT_TRUE(logged("Found 7 time values.\n"));
     EXPECT_TRUE(logged("0 of 6 samples lie outside the domain of the field.\n"
                        "4 of 7 times lie outside the range of the field.\n"));
-    EXPECT_FALSE(logged("hint: "));
+    EXPECT_EQ(hints(), "");
 }
 
 TEST_F(SampleTest, WarnsWhenNothingWasMet)
 {
-    connect(ramp(), pointsAt<2>({{-1.0, 0.0}, {3.0, 2.0}}));
+    connect(ramp(), cloudOf<2>({{-1.0, 0.0}, {3.0, 2.0}}));
     execute();
-    EXPECT_TRUE(logged("hint: all samples are 0, since no point lies in the domain of the field: "
+    EXPECT_TRUE(hinted("all samples are 0, since no point lies in the domain of the field: "
                        "the field spans [0] to [2], the grid [-1, 0] to [3, 2]\n"));
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.0, 0.0}));
-    connect(ramp({1.0, 3.0}), pointsAt<2>({{1.0, 0.0}}));
+    connect(ramp({1.0, 3.0}), cloudOf<2>({{1.0, 0.0}}));
     execute();
-    EXPECT_TRUE(logged("hint: all samples are 0, since no time lies in the range of the field, 1 "
+    EXPECT_TRUE(hinted("all samples are 0, since no time lies in the range of the field, 1 "
                        "to 3\n"));
 }
 
-/// Component c is c + x + 10 y + 100 z + 1000 t.
+/// A field whose component c is c + x + 10 y + 100 z + 1000 t.
 template<std::size_t D, typename T>
 std::shared_ptr<const DataObject> coordinateField()
 {
@@ -133,8 +114,8 @@ TEST_F(SampleTest, TakesEveryDimensionAndTypeThatIsListed)
 {
     using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3>;
     const std::array grids{
-        std::shared_ptr<const DataObject>(pointsAt<2>({{1.0, 2.0}, {3.0, 4.0}})),
-        std::shared_ptr<const DataObject>(pointsAt<3>({{1.0, 2.0, 0.0}, {3.0, 4.0, 5.0}}))};
+        std::shared_ptr<const DataObject>(cloudOf<2>({{1.0, 2.0}, {3.0, 4.0}})),
+        std::shared_ptr<const DataObject>(cloudOf<3>({{1.0, 2.0, 0.0}, {3.0, 4.0, 5.0}}))};
     run.setText("Time", "2");
     std::size_t combinations = 0;
     const auto withDimension = [&]<std::size_t D>()
@@ -176,17 +157,17 @@ TEST_F(SampleTest, TakesEveryDimensionAndTypeThatIsListed)
 
 TEST_F(SampleTest, RefusesOtherFields)
 {
-    const auto grid = pointsAt<2>({{0.0, 0.0}});
+    const auto grid = cloudOf<2>({{0.0, 0.0}});
     const auto refusal = [&](std::shared_ptr<const DataObject> field)
     {
         connect(std::move(field), grid);
-        const std::string text = failure<logic_error>();
+        const std::string text = errorOf<logic_error>([&] { execute(); });
         EXPECT_EQ(text, "unsupported field type occurred.");
         EXPECT_EQ(run.result(port), nullptr);
-        const std::string log = run.debugLog();
-        const auto start = log.find("hint: the field given is ");
-        return start == std::string::npos ? log
-                                          : log.substr(start + 25, log.find(';') - start - 25);
+        const std::string hint = hints();
+        const std::string before = "the field given is ";
+        return hint.starts_with(before) ? hint.substr(before.size(), hint.find(';') - before.size())
+                                        : hint;
     };
     EXPECT_EQ(refusal(coordinateField<3, Vector242>()), "a field of type 242-D Vector in 3-D");
     EXPECT_EQ(refusal(coordinateField<2, Vector375>()), "a field of type 375-D Vector in 2-D");
@@ -208,21 +189,21 @@ TEST_F(SampleTest, SamplesABundleAsOneField)
                     UniformGrid<1>::Layout{.size = {2, 1, 1}, .origin = {1.0}, .spacing = {3.0}}),
                 PointSetBase::Points, std::vector<Scalar>{10.0, 40.0}, Precision::Float64, {});
     connect(std::make_shared<DataObjectBundle>(DataObjectBundle::Members{ramp(), second}),
-            pointsAt<2>({{0.5, 0.0}, {1.5, 0.0}, {3.0, 0.0}, {5.0, 0.0}}));
+            cloudOf<2>({{0.5, 0.0}, {1.5, 0.0}, {3.0, 0.0}, {5.0, 0.0}}));
     execute();
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.5, 1.5, 30.0, 0.0}));
 
-    // One that is no field, and be it the last, spoils it.
+    // One member that is not a field makes the bundle unsupported, even if it is the last.
     run.connect("Field", std::make_shared<DataObjectBundle>(DataObjectBundle::Members{
                              ramp(), fieldOf<Vector2>(std::vector<Vector2>(3))}));
-    EXPECT_EQ(failure<logic_error>(), "unsupported field type occurred.");
-    EXPECT_TRUE(logged("values of type Scalar on the Points of a 1-D grid; values of type 2-D "
+    EXPECT_EQ(errorOf<logic_error>([&] { execute(); }), "unsupported field type occurred.");
+    EXPECT_TRUE(hinted("values of type Scalar on the Points of a 1-D grid; values of type 2-D "
                        "Vector on the Points of a 1-D grid"));
 }
 
 TEST_F(SampleTest, PublishesNothingWithoutTimes)
 {
-    const auto grid = pointsAt<2>({{0.5, 0.0}});
+    const auto grid = cloudOf<2>({{0.5, 0.0}});
     connect(ramp(), grid);
     execute();
     ASSERT_NE(run.result(port), nullptr);
@@ -233,7 +214,7 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
         execute();
         EXPECT_EQ(run.result(port), nullptr) << times;
         EXPECT_TRUE(logged("Found 0 time values.\n")) << times;
-        EXPECT_TRUE(run.statistics().empty());
+        EXPECT_TRUE(run.results().empty());
         return run.infoLog();
     };
     const auto quoted = [](const std::string& text)
@@ -242,13 +223,13 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
               quoted("First number in range must be smaller than the second number."));
     EXPECT_EQ(complaint("{1,2"), quoted("missing closing bracket \"}\"."));
     EXPECT_EQ(complaint("-3,4"), quoted("Binary Operator - requires previous set."));
-    // Too late for the parser to stop, but not for the caller.
+    // An error that does not end the parsing is reported all the same.
     EXPECT_EQ(complaint("{1}+[2 3]").substr(0, 33), "ListParser encountered an error: ");
     for (const char* const endless : {"[0:1#0]", "[0:1#-1]", "[0:1#1e-300]", "[0:1e300]"})
         EXPECT_NE(complaint(endless), "") << endless;
 
     EXPECT_EQ(complaint("{}"), "");
-    EXPECT_TRUE(logged("hint: the time list has no values above -1, so nothing is sampled\n"));
+    EXPECT_TRUE(hinted("the time list has no values above -1, so nothing is sampled"));
     EXPECT_EQ(complaint("{-2,-1}"), "");
     EXPECT_EQ(complaint(""), "");
     EXPECT_EQ(execute(), "EMPTY\n");
@@ -256,7 +237,7 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
 
 TEST_F(SampleTest, LetsABrokenAssertionOfTheParserPass)
 {
-    connect(ramp(), pointsAt<2>({{0.5, 0.0}}));
+    connect(ramp(), cloudOf<2>({{0.5, 0.0}}));
     run.setText("Time", "[0:1");
     EXPECT_THROW(execute(), assertion_failed);
 }
@@ -266,7 +247,7 @@ TEST_F(SampleTest, RefusesWhatDoesNotFitInMemory)
     const auto grid = std::make_shared<UniformGrid<3>>(
         UniformGrid<3>::Layout{.size = {1000000, 100000, 1000}, .spacing = {1.0, 1.0, 1.0}});
     connect(ramp(), grid);
-    EXPECT_EQ(failure<runtime_error>().substr(0, 75),
+    EXPECT_EQ(errorOf<runtime_error>([&] { execute(); }).substr(0, 75),
               "sampling 100000000000000 points at 1 time takes 900000000000000 bytes, and ");
     run.setText("Time", "[0:5]");
     execute();
@@ -277,12 +258,12 @@ TEST_F(SampleTest, RefusesWhatDoesNotFitInMemory)
 
 TEST_F(SampleTest, TakesAGridWithoutPoints)
 {
-    connect(ramp(), pointsAt<3>({}));
+    connect(ramp(), cloudOf<3>({}));
     run.setText("Time", "0,1");
     execute();
     EXPECT_TRUE(values<Scalar>().empty());
     EXPECT_EQ(result<Scalar>()->numTimeSteps(), 2U);
-    EXPECT_FALSE(logged("hint: "));
+    EXPECT_EQ(hints(), "");
 }
 
 TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
@@ -300,18 +281,18 @@ TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
     run.setText("Time", "[0:100000]");
     for (const int threads : {1, 3})
     {
-        omp_set_num_threads(threads);
+        const ThreadCount threadCount(threads);
         abortFlag = false;
         calls = 0;
         execute(abortFlag);
         EXPECT_EQ(run.result(port), nullptr);
-        EXPECT_TRUE(run.statistics().empty());
-        // Each other thread may be about one call late.
+        EXPECT_TRUE(run.results().empty());
+        // Every other thread may make one more call.
         EXPECT_LE(calls, 1000U + static_cast<std::size_t>(threads));
     }
 }
 
-/// A series of which every loaded step is counted as long as somebody holds it.
+/// A series that counts the steps that are in memory at the same time.
 class CountedSeries
 {
 public:
@@ -349,7 +330,7 @@ public:
 
 private:
     std::size_t mBrokenStep;
-    // The series loads under a lock, but lets go anywhere.
+    // The series loads steps under a lock, but releases them without one.
     std::atomic<int> mLive = 0;
     int mMost = 0;
     int mLoads = 0;
@@ -362,7 +343,7 @@ TEST_F(SampleTest, HoldsTwoStepsOfASeriesWhateverTheNumberOfThreads)
     for (const int threads : {1, 2, 3, 8})
         for (const char* const times : {"[0:39#0.5]", "[0.25:39#2.75]", "0.5,3,7.5,38.5"})
         {
-            omp_set_num_threads(threads);
+            const ThreadCount threadCount(threads);
             CountedSeries series;
             connect(series.function(), grid);
             run.setText("Time", times);
@@ -383,11 +364,11 @@ TEST_F(SampleTest, PassesOnThatAStepCannotBeLoaded)
         UniformGrid<2>::Layout{.size = {5000, 1, 1}, .spacing = {0.0005, 0.0}});
     for (const int threads : {1, 2, 8})
     {
-        omp_set_num_threads(threads);
+        const ThreadCount threadCount(threads);
         CountedSeries series(17);
         connect(series.function(), grid);
         run.setText("Time", "[0:39]");
-        EXPECT_EQ(failure<runtime_error>(), "step 17 is broken");
+        EXPECT_EQ(errorOf<runtime_error>([&] { execute(); }), "step 17 is broken");
         EXPECT_EQ(run.result(port), nullptr);
         connect(nullptr, nullptr);
     }

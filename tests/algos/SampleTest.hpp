@@ -2,51 +2,31 @@
 
 #include "AlgorithmTest.hpp"
 
-#include <omp.h>
+#include <support/captured.hpp>
 
-namespace tavrin
-{
-
-/// Points of any positions, without cells.
-template<std::size_t G>
-std::shared_ptr<const PointSet<G>> pointsAt(std::vector<Tensor<double, G>> points)
-{
-    return std::make_shared<PointCloud<G>>(std::make_shared<DefaultValueArray<Tensor<double, G>>>(
-        std::move(points), Precision::Float64));
-}
-
+/// Runs the algorithm and captures the traces of the parser, which go to standard output.
 class SampleTest : public testing::Test
 {
 protected:
     SampleTest() { run.setText("Time", "0.0"); }
-    ~SampleTest() override { omp_set_num_threads(mThreads); }
 
-    /// Runs without the parser's traces. Returns what went to standard output.
-    std::string execute(const volatile bool& abortFlag = goOn)
+    /// Returns what went to standard output.
+    std::string execute(const volatile bool& abortFlag = support::neverAbort)
     {
-        testing::internal::CaptureStdout();
-        try
-        {
-            run.execute(abortFlag);
-        }
-        catch (...)
-        {
-            testing::internal::GetCapturedStdout();
-            throw;
-        }
-        return testing::internal::GetCapturedStdout();
+        return support::standardOutputOf([&] { run.execute(abortFlag); });
     }
 
-    void connect(std::shared_ptr<const DataObject> field, std::shared_ptr<const DataObject> grid)
+    void connect(std::shared_ptr<const tavrin::DataObject> field,
+                 std::shared_ptr<const tavrin::DataObject> grid)
     {
         run.connect("Field", std::move(field));
         run.connect("Grid", std::move(grid));
     }
 
     template<typename T>
-    std::shared_ptr<const Function<T>> result() const
+    std::shared_ptr<const tavrin::Function<T>> result() const
     {
-        return std::dynamic_pointer_cast<const Function<T>>(run.result("Sampled Field"));
+        return std::dynamic_pointer_cast<const tavrin::Function<T>>(run.result("Sampled Field"));
     }
 
     template<typename T>
@@ -55,38 +35,26 @@ protected:
         const auto function = result<T>();
         if (function == nullptr)
         {
-            ADD_FAILURE() << "no result with values of type " << valueTypeName<T>();
+            ADD_FAILURE() << "no result with values of type " << tavrin::valueTypeName<T>();
             return {};
         }
-        std::vector<T> scratch(function->values()->size());
-        const auto read = function->values()->read(0, scratch);
-        return {read.begin(), read.end()};
+        return support::valuesOf<T>(*function);
     }
 
-    /// The text of the exception that the run ends with.
-    template<typename Exception>
-    std::string failure()
+    /// All hints of the last run, one per line.
+    std::string hints() const
     {
-        try
-        {
-            execute();
-        }
-        catch (const Exception& exception)
-        {
-            return exception.what();
-        }
-        return "no exception";
+        std::string lines;
+        for (const std::string& hint : run.hints())
+            lines += hint + '\n';
+        return lines;
     }
+    bool hinted(const std::string& text) const { return hints().find(text) != std::string::npos; }
 
     bool logged(const std::string& text) const
     {
         return run.debugLog().find(text) != std::string::npos;
     }
 
-    AlgorithmRun run{makeRun("Field/Sample Field on Given Grid")};
-
-private:
-    int mThreads = omp_get_max_threads();
+    tavrin::AlgorithmRun run{support::makeRun("Field/Sample Field on Given Grid")};
 };
-
-}

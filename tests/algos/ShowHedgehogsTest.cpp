@@ -1,5 +1,7 @@
 #include "AlgorithmTest.hpp"
 
+#include <support/captured.hpp>
+
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
@@ -12,19 +14,13 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using graphics::ArrowBatch;
 using graphics::ArrowGlyph;
 using graphics::Primitive;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-template<std::size_t D>
-std::shared_ptr<const Domain> cloudOf(std::vector<Tensor<double, D>> points)
-{
-    return std::make_shared<PointCloud<D>>(std::make_shared<DefaultValueArray<Tensor<double, D>>>(
-        std::move(points), Precision::Float64));
-}
 
 /// A gray map over 0 to 10, scaled to 0 to 100, with an opaque and a half transparent end.
 std::shared_ptr<const ColorMapDataObject> grayMap(float alphaOfWhite = 1.0F)
@@ -44,17 +40,7 @@ protected:
     /// Runs and returns the trace.
     std::string execute()
     {
-        testing::internal::CaptureStdout();
-        try
-        {
-            run.execute(goOn);
-        }
-        catch (...)
-        {
-            testing::internal::GetCapturedStdout();
-            throw;
-        }
-        return testing::internal::GetCapturedStdout();
+        return standardOutputOf([&] { run.execute(neverAbort); });
     }
 
     std::vector<ArrowGlyph> arrows()
@@ -82,38 +68,10 @@ protected:
         return std::dynamic_pointer_cast<const Primitive>(run.graphics("Hedgehogs"));
     }
 
-    template<typename Error>
-    std::string faultOf()
-    {
-        try
-        {
-            execute();
-        }
-        catch (const Error& error)
-        {
-            return error.what();
-        }
-        return "none";
-    }
-
     bool isColorVisible() const { return run.input("Color").isVisible(); }
 
     AlgorithmRun run{makeRun("Field/Show Hedgehogs")};
 };
-
-TEST_F(ShowHedgehogsTest, DeclaresItsOptions)
-{
-    const auto description = run.describe();
-    EXPECT_EQ(description.description, "Show hedgehogs.");
-    std::string declared;
-    for (const auto& option : description.options)
-        declared += option.group + "/" + option.name + "=" + option.defaultValue + ";";
-    EXPECT_EQ(declared, "/Field=;/Time=0;Graphics/Representation=arrow;Graphics/Scale=1;"
-                        "Graphics/Width Scale=1;Graphics/Vector anchor point at=origin;"
-                        "Graphics/Color=0.75,0.75,0,1;Graphics/Color Map=;");
-    EXPECT_EQ(description.outputs.front().name, "Hedgehogs");
-    EXPECT_THROW(run.connect("Field", fieldOf<Scalar>({1.0})), usage_error);
-}
 
 TEST_F(ShowHedgehogsTest, AColorMapHidesTheColor)
 {
@@ -205,9 +163,8 @@ TEST_F(ShowHedgehogsTest, CellDataSitsInTheMeansOfTheVertices)
                                           Precision::Float64, {}));
     EXPECT_EQ(onPlane[1].start, Vector3(1.0, 3.0, 0.0));
 
-    auto points = std::make_shared<DefaultValueArray<Vector3>>(
-        std::vector<Vector3>{{0.0, 0.0, 0.0}, {3.0, 0.0, 0.0}, {0.0, 6.0, 9.0}},
-        Precision::Float64);
+    const auto points =
+        stored(std::vector<Vector3>{{0.0, 0.0, 0.0}, {3.0, 0.0, 0.0}, {0.0, 6.0, 9.0}});
     CellTable cells{.types = {CellType::Triangles, CellType::Invalid},
                     .offsets = IndexArray(std::vector<std::int64_t>{0, 3, 3}),
                     .connectivity = IndexArray(std::vector<std::int64_t>{0, 1, 2})};
@@ -322,6 +279,7 @@ TEST_F(ShowHedgehogsTest, SaysWhatItCannotDo)
     EXPECT_EQ(execute(), "");
     EXPECT_EQ(run.debugLog(), "Input Field not set.\n");
     EXPECT_EQ(run.graphics("Hedgehogs"), nullptr);
+    EXPECT_THROW(run.connect("Field", fieldOf<Scalar>({1.0})), usage_error);
 
     run.connect("Field", fieldOf<Vector2>({{1.0, 0.0}}));
     execute();
@@ -333,20 +291,23 @@ TEST_F(ShowHedgehogsTest, SaysWhatItCannotDo)
     const auto cloud = cloudOf<2>({Vector2(0.0, 0.0)});
     run.connect("Field",
                 addData(cloud, detail::Cells, std::vector<Vector2>{}, Precision::Float64, {}));
-    EXPECT_EQ(faultOf<tavrin::logic_error>(), "Invalid grid");
+    EXPECT_EQ(errorOf<tavrin::logic_error>([&] { execute(); }), "Invalid grid");
     run.connect("Field", addData(cloud, DomainPart("Edges"), std::vector<Vector2>{},
                                  Precision::Float64, {}));
-    EXPECT_EQ(faultOf<tavrin::logic_error>(), "Grid is neither cell nor point based");
+    EXPECT_EQ(errorOf<tavrin::logic_error>([&] { execute(); }),
+              "Grid is neither cell nor point based");
 
     run.connect("Field", fieldOf<Vector2>({{1.0, 0.0}}));
     run.setDirectly("Vector anchor point at", "middle");
     for (const char* representation : {"line", "arrow", "tube arrow"})
     {
         run.setText("Representation", representation);
-        EXPECT_EQ(faultOf<std::bad_function_call>(), "bad_function_call") << representation;
+        EXPECT_EQ(errorOf<std::bad_function_call>([&] { execute(); }), "bad_function_call")
+            << representation;
     }
     run.setDirectly("Representation", "cone");
-    EXPECT_EQ(faultOf<tavrin::logic_error>(), "Invalid gui option for Representation.");
+    EXPECT_EQ(errorOf<tavrin::logic_error>([&] { execute(); }),
+              "Invalid gui option for Representation.");
 }
 
 TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
@@ -396,7 +357,7 @@ TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
         fieldOf<Vector3>({{0.5, 0.0, 0.0}}, cloudOf<3>({Vector3(8388608.0, 0.0, 0.0)}));
     EXPECT_EQ(hintOf(far), "");
     run.setText("Representation", "line");
-    run.execute(goOn);
+    run.execute(neverAbort);
     EXPECT_EQ(run.debugLog(),
               "hint: the longest line has the length 0.5, and its ends are rounded "
               "to multiples of about 1 here; the other representations are exact\n");

@@ -1,9 +1,10 @@
 #include "AlgorithmTest.hpp"
 
+#include <support/ThreadCount.hpp>
+#include <support/captured.hpp>
+
 #include <tavrin/value/SeriesValueArray.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
-
-#include <omp.h>
 
 #include <bit>
 #include <limits>
@@ -11,11 +12,12 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
-/// The operator with its plug-in loaded, and what it logged and wrote.
+
 class OperatorTest : public testing::Test
 {
 protected:
@@ -32,9 +34,9 @@ protected:
         run.setText("Scalar D", toText(d));
     }
 
-    /// The values that an operation makes of one or two fields; fails for another result type.
+    /// The result of an operation on one or two fields. Another type of result fails the test.
     template<typename Result>
-    std::vector<Result> valuesOf(const std::string& operation,
+    std::vector<Result> resultOf(const std::string& operation,
                                  std::shared_ptr<const FunctionBase> a,
                                  std::shared_ptr<const FunctionBase> b, double c = 1.0,
                                  double d = 1.0)
@@ -42,23 +44,20 @@ protected:
         prepare(operation, c, d);
         run.connect("Field A", a);
         run.connect("Field B", b);
-        run.execute(goOn);
+        run.execute(neverAbort);
         const auto result = std::dynamic_pointer_cast<const Function<Result>>(run.result("Field"));
         if (result == nullptr)
         {
             ADD_FAILURE() << operation << " gave no " << valueTypeName<Result>();
             return {};
         }
-        std::vector<Result> values;
-        for (std::size_t i = 0; i < result->values()->size(); ++i)
-            values.push_back((*result->values())[i]);
-        return values;
+        return support::valuesOf<Result>(*result);
     }
 
     template<typename Result, typename A>
     Result unary(const std::string& operation, const A& a, double c = 1.0, double d = 1.0)
     {
-        const auto values = valuesOf<Result>(operation, fieldOf<A>({a}), nullptr, c, d);
+        const auto values = resultOf<Result>(operation, fieldOf<A>({a}), nullptr, c, d);
         return values.empty() ? Result{} : values.front();
     }
 
@@ -68,7 +67,7 @@ protected:
     {
         const auto domain = lineOf(1);
         const auto values =
-            valuesOf<Result>(operation, fieldOf<A>({a}, domain), fieldOf<B>({b}, domain), c, d);
+            resultOf<Result>(operation, fieldOf<A>({a}, domain), fieldOf<B>({b}, domain), c, d);
         return values.empty() ? Result{} : values.front();
     }
 
@@ -88,23 +87,6 @@ const char* const maskTwoOp = "Mask Field 1 if Field 2 Between C and D";
 const Matrix2 m2(1.0, 2.0, 3.0, 4.0);
 const Matrix3 m3(1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 10.0);
 const Matrix4 m4(2.0, 0.0, 0.0, 1.0, 0.0, 1.0, 0.0, 0.0, 0.0, 3.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0);
-
-TEST_F(OperatorTest, OffersEightOperationsAndDeclaresItsOptionsInOrder)
-{
-    const auto description = run.describe();
-    std::string names;
-    for (const auto& option : description.options)
-        names += option.name + (option.isRequired ? "! " : ". ");
-    EXPECT_EQ(names, "Field A. Field B. Operator. Scalar C. Scalar D. ");
-    EXPECT_TRUE(description.options[2].afterSeparator);
-    EXPECT_EQ(description.options[2].choices,
-              (std::vector<std::string>{normOp, normalizeOp, traceOp, clipOp, maskOp, scaleOp,
-                                        linearOp, multiplyOp}));
-    EXPECT_EQ(description.options[2].defaultValue, normOp);
-    EXPECT_EQ(description.description,
-              "Simple mathematical operations on one or two tensor fields.");
-    EXPECT_THROW(run.setText("Operator", maskTwoOp), usage_error);
-}
 
 TEST_F(OperatorTest, Norm)
 {
@@ -142,7 +124,7 @@ TEST_F(OperatorTest, TraceIsForMatrices)
         run.connect("Field A", std::move(field));
         try
         {
-            run.execute(goOn);
+            run.execute(neverAbort);
         }
         catch (const tavrin::runtime_error& error)
         {
@@ -246,9 +228,7 @@ TEST_F(OperatorTest, MultiplyFindsNothingForOtherPairs)
         prepare(multiplyOp, 1.0, 1.0);
         run.connect("Field A", std::move(a));
         run.connect("Field B", std::move(b));
-        testing::internal::CaptureStderr();
-        run.execute(goOn);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "Nothing found! Bad!\n");
+        EXPECT_EQ(standardErrorOf([&] { run.execute(neverAbort); }), "Nothing found! Bad!\n");
         EXPECT_EQ(run.result("Field"), nullptr);
     };
     const auto vector = fieldOf<Vector2>({Vector2(1.0, 2.0)}, domain);
@@ -291,6 +271,8 @@ TEST_F(OperatorTest, LinearCombinationNeedsEqualTypes)
 
 TEST_F(OperatorTest, MaskBySecondFieldTakesEveryPairThoughItIsNotOffered)
 {
+    // It is not among the choices.
+    EXPECT_THROW(run.setText("Operator", maskTwoOp), usage_error);
     const Vector2 v(3.0, -4.0);
     EXPECT_EQ(binary<Vector2>(maskTwoOp, v, Scalar(2.0), 2.0, 3.0), v);
     EXPECT_EQ(binary<Vector2>(maskTwoOp, v, Scalar(3.0), 2.0, 3.0), v);
@@ -300,14 +282,14 @@ TEST_F(OperatorTest, MaskBySecondFieldTakesEveryPairThoughItIsNotOffered)
     EXPECT_EQ(binary<Matrix3>(maskTwoOp, m3, Matrix2(1.0, 2.0, 2.0, 4.0), 5.0, 5.0), m3);
     EXPECT_EQ(binary<Matrix4>(maskTwoOp, m4, Vector4{}, 1.0, 2.0), Matrix4{});
     EXPECT_TRUE(std::isnan(binary<Scalar>(maskTwoOp, Scalar(infinity), Scalar(9.0), 1.0, 2.0)[0]));
-    // Unlike in the mask by the field itself, a scalar that is not a number is outside.
+    // A scalar that is not a number is outside, unlike in the mask by the field itself.
     EXPECT_EQ(binary<Scalar>(maskTwoOp, Scalar(4.0), Scalar(nan), 1.0, 2.0), Scalar(0.0));
 }
 
 TEST_F(OperatorTest, MissingOrMismatchedFieldsAreLogged)
 {
     run.connect("Field A", fieldOf<Scalar>({1.0}));
-    run.execute(goOn);
+    run.execute(neverAbort);
     ASSERT_NE(run.result("Field"), nullptr);
 
     run.setText("Operator", multiplyOp);
@@ -316,13 +298,13 @@ TEST_F(OperatorTest, MissingOrMismatchedFieldsAreLogged)
     {
         run.connect("Field A", std::move(a));
         run.connect("Field B", std::move(b));
-        run.execute(goOn);
+        run.execute(neverAbort);
         return run.debugLog();
     };
     const std::string mismatch = "Input Fields do not match in domain or timesteps.\n";
     const auto domain = lineOf(2);
     const auto a = fieldOf<Scalar>({1.0, 2.0}, domain);
-    // A mismatch leaves an earlier result alone, a missing field clears it.
+    // A mismatch leaves an earlier result unchanged; a missing field clears it.
     EXPECT_EQ(attempt(a, fieldOf<Scalar>({1.0, 2.0})), mismatch);
     EXPECT_NE(run.result("Field"), nullptr);
     EXPECT_EQ(attempt(a, fieldOf<Scalar>({1.0, 2.0, 3.0, 4.0}, domain, {0.0, 1.0})), mismatch);
@@ -352,7 +334,7 @@ TEST_F(OperatorTest, WorksOnAllStepsOfASeriesAndKeepsDomainPartAndTimes)
     run.connect("Field A",
                 std::make_shared<Function<Vector2>>(domain, tavrin::detail::Cells, series,
                                                     std::vector<double>{0.5, 7.0}));
-    run.execute(goOn);
+    run.execute(neverAbort);
     const auto result = std::dynamic_pointer_cast<const Function<Scalar>>(run.result("Field"));
     ASSERT_NE(result, nullptr);
     EXPECT_EQ(result->domain(), domain);
@@ -364,16 +346,14 @@ TEST_F(OperatorTest, WorksOnAllStepsOfASeriesAndKeepsDomainPartAndTimes)
 
 TEST_F(OperatorTest, AnEmptyFieldGivesAnEmptyResult)
 {
-    const auto none = std::make_shared<PointCloud<2>>(
-        std::make_shared<DefaultValueArray<Vector2>>(std::vector<Vector2>{}, Precision::Float64));
-    EXPECT_TRUE(valuesOf<Scalar>(normOp, fieldOf<Vector3>({}, none), nullptr).empty());
+    const auto none = cloudOf<2>({});
+    EXPECT_TRUE(resultOf<Scalar>(normOp, fieldOf<Vector3>({}, none), nullptr).empty());
 }
 
 TEST_F(OperatorTest, AbortedPublishesNothing)
 {
-    const volatile bool stop = true;
     run.connect("Field A", fieldOf<Scalar>({1.0}));
-    run.execute(stop);
+    run.execute(alreadyAborted);
     EXPECT_EQ(run.result("Field"), nullptr);
 }
 
@@ -384,23 +364,20 @@ TEST_F(OperatorTest, GivesTheSameBitsForEveryNumberOfThreads)
         for (std::size_t k = 0; k < Matrix3::size; ++k)
             values[i][k] = std::sin(static_cast<double>(i * 9 + k));
     const auto field = fieldOf(std::move(values));
-    const int threads = omp_get_max_threads();
-    omp_set_num_threads(1);
-    const auto expected = valuesOf<Matrix3>(multiplyOp, field, field, 0.1);
-    for (const int team : {2, 3, 8})
+    const auto withThreads = [&](int threads)
     {
-        omp_set_num_threads(team);
-        EXPECT_EQ(valuesOf<Matrix3>(multiplyOp, field, field, 0.1), expected);
-    }
-    omp_set_num_threads(threads);
+        const ThreadCount count(threads);
+        return resultOf<Matrix3>(multiplyOp, field, field, 0.1);
+    };
+    const auto expected = withThreads(1);
+    for (const int threads : {2, 3, 8})
+        EXPECT_EQ(withThreads(threads), expected);
 }
 
 TEST_F(OperatorTest, RefusesValueTypesOutsideItsList)
 {
     run.connect("Field A", fieldOf<Vector1>({Vector1(1.0)}));
-    testing::internal::CaptureStderr();
-    run.execute(goOn);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Nothing found! Bad!\n");
+    EXPECT_EQ(standardErrorOf([&] { run.execute(neverAbort); }), "Nothing found! Bad!\n");
     EXPECT_EQ(run.result("Field"), nullptr);
     EXPECT_EQ(run.debugLog(), "The operation does not take values of type 1-D Vector.\n");
 }

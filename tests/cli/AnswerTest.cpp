@@ -1,5 +1,8 @@
 #include "CommandLine.hpp"
 
+#include <support/abortFlags.hpp>
+#include <support/realData.hpp>
+
 #include <tavrin/function/visit.hpp>
 #include <tavrin/io/Loader.hpp>
 
@@ -110,7 +113,7 @@ Options:
   Number (real)  number   a number
                           default: 0.5
 
-  Text           text     a text (hidden: not used with these values)
+  Text           text     a text (hidden)
                           default: some text
   Color         color    a color
                           default: #ff0000ff
@@ -253,7 +256,9 @@ TEST(Help, ExamplesWork)
              linesOf(answerOf(workshop, "tavrin " + std::string(command) + " --help")))
             if (line.starts_with("  tavrin "))
             {
-                answerOf(workshop, line);
+                answerOf(workshop, line.ends_with("examples .")
+                                       ? "mkdir fresh && cd fresh && " + line
+                                       : line);
                 ++examples;
             }
     EXPECT_GE(examples, 7);
@@ -334,8 +339,7 @@ struct Range
 /// The smallest and the largest of the finite values of a scalar field in a file.
 Range rangeOf(const std::filesystem::path& file)
 {
-    const volatile bool abortFlag = false;
-    tavrin::io::Loader loader([](const std::string&) {}, abortFlag);
+    tavrin::io::Loader loader([](const std::string&) {}, support::neverAbort);
     const auto function = loader.loadFunction(tavrin::io::DataReference::parse(file.string()));
     Range range;
     tavrin::visitFunction<tavrin::TypeList<tavrin::Scalar>>(
@@ -359,8 +363,7 @@ Range rangeOf(const std::filesystem::path& file)
 /// of it.
 TEST(RealData, NormsAreRight)
 {
-    const char* const folder = std::getenv("TAVRIN_TEST_DATA");
-    if (folder == nullptr)
+    if (!support::realDataFolder())
         GTEST_SKIP() << "TAVRIN_TEST_DATA is not set";
     const Workshop workshop;
     const json facts = json::parse(workshop.run("cat \"$REAL/facts.json\"").standardOutput);

@@ -1,6 +1,7 @@
 #include "run/ArrowSegments.hpp"
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
+#include <support/abortFlags.hpp>
 
 #include <tavrin/graphics/ObjectRenderer.hpp>
 #include <tavrin/io/DataReference.hpp>
@@ -19,10 +20,10 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using graphics::GraphicsSystem;
 
-const volatile bool goOn = false;
 constexpr Color half{1.0F, 0.5F, 0.0F, 0.25F};
 
 std::shared_ptr<const graphics::Drawable> arrows()
@@ -54,7 +55,7 @@ protected:
     void write(const graphics::Drawable& drawable, const std::string& extension)
     {
         mFile = mFolder / ("segments" + extension);
-        io::prepareFunctions(app::arrowSegments(drawable), mFile, goOn)->publish();
+        io::prepareFunctions(app::arrowSegments(drawable), mFile, neverAbort)->publish();
     }
 
     const std::filesystem::path& file() const { return mFile; }
@@ -69,7 +70,7 @@ protected:
 private:
     TemporaryFolder mFolder;
     std::filesystem::path mFile;
-    io::Loader mLoader{[](const std::string& line) { ADD_FAILURE() << line; }, goOn};
+    io::Loader mLoader{[](const std::string& line) { ADD_FAILURE() << line; }, neverAbort};
 };
 
 TEST_F(ArrowSegments, OfArrowsComeBackFromAFileExactly)

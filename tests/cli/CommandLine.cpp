@@ -1,10 +1,11 @@
 #include "CommandLine.hpp"
 
+#include <support/realData.hpp>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// The folder of example data. CTest makes it before all tests; without CTest the first test does.
+/// The folder of example data. CTest creates it before all tests; without CTest the first test does.
 fs::path exampleFolder()
 {
     const fs::path folder = TAVRIN_CLI_EXAMPLES;
@@ -25,30 +26,12 @@ fs::path exampleFolder()
     return folder;
 }
 
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
-
 }
 
 Workshop::Workshop()
 {
     for (const auto& entry : fs::directory_iterator(exampleFolder()))
         fs::create_symlink(entry.path(), mFolder / entry.path().filename());
-}
-
-void Workshop::write(const std::string& name, const std::string& content) const
-{
-    std::ofstream(mFolder / name, std::ios::binary) << content;
-}
-
-std::string Workshop::read(const std::string& name) const
-{
-    return contentOf(mFolder / name);
 }
 
 std::string Workshop::temporaryFiles() const
@@ -62,7 +45,7 @@ std::string Workshop::temporaryFiles() const
 
 Outcome Workshop::run(const std::string& command) const
 {
-    const char* const real = std::getenv("TAVRIN_TEST_DATA");
+    const auto real = support::realDataFolder();
     const fs::path program = TAVRIN_PROGRAM;
     const fs::path capture = mFolder / ".captured";
     fs::create_directory(capture);
@@ -70,10 +53,11 @@ Outcome Workshop::run(const std::string& command) const
         << "cd '" << folder().string() << "' || exit 99\n"
         << "PATH='" << program.parent_path().string() << "':$PATH\n"
         << "PLUGIN='" << TAVRIN_TRIAL_PLUGIN << "'\n"
+        << "HOSTILE='" << TAVRIN_HOSTILE_PLUGIN << "'\n"
         << "LIBRARIES='" << program.parent_path().parent_path().string() << "/lib'\n"
-        << "REAL='" << (real != nullptr ? real : "") << "'\n"
+        << "REAL='" << (real ? real->string() : "") << "'\n"
         << "unset TAVRIN_PLUGIN_PATH\n"
-        // In a sanitized build: drivers and the font library leave memory behind.
+        // In a sanitized build: drivers and the font library leak memory.
         << "export ASAN_OPTIONS=\"$ASAN_OPTIONS:detect_leaks=0\"\n"
         << command << '\n';
     const int status =
@@ -81,7 +65,7 @@ Outcome Workshop::run(const std::string& command) const
                      "' 2>'" + (capture / "err").string() + "' </dev/null")
                         .c_str());
     Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
-                    contentOf(capture / "out"), contentOf(capture / "err")};
+                    mFolder.read(".captured/out"), mFolder.read(".captured/err")};
     fs::remove_all(capture);
     return outcome;
 }

@@ -1,5 +1,7 @@
 #include <console/Console.hpp>
+#include <console/Messages.hpp>
 #include <console/ProgressBar.hpp>
+#include <console/Warnings.hpp>
 #include <text/Layout.hpp>
 
 #include <gtest/gtest.h>
@@ -58,9 +60,42 @@ TEST(Layout, QuotesForTheShell)
     EXPECT_EQ(shellWord(""), "\"\"");
 }
 
-TEST(Console, KeepsAMessageInOneLine)
+TEST(Messages, FitOnOneLine)
 {
     EXPECT_EQ(oneLine("first\nsecond\x1b[1m\r\n"), "first second [1m");
+}
+
+TEST(Messages, ShortenNamesInTheMiddle)
+{
+    const std::string name = std::string(500, 'a') + std::string(500, 'b');
+    const std::string brief = std::string(98, 'a') + "..." + std::string(98, 'b');
+    EXPECT_EQ(boundedMessage(name + ": no array \"x y" + name + "\"; there is \"p\""),
+              brief + ": no array \"x y" + std::string(95, 'a') + "..." + std::string(98, 'b') +
+                  "\"; there is \"p\"");
+    const std::string prose = "word after word, none of them long, but two hundred and more "
+                              "characters in all: this is left as it is, since it is the names in "
+                              "a message that grow without bound, not the sentence around them; "
+                              "there is \"one\"";
+    EXPECT_EQ(boundedMessage(prose), prose);
+}
+
+TEST(Messages, AreBounded)
+{
+    std::string list;
+    for (int i = 0; i < 1000; ++i)
+        list += "\"name\", ";
+    EXPECT_EQ(boundedMessage(list).size(), 2003U);
+}
+
+/// The halves of a character that would be cut are left out.
+TEST(Messages, KeepCharactersWhole)
+{
+    std::string name = "x";
+    for (int i = 0; i < 200; ++i)
+        name += "\xc3\xb6";
+    const std::string brief = shortened(name);
+    EXPECT_EQ(brief.find("..."), 97U);
+    EXPECT_EQ(brief.substr(100, 2), "\xc3\xb6");
 }
 
 }

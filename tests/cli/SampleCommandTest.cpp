@@ -1,9 +1,9 @@
 #include "CommandLine.hpp"
 
+#include <support/realData.hpp>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <cstdlib>
 
 // Sampling as a user does it, from files to files.
 
@@ -148,7 +148,7 @@ TEST(SampleCommand, TellsTheUserWhatIsWrong)
         "Found 0 time values.\n"
         "error: \"Field/Sample Field on Given Grid\" published nothing on \"Sampled Field\"\n");
 
-    if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
+    if (!support::realDataFolder())
         return;
     const Outcome field = workshop.run(sample + "Field=$REAL/notch_stress.vtk'#Nodal Stress-0' "
                                                 "Field=flow.vtu Grid=probe.vti -o out.vti");

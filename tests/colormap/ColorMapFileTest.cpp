@@ -1,49 +1,35 @@
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
+#include <support/errorOf.hpp>
 
 #include <tavrin/colormap/ColorMapReference.hpp>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <limits>
 
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 class ColorMapFileTest : public testing::Test
 {
 protected:
-    void write(const std::string& text) const { std::ofstream(file) << text; }
+    void write(const std::string& text) const { folder.write(file.filename(), text); }
 
-    /// What is said of a file with this text, behind its name.
+    /// The error about a file with this text, without the name of the file.
     std::string faultOf(const std::string& text) const
     {
         write(text);
-        try
-        {
-            readColorMapFile(file);
-        }
-        catch (const ColorMapFileError& error)
-        {
-            return std::string(error.what()).substr(file.string().size());
-        }
-        return "none";
+        return errorOf<ColorMapFileError>([&] { readColorMapFile(file); })
+            .substr(file.string().size());
     }
 
     static std::string usageErrorOf(const std::string& reference)
     {
-        try
-        {
-            ColorMapReference::parse(reference).load();
-        }
-        catch (const usage_error& error)
-        {
-            return error.what();
-        }
-        return "none";
+        return errorOf<usage_error>([&] { ColorMapReference::parse(reference).load(); });
     }
 
     const TemporaryFolder folder;
@@ -102,15 +88,8 @@ TEST_F(ColorMapFileTest, SaysWhatIsWrongAndWhere)
     EXPECT_EQ(faultOf(R"({"UseLogScale": 1, "RGBPoints": [1,0,0,0,9,1,1,1]})"),
               ": \"UseLogScale\" is set; logarithmic color maps are not offered");
     const auto missing = folder / "missing.json";
-    try
-    {
-        readColorMapFile(missing);
-        ADD_FAILURE();
-    }
-    catch (const ColorMapFileError& error)
-    {
-        EXPECT_EQ(error.what(), missing.string() + ": no such file");
-    }
+    EXPECT_EQ(errorOf<ColorMapFileError>([&] { readColorMapFile(missing); }),
+              missing.string() + ": no such file");
 }
 
 TEST_F(ColorMapFileTest, AReferenceNamesAMapAndARange)

@@ -1,3 +1,5 @@
+#include <support/errorOf.hpp>
+
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 
@@ -11,6 +13,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -146,20 +149,8 @@ TEST(ColorMap, ScalingSpreadsTheMapAndLeavesTheDirectLookupAlone)
 
 TEST(ColorMap, RefusesWhatIsNone)
 {
-    const auto faultOf = [](const auto& make)
-    {
-        try
-        {
-            make();
-            return std::string("none");
-        }
-        catch (const tavrin::runtime_error& error)
-        {
-            return std::string(error.what());
-        }
-    };
     const auto faultOfPoints = [&](std::vector<ColorMap::ControlPoint> points)
-    { return faultOf([&] { mapOf(ColorSpace::Rgb, points); }); };
+    { return errorOf<tavrin::runtime_error>([&] { mapOf(ColorSpace::Rgb, points); }); };
     EXPECT_EQ(faultOfPoints({{0.0, red}}), "a color map needs at least two control points, not 1");
     EXPECT_EQ(faultOfPoints({{0.0, red}, {1.0, red}, {0.5, red}}),
               "control point 2 at 0.5 follows one at 1; the positions must ascend");
@@ -169,12 +160,12 @@ TEST(ColorMap, RefusesWhatIsNone)
     EXPECT_EQ(faultOfPoints({{0.0, red}, {1.0, {0.0F, 1.5F, 0.0F, 1.0F}}}),
               "the color of control point 1 has a component outside 0..1");
     const auto map = mapOf(ColorSpace::Rgb, {{0.0, red}, {1.0, red}});
-    EXPECT_EQ(faultOf(
+    EXPECT_EQ(errorOf<tavrin::runtime_error>(
                   [&] {
                       ColorMapDataObject(map, {1.0, 1.0});
                   }),
               "a color map cannot span 1 to 1");
-    EXPECT_EQ(faultOf(
+    EXPECT_EQ(errorOf<tavrin::runtime_error>(
                   [&] {
                       map.stretchedTo({0.0, infinity});
                   }),

@@ -1,5 +1,8 @@
 #include "Meshes.hpp"
 
+#include <support/ThreadCount.hpp>
+#include <support/abortFlags.hpp>
+
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
@@ -8,24 +11,18 @@
 #include <tavrin/function/Function.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
-#include <omp.h>
-
-#include <atomic>
-
 namespace
 {
 
 using namespace meshes;
-
-const volatile bool goOn = false;
+using namespace support;
 
 using Object = std::shared_ptr<const DataObject>;
 
 UniformGrid<3>::Layout lattice(const GridSize& size, double spacing, double origin)
 {
-    return {.size = size,
-            .origin = {origin, origin, origin},
-            .spacing = {spacing, spacing, spacing}};
+    return {
+        .size = size, .origin = {origin, origin, origin}, .spacing = {spacing, spacing, spacing}};
 }
 
 /// A bent grid of hexahedra over 0 to 6 along each axis.
@@ -52,42 +49,33 @@ std::shared_ptr<const Function<Scalar>> wavesOn(std::shared_ptr<const Grid> grid
                    times);
 }
 
-class FieldSampler : public testing::Test
+/// Samples at several times, as if `numTimes` were to come, and compares with one evaluator.
+void expectAnswersOfAnEvaluator(const DataObject& object, const PointSet<3>& points,
+                                std::size_t numTimes)
 {
-protected:
-    ~FieldSampler() override { omp_set_num_threads(mThreads); }
-
-    /// Samples at several times, as often as announced, and compares with one evaluator.
-    static void expectAnswersOfAnEvaluator(const DataObject& object, const PointSet<3>& points,
-                                           std::size_t numTimes)
+    const auto field = Field<3, Scalar>::applyTo(object);
+    FieldSampler<3, Scalar> sampler(*field, positionsOf<3>(points), numTimes);
+    ASSERT_EQ(sampler.numPositions(), points.numPoints());
+    const auto evaluator = field->makeEvaluator();
+    std::vector<Scalar> values(points.numPoints());
+    std::vector<std::uint8_t> isValid(points.numPoints());
+    for (const double time : {0.5, 1.0, 7.0, 1.75})
     {
-        const auto field = Field<3, Scalar>::applyTo(object);
-        tavrin::FieldSampler<3, Scalar> sampler(*field, positionsOf<3>(points), numTimes);
-        ASSERT_EQ(sampler.numPositions(), points.numPoints());
-        const auto evaluator = field->makeEvaluator();
-        std::vector<Scalar> values(points.numPoints());
-        std::vector<std::uint8_t> isValid(points.numPoints());
-        for (const double time : {0.5, 1.0, 7.0, 1.75})
+        ProgressCounter progress;
+        const std::size_t numOutside =
+            sampler.valuesAt(time, values, isValid, progress, neverAbort);
+        EXPECT_EQ(progress.count(), points.numPoints());
+        EXPECT_EQ(numOutside, static_cast<std::size_t>(std::ranges::count(isValid, 0)));
+        for (std::size_t i = 0; i < points.numPoints(); ++i)
         {
-            std::atomic<std::size_t> numDone = 0;
-            const std::size_t numOutside = sampler.valuesAt(
-                time, values, isValid, [&](std::size_t count) { numDone += count; }, goOn);
-            EXPECT_EQ(numDone, points.numPoints());
-            EXPECT_EQ(numOutside, static_cast<std::size_t>(std::ranges::count(isValid, 0)));
-            for (std::size_t i = 0; i < points.numPoints(); ++i)
-            {
-                evaluator->reset(time, points.point(i));
-                ASSERT_EQ(isValid[i] != 0, evaluator->isValid());
-                ASSERT_EQ(values[i], evaluator->isValid() ? evaluator->value() : Scalar{});
-            }
+            evaluator->reset(time, points.point(i));
+            ASSERT_EQ(isValid[i] != 0, evaluator->isValid());
+            ASSERT_EQ(values[i], evaluator->isValid() ? evaluator->value() : Scalar{});
         }
     }
+}
 
-private:
-    int mThreads = omp_get_max_threads();
-};
-
-TEST_F(FieldSampler, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions)
+TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions)
 {
     const auto box = std::make_shared<const UniformGrid<3>>(lattice({5, 5, 5}, 1.0, 4.0));
     const auto bent = wavesOn(bentGrid(), 0.0);
@@ -114,12 +102,12 @@ TEST_F(FieldSampler, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions)
                 for (const PointSet<3>* const points :
                      std::initializer_list<const PointSet<3>*>{&cloud, &fine, &path, &none})
                 {
-                    omp_set_num_threads(threads);
+                    const ThreadCount team(threads);
                     expectAnswersOfAnEvaluator(*object, *points, numTimes);
                 }
 }
 
-TEST_F(FieldSampler, TakesPositionsInMemoryAndOfOtherDimensions)
+TEST(FieldSamplerTest, TakesPositionsInMemoryAndOfOtherDimensions)
 {
     const auto formula = std::make_shared<SpatialFunctionField<3, Vector3>>(
         [](const Vector3& position, double) { return position; });
@@ -128,16 +116,16 @@ TEST_F(FieldSampler, TakesPositionsInMemoryAndOfOtherDimensions)
     const std::vector<Vector3> positions{{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}};
     std::vector<Vector3> values(2);
     std::vector<std::uint8_t> isValid(2);
-    const auto ignore = [](std::size_t) {};
-    tavrin::FieldSampler<3, Vector3>(*formula, positionsOf<3>(cloud))
-        .valuesAt(0.0, values, isValid, ignore, goOn);
+    ProgressCounter progress;
+    FieldSampler<3, Vector3>(*formula, positionsOf<3>(cloud))
+        .valuesAt(0.0, values, isValid, progress, neverAbort);
     EXPECT_EQ(values, (std::vector<Vector3>{{1.0, 2.0, 0.0}, {3.0, 4.0, 0.0}}));
-    tavrin::FieldSampler<3, Vector3>(*formula, positionsOf<3>(std::span(positions)))
-        .valuesAt(0.0, values, isValid, ignore, goOn);
+    FieldSampler<3, Vector3>(*formula, positionsOf<3>(std::span(positions)))
+        .valuesAt(0.0, values, isValid, progress, neverAbort);
     EXPECT_EQ(values, positions);
 }
 
-TEST_F(FieldSampler, HoldsTwoStepsAtMostAndPassesOnWhatLoadingThrows)
+TEST(FieldSamplerTest, HoldsTwoStepsAtMostAndPassesOnWhatLoadingThrows)
 {
     const auto grid = bentGrid();
     std::vector<std::weak_ptr<const ValueArray<Scalar>>> loaded;
@@ -158,38 +146,38 @@ TEST_F(FieldSampler, HoldsTwoStepsAtMostAndPassesOnWhatLoadingThrows)
         std::make_shared<SeriesValueArray<Scalar>>(Precision::Float64, 5, grid->numPoints(), load),
         {0.0, 1.0, 2.0, 3.0, 4.0});
     const auto field = Field<3, Scalar>::applyTo(series);
-    omp_set_num_threads(4);
-    tavrin::FieldSampler<3, Scalar> sampler(*field, positionsOf<3>(*grid), 5);
+    const ThreadCount team(4);
+    FieldSampler<3, Scalar> sampler(*field, positionsOf<3>(*grid), 5);
     std::vector<Scalar> values(grid->numPoints());
     std::vector<std::uint8_t> isValid(grid->numPoints());
-    const auto ignore = [](std::size_t) {};
+    ProgressCounter progress;
     for (const double time : {0.5, 1.5, 2.25, 0.75})
     {
-        EXPECT_EQ(sampler.valuesAt(time, values, isValid, ignore, goOn), 0U);
+        EXPECT_EQ(sampler.valuesAt(time, values, isValid, progress, neverAbort), 0U);
         EXPECT_EQ(values.back(), Scalar(time));
     }
-    EXPECT_THROW(sampler.valuesAt(3.5, values, isValid, ignore, goOn), runtime_error);
-    EXPECT_EQ(sampler.valuesAt(1.0, values, isValid, ignore, goOn), 0U);
+    EXPECT_THROW(sampler.valuesAt(3.5, values, isValid, progress, neverAbort), runtime_error);
+    EXPECT_EQ(sampler.valuesAt(1.0, values, isValid, progress, neverAbort), 0U);
 }
 
-TEST_F(FieldSampler, StopsSoonAfterAnAbort)
+TEST(FieldSamplerTest, StopsSoonAfterAnAbort)
 {
     volatile bool abortFlag = false;
+    std::size_t numCalls = 0;
     const auto formula = std::make_shared<SpatialFunctionField<3, Scalar>>(
-        [](const Vector3& position, double) { return Scalar(position[0]); });
-    omp_set_num_threads(1);
+        [&](const Vector3& position, double)
+        {
+            abortFlag = ++numCalls > 1000;
+            return Scalar(position[0]);
+        });
+    const ThreadCount team(1);
     const UniformGrid<3> points(lattice({100, 100, 10}, 1.0, 0.0));
-    tavrin::FieldSampler<3, Scalar> sampler(*formula, positionsOf<3>(points));
+    FieldSampler<3, Scalar> sampler(*formula, positionsOf<3>(points));
     std::vector<Scalar> values(points.numPoints());
     std::vector<std::uint8_t> isValid(points.numPoints());
-    std::size_t numDone = 0;
-    const auto abortSoon = [&](std::size_t count)
-    {
-        numDone += count;
-        abortFlag = numDone > 1000;
-    };
-    sampler.valuesAt(0.0, values, isValid, abortSoon, abortFlag);
-    EXPECT_LT(numDone, 2000U);
+    ProgressCounter progress;
+    sampler.valuesAt(0.0, values, isValid, progress, abortFlag);
+    EXPECT_EQ(numCalls, 1001U);
 }
 
 }

@@ -1,3 +1,6 @@
+#include <support/abortFlags.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/Subdomain.hpp>
@@ -16,6 +19,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -51,8 +55,7 @@ std::shared_ptr<const ValueArray<Tensor<double, D>>> pointsOf(const PointSet<D>&
     std::vector<Tensor<double, D>> points(set.numPoints());
     for (std::size_t i = 0; i < points.size(); ++i)
         points[i] = set.point(i);
-    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
-                                                                  Precision::Float64);
+    return stored(std::move(points));
 }
 
 /// The uniform grid with stored points.
@@ -275,10 +278,8 @@ std::shared_ptr<const Function<Vector2>> arbitrary(const Grid<3>& grid, std::vec
     std::vector<Vector2> values;
     for (std::size_t i = 0; i < grid->numPoints() * times.size(); ++i)
         values.emplace_back(std::sin(static_cast<double>(i)), std::cos(static_cast<double>(7 * i)));
-    return std::make_shared<Function<Vector2>>(
-        grid, PointSetBase::Points,
-        std::make_shared<DefaultValueArray<Vector2>>(std::move(values), Precision::Float64),
-        std::move(times), "v");
+    return std::make_shared<Function<Vector2>>(grid, PointSetBase::Points,
+                                               stored(std::move(values)), std::move(times), "v");
 }
 
 TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
@@ -301,15 +302,14 @@ TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
         EXPECT_EQ(prepared != nullptr, object == late);
         std::vector<Vector2> values(positions.size());
         std::vector<std::uint8_t> isValid(positions.size());
-        const volatile bool goOn = false;
         for (const double time : {1.0, 0.25, -1.0, 1.75, 3.0})
             for (const bool isPrepared : {false, true})
             {
                 if (isPrepared && prepared != nullptr)
                     many->evaluate(time, *prepared, 0, positions.size(), values.data(),
-                                   isValid.data(), goOn);
+                                   isValid.data(), neverAbort);
                 else
-                    many->evaluate(time, positions, values.data(), isValid.data(), goOn);
+                    many->evaluate(time, positions, values.data(), isValid.data(), neverAbort);
                 for (std::size_t k = 0; k < positions.size(); ++k)
                 {
                     one->reset(time, positions[k]);

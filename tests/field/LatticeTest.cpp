@@ -1,5 +1,7 @@
 #include "Meshes.hpp"
 
+#include <support/abortFlags.hpp>
+
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
@@ -108,12 +110,11 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     const Points<D> positions = lattice.positions();
     const auto field = Field<D, Scalar>::applyTo(object);
     const auto evaluator = field->makeBatchEvaluator();
-    const volatile bool goOn = false;
-    const auto prepared = evaluator->prepare(lattice, goOn);
+    const auto prepared = evaluator->prepare(lattice, neverAbort);
     ASSERT_NE(prepared, nullptr);
     std::vector<Scalar> expected(positions.size());
     std::vector<std::uint8_t> isInside(positions.size());
-    evaluator->evaluate(time, positions, expected.data(), isInside.data(), goOn);
+    evaluator->evaluate(time, positions, expected.data(), isInside.data(), neverAbort);
     EXPECT_GT(std::ranges::count(isInside, 1), 0);
 
     std::vector<Scalar> values(positions.size());
@@ -121,7 +122,8 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     for (std::size_t first = 0; first < positions.size();)
     {
         const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
-        evaluator->evaluate(time, *prepared, first, count, &values[first], &isFound[first], goOn);
+        evaluator->evaluate(time, *prepared, first, count, &values[first], &isFound[first],
+                            neverAbort);
         first += count;
     }
     EXPECT_EQ(isFound, isInside);
@@ -175,7 +177,7 @@ Grid<D> bentGrid(const GridSize& size, double shake, const Tensor<double, D>& or
                                                                y + 0.5 * std::sin(x) + move[1],
                                                                z + 0.3 * x + move[2]}));
             }
-    return std::make_shared<CurvilinearGrid<D>>(size, stored<D>(points));
+    return std::make_shared<CurvilinearGrid<D>>(size, stored(points));
 }
 
 TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
@@ -292,13 +294,12 @@ TEST(Lattice, IsNotAskedOfALaterMemberWhereEarlierOnesAnswer)
     planes[2].push_back(100.0);
     const auto field = Field<3, Scalar>::applyTo(DataObjectBundle({wavesOn(grid), formula}));
     const auto evaluator = field->makeBatchEvaluator();
-    const volatile bool goOn = false;
-    const auto prepared = evaluator->prepare(latticeOf(planes), goOn);
+    const auto prepared = evaluator->prepare(latticeOf(planes), neverAbort);
     ASSERT_NE(prepared, nullptr);
     const std::size_t count = latticeOf(planes).size();
     std::vector<Scalar> values(count);
     std::vector<std::uint8_t> isInside(count);
-    evaluator->evaluate(0.0, *prepared, 0, count, values.data(), isInside.data(), goOn);
+    evaluator->evaluate(0.0, *prepared, 0, count, values.data(), isInside.data(), neverAbort);
     EXPECT_EQ(std::ranges::count(isInside, 0), 0);
     EXPECT_EQ(numCalls, 400);
 }
@@ -310,8 +311,7 @@ TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
     const auto field = Field<3, Scalar>::applyTo(
         *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
     const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
-    const volatile bool goOn = false;
-    EXPECT_EQ(field->makeBatchEvaluator()->prepare(latticeOf(few), goOn), nullptr);
+    EXPECT_EQ(field->makeBatchEvaluator()->prepare(latticeOf(few), neverAbort), nullptr);
 }
 
 }

@@ -1,12 +1,12 @@
 #include "Meshes.hpp"
 
+#include <support/ThreadCount.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/location/CellGeometry.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
-
-#include <omp.h>
 
 #include <limits>
 
@@ -62,7 +62,7 @@ TEST(Locator, FindsNothingInGridsWithoutCells)
 {
     EXPECT_FALSE(locate<3>(*Mesh<3>().grid(), {}));
     EXPECT_FALSE(locate<3>(UniformGrid<3>({.size = {0, 0, 0}}), {}));
-    EXPECT_FALSE(locate<2>(CurvilinearGrid<2>({0, 0, 0}, stored<2>({})), {}));
+    EXPECT_FALSE(locate<2>(CurvilinearGrid<2>({0, 0, 0}, stored(Points<2>{})), {}));
     EXPECT_FALSE(locate<1>(RectilinearGrid<1>(RectilinearGrid<1>::Coordinates{}), {}));
 }
 
@@ -108,7 +108,7 @@ std::vector<Grid<3>> sameGrids(std::size_t n, const Vector3& origin, const Vecto
                      std::vector<std::int64_t>(indices.begin(), indices.end()));
     }
     return {uniform, turned, std::make_shared<RectilinearGrid<3>>(coordinates),
-            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored<3>(mesh.points)),
+            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored(mesh.points)),
             mesh.grid()};
 }
 
@@ -438,19 +438,17 @@ TEST(Locator, AnswersTheSameInAnyOrderAndCompanyAndWithAnyNumberOfThreads)
                                      : mesh.points[random() % mesh.points.size()]);
     std::vector<std::size_t> order(queries.size());
     std::iota(order.begin(), order.end(), 0U);
-    const int threads = omp_get_max_threads();
     for (const Grid<3>& grid : grids)
     {
         const auto expected = answers<3>(*grid, locatorOf(*grid), queries, order, 1);
         for (const auto& [count, atOnce] : {std::pair(1, 7), {2, 32}, {3, 500}, {8, 1}})
         {
-            omp_set_num_threads(count);
+            const ThreadCount threads(count);
             const auto locator = makeLocator<3>(*grid);
             std::ranges::shuffle(order, random);
             EXPECT_EQ(answers<3>(*grid, *locator, queries, order, static_cast<std::size_t>(atOnce)),
                       expected);
         }
-        omp_set_num_threads(threads);
     }
 }
 

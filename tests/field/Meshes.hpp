@@ -1,5 +1,7 @@
 #pragma once
 
+#include <support/smallData.hpp>
+
 #include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/location/ShapeFunctions.hpp>
 #include <tavrin/location/locatorOf.hpp>
@@ -15,19 +17,13 @@
 namespace meshes
 {
 
+using namespace support;
 using namespace tavrin;
 
 template<std::size_t D>
 using Points = std::vector<Tensor<double, D>>;
 template<std::size_t D>
 using Grid = std::shared_ptr<const EmbeddedCellComplex<D>>;
-
-template<std::size_t D>
-std::shared_ptr<const ValueArray<Tensor<double, D>>> stored(Points<D> points)
-{
-    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
-                                                                  Precision::Float64);
-}
 
 /// Points and cells of any type, collected one by one.
 template<std::size_t D>
@@ -57,7 +53,7 @@ struct Mesh
     std::shared_ptr<const UnstructuredGrid<D>> grid() const
     {
         return std::make_shared<UnstructuredGrid<D>>(
-            stored<D>(points), CellTable{types, IndexArray(offsets), IndexArray(connectivity)});
+            stored(points), CellTable{types, IndexArray(offsets), IndexArray(connectivity)});
     }
 };
 

@@ -1,6 +1,6 @@
 #include "Painting.hpp"
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -14,6 +14,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using namespace tavrin::graphics;
 namespace fs = std::filesystem;
@@ -42,7 +43,7 @@ Image readPng(const fs::path& file)
 
 void writePng(const Image& image, const fs::path& file)
 {
-    const auto bytes = encodePng(image);
+    const auto bytes = encodePng(image, keepGoing);
     std::ofstream stream(file, std::ios::binary);
     std::ranges::copy(bytes, std::ostreambuf_iterator(stream));
 }
@@ -126,7 +127,7 @@ TEST_F(BaselineTest, TubesInABox)
     expectBaseline(paint({.drawables = {arrows(vortex(5, true, 1.0F))},
                           .outline = Box{{0, 0, 0}, {4, 4, 4}, 3},
                           .colorBar = speedBar()},
-                         {.width = 320, .height = 240}, keepGoing),
+                         {.width = 320, .height = 240}, neverAbort),
                    "tubes");
 }
 
@@ -136,7 +137,7 @@ TEST_F(BaselineTest, FlatArrowsOnADarkSheet)
                           .outline = Box{{0, 0, 0}, {6, 6, 0}, 2},
                           .colorBar = speedBar()},
                          {.width = 320, .height = 240, .background = {0.1F, 0.1F, 0.13F, 1.0F}},
-                         keepGoing),
+                         neverAbort),
                    "flat-dark");
 }
 
@@ -145,7 +146,8 @@ TEST_F(BaselineTest, TransparentTubes)
     expectBaseline(paint({.drawables = {arrows(vortex(4, true, 0.45F))},
                           .outline = Box{{0, 0, 0}, {3, 3, 4}, 3},
                           .colorBar = std::nullopt},
-                         {.width = 240, .height = 200, .view = View::fromText("30,20")}, keepGoing),
+                         {.width = 240, .height = 200, .view = View::fromText("30,20")},
+                         neverAbort),
                    "transparent");
 }
 
@@ -159,8 +161,8 @@ TEST_F(PaintingTest, PngFilesHoldThePixels)
     writePng(image, file);
     EXPECT_EQ(readPng(file).rgba, image.rgba);
     image.rgba.pop_back();
-    EXPECT_THROW(encodePng(image), runtime_error);
-    EXPECT_THROW(encodePng({}), runtime_error);
+    EXPECT_THROW(encodePng(image, keepGoing), runtime_error);
+    EXPECT_THROW(encodePng({}, keepGoing), runtime_error);
 }
 
 }

@@ -1,3 +1,5 @@
+#include <support/errorOf.hpp>
+
 #include <tavrin/graphics/ObjectRenderer.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
@@ -9,30 +11,9 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using namespace tavrin::graphics;
-
-template<typename Call>
-std::string messageOf(const Call& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const logic_error& error)
-    {
-        return error.what();
-    }
-    return {};
-}
-
-/// Others pass these as numbers.
-static_assert(static_cast<int>(ObjectType::Arrow) == 4);
-static_assert(static_cast<int>(ObjectType::TubeArrow) == 5);
-static_assert(static_cast<int>(RenderPrimitives::Lines) == 3);
-static_assert(static_cast<int>(RenderBin::Opaque) == 0);
-static_assert(static_cast<int>(RenderBin::Transparent) == 1);
-static_assert(static_cast<int>(ShadingType::Phong) == 2);
 
 TEST(ObjectRenderer, KeepsArrowsInDoublePrecisionAndInOrder)
 {
@@ -62,7 +43,7 @@ TEST(ObjectRenderer, KeepsArrowsInDoublePrecisionAndInOrder)
 TEST(ObjectRenderer, RefusesUnknownObjects)
 {
     ObjectRenderer renderer(GraphicsSystem::mInstance, ShadingType::Phong);
-    EXPECT_EQ(messageOf([&] { renderer.reserve(static_cast<ObjectType>(3), 1); }),
+    EXPECT_EQ(errorOf<logic_error>([&] { renderer.reserve(static_cast<ObjectType>(3), 1); }),
               "object type 3 is not known; use 4 (arrow) or 5 (tube arrow)");
 }
 
@@ -105,7 +86,7 @@ TEST(Primitive, RefusesWhatDoesNotFit)
 {
     const auto program = GraphicsSystem::makeProgram("v", "f", "g");
     const auto make = [](PrimitiveConfig config, std::shared_ptr<const ShaderProgram> files)
-    { return messageOf([&] { GraphicsSystem::makePrimitive(config, files); }); };
+    { return errorOf<logic_error>([&] { GraphicsSystem::makePrimitive(config, files); }); };
     PrimitiveConfig config(RenderPrimitives::Lines);
     EXPECT_EQ(make(config, nullptr), "a primitive needs a shader program");
     config.vertexBuffer("in_vertex", GraphicsSystem::makeBuffer(std::vector<Tensor<float, 3>>(4)))
@@ -115,8 +96,9 @@ TEST(Primitive, RefusesWhatDoesNotFit)
               "the vertex buffer \"in_color\" has 3 vertices and \"in_vertex\" has 4");
     EXPECT_EQ(make(PrimitiveConfig(RenderPrimitives::Lines).vertexBuffer("a", nullptr), program),
               "the vertex buffer \"a\" is missing");
-    EXPECT_EQ(messageOf([] { GraphicsSystem::makeBuffer({}, static_cast<ColorChannel>(3)); }),
-              "color layout 3 is not known; use 4 (RGBA)");
+    EXPECT_EQ(
+        errorOf<logic_error>([] { GraphicsSystem::makeBuffer({}, static_cast<ColorChannel>(3)); }),
+        "color layout 3 is not known; use 4 (RGBA)");
 }
 
 }

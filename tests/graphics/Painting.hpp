@@ -1,5 +1,7 @@
 #pragma once
 
+#include <support/abortFlags.hpp>
+
 #include <tavrin/graphics/ObjectRenderer.hpp>
 #include <tavrin/graphics/Picture.hpp>
 
@@ -10,8 +12,6 @@
 namespace tavrin::graphics
 {
 
-inline const volatile bool keepGoing = false;
-
 /// Why nothing can be painted on this machine, or nothing.
 inline const std::string& obstacleToPainting()
 {
@@ -19,7 +19,7 @@ inline const std::string& obstacleToPainting()
     {
         try
         {
-            paint({}, {.width = 8, .height = 8}, keepGoing);
+            paint({}, {.width = 8, .height = 8}, support::neverAbort);
             return {};
         }
         catch (const std::exception& error)

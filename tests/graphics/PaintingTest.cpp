@@ -1,19 +1,20 @@
 #include "Painting.hpp"
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
+#include <support/errorOf.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <limits>
 #include <random>
 
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 using namespace tavrin::graphics;
 
@@ -29,7 +30,7 @@ PictureOptions small()
 
 Image paintArrows(const std::vector<ArrowGlyph>& glyphs, const PictureOptions& options = small())
 {
-    return paint({.drawables = {arrows(glyphs)}}, options, keepGoing);
+    return paint({.drawables = {arrows(glyphs)}}, options, neverAbort);
 }
 
 std::size_t countInk(const Image& image)
@@ -217,7 +218,7 @@ TEST_F(PaintingTest, ColorsShineThroughByTheirAlpha)
             paint({.drawables = {segments({{0, 0, 0}, {1, 0, 0}}, {blue, blue}, 40.0F),
                                  segments({{0, 0, 1}, {1, 0, 1}}, {front, front}, 40.0F,
                                           RenderBin::Transparent)}},
-                  options, keepGoing);
+                  options, neverAbort);
         return pixelAt(image, 60, 60);
     };
     const Pixel half = overlap(0.5F);
@@ -233,7 +234,7 @@ TEST_F(PaintingTest, LinesHaveTheirWidthInPixels)
     {
         const Image image =
             paint({.drawables = {segments({{0, 0, 0}, {1, 0, 0}}, {red, red}, width)}}, small(),
-                  keepGoing);
+                  neverAbort);
         return countPixels(image, isRed) / 114;
     };
     EXPECT_EQ(height(0.0F), 1U);
@@ -248,15 +249,15 @@ TEST_F(PaintingTest, OddLinesDoNoHarm)
         paint({.drawables = {segments({{0, 0, 0}, {1, 1, 0}, {0, 0, 0}, {floatNan, 0, 0}},
                                       {red, red, blue, blue}, 3.0F),
                              segments({}, {}, 3.0F), nullptr}},
-              small(), keepGoing);
+              small(), neverAbort);
     EXPECT_GT(countPixels(image, isRed), 100U);
     EXPECT_EQ(countPixels(image, isBlue), 0U);
     const Image far = paint(
         {.drawables = {segments({{1e7F, 1e7F, 0}, {1e7F + 100, 1e7F + 100, 0}}, {red, red}, 3.0F)}},
-        small(), keepGoing);
+        small(), neverAbort);
     const Image near =
         paint({.drawables = {segments({{0, 0, 0}, {100, 100, 0}}, {red, red}, 3.0F)}}, small(),
-              keepGoing);
+              neverAbort);
     EXPECT_LE(largestDifference(near, far), 2);
 }
 
@@ -268,7 +269,7 @@ TEST_F(PaintingTest, TextIsReadableOnEveryBackground)
     const auto contrasting = [&](const Color& background, auto isInk)
     {
         return countPixels(
-            paint(scene, {.width = 320, .height = 240, .background = background}, keepGoing),
+            paint(scene, {.width = 320, .height = 240, .background = background}, neverAbort),
             isInk);
     };
     const auto isBlack = [](const Pixel& p) {
@@ -283,7 +284,7 @@ TEST_F(PaintingTest, TextIsReadableOnEveryBackground)
 
 TEST_F(PaintingTest, OddScenesArePainted)
 {
-    EXPECT_EQ(countInk(paint({}, small(), keepGoing)), 0U);
+    EXPECT_EQ(countInk(paint({}, small(), neverAbort)), 0U);
     for (const PictureOptions& options :
          {PictureOptions{.width = 1, .height = 1}, PictureOptions{.width = 400, .height = 3},
           PictureOptions{.width = 240, .height = 180, .view = View{33.0, 90.0}}})
@@ -296,7 +297,7 @@ TEST_F(PaintingTest, OddScenesArePainted)
                                            .outline = box,
                                            .colorBar = ColorBar{[](double) { return blue; }, 0.0,
                                                                 high, std::string(500, 'W')}},
-                                          options, keepGoing);
+                                          options, neverAbort);
                 EXPECT_EQ(image.rgba.size(), options.width * options.height * 4);
             }
 }
@@ -316,25 +317,14 @@ TEST_F(PaintingTest, TheSameInputGivesTheSamePicture)
         .outline = Box{{0, 0, 0}, {1, 1, 1}, 3},
         .colorBar = std::nullopt};
     const PictureOptions options{.width = 320, .height = 240};
-    EXPECT_EQ(paint(scene, options, keepGoing).rgba, paint(scene, options, keepGoing).rgba);
+    EXPECT_EQ(paint(scene, options, neverAbort).rgba, paint(scene, options, neverAbort).rgba);
 }
 
 TEST_F(PaintingTest, FailuresSayWhatAndWhere)
 {
     const auto failureOf = [](const Scene& scene, const volatile bool& abortFlag)
-    {
-        try
-        {
-            paint(scene, small(), abortFlag);
-        }
-        catch (const runtime_error& error)
-        {
-            return std::string(error.what());
-        }
-        return std::string();
-    };
-    const volatile bool aborted = true;
-    EXPECT_EQ(failureOf({.drawables = {arrows({})}}, aborted), "aborted");
+    { return errorOf<runtime_error>([&] { paint(scene, small(), abortFlag); }); };
+    EXPECT_EQ(failureOf({.drawables = {arrows({})}}, alreadyAborted), "aborted");
 
     const auto withVertexShader = [](const std::string& file)
     {
@@ -344,12 +334,12 @@ TEST_F(PaintingTest, FailuresSayWhatAndWhere)
             GraphicsSystem::makeProgram(file, lineFolder() + "fragment.glsl",
                                         lineFolder() + "geometry.glsl"));
     };
-    EXPECT_EQ(failureOf({.drawables = {withVertexShader("missing.glsl")}}, keepGoing),
+    EXPECT_EQ(failureOf({.drawables = {withVertexShader("missing.glsl")}}, neverAbort),
               "missing.glsl: the shader cannot be read");
     const TemporaryFolder folder;
     const std::string broken = folder / "broken.glsl";
-    std::ofstream(broken) << "void main()\n{\n    nonsense\n}\n";
-    const std::string failure = failureOf({.drawables = {withVertexShader(broken)}}, keepGoing);
+    folder.write("broken.glsl", "void main()\n{\n    nonsense\n}\n");
+    const std::string failure = failureOf({.drawables = {withVertexShader(broken)}}, neverAbort);
     EXPECT_TRUE(failure.starts_with(broken + ": ")) << failure;
     EXPECT_EQ(failure.find('\n'), std::string::npos) << failure;
 }

@@ -24,38 +24,27 @@ protected:
         return mLoader.loadFunction(reference(text));
     }
 
-    /// All values of a function that must be of type T.
-    template<typename T>
-    std::vector<T> valuesOf(const FunctionBase& function)
-    {
-        const auto* const typed = dynamic_cast<const Function<T>*>(&function);
-        if (typed == nullptr)
-            throw std::runtime_error("the function is a " + function.valueTypeName());
-        std::vector<T> values;
-        for (std::size_t i = 0; i < typed->values()->size(); ++i)
-            values.push_back((*typed->values())[i]);
-        return values;
-    }
-
     template<typename T>
     std::vector<T> loadValues(const std::string& text)
     {
         return valuesOf<T>(*load(text));
     }
 
-    /// What is said of a file that cannot be read, without the folder; or "ok".
+    /// The error for a file that cannot be read, without the folder; or "ok". A file may be changed
+    /// between two calls.
     std::string complaintAbout(const std::string& text)
     {
         try
         {
-            FileInfo info = mLoader.inspect(reference(text));
+            Loader loader(mWarn, neverAbort);
+            FileInfo info = loader.inspect(reference(text));
             for (const FileInfo::Array& array : info.arrays)
             {
                 DataReference one = reference(text);
                 one.array = array.name;
                 one.on = array.association;
                 if (!array.valueType.empty())
-                    mLoader.loadFunction(one);
+                    loader.loadFunction(one);
             }
         }
         catch (const FileError& error)
@@ -65,7 +54,7 @@ protected:
         return "ok";
     }
 
-    /// What is said of a request that makes no sense.
+    /// The error for a request that does not fit the file.
     std::string usageErrorOf(const std::string& text)
     {
         return withoutFolder(errorOf<usage_error>([&] { load(text); }));
@@ -84,8 +73,9 @@ protected:
 
 private:
     std::vector<std::string> mWarnings;
-    Loader mLoader{[this](const std::string& line) { mWarnings.push_back(withoutFolder(line)); },
-                   neverAbort};
+    Loader::Warn mWarn = [this](const std::string& line)
+    { mWarnings.push_back(withoutFolder(line)); };
+    Loader mLoader{mWarn, neverAbort};
 };
 
 /// Real files, where a folder of them is given.
@@ -95,9 +85,10 @@ protected:
     void SetUp() override
     {
         ReaderTest::SetUp();
-        if (std::getenv("TAVRIN_TEST_DATA") == nullptr)
-            GTEST_SKIP() << "TAVRIN_TEST_DATA names no folder";
-        mData = std::getenv("TAVRIN_TEST_DATA");
+        const auto folder = realDataFolder();
+        if (!folder)
+            GTEST_SKIP() << "TAVRIN_TEST_DATA is not set";
+        mData = *folder;
     }
 
     const std::filesystem::path& data() const { return mData; }

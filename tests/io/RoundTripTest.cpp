@@ -144,9 +144,9 @@ TEST_F(RoundTrip, EveryKindOfGridKeepsItsPointsAndCells)
 
 TEST_F(RoundTrip, RealDataStaysWhatItIs)
 {
-    const char* const data = std::getenv("TAVRIN_TEST_DATA");
-    if (data == nullptr)
-        GTEST_SKIP() << "TAVRIN_TEST_DATA names no folder of data sets";
+    const auto data = realDataFolder();
+    if (!data)
+        GTEST_SKIP() << "TAVRIN_TEST_DATA is not set";
     for (const std::string name :
          {"storm.vti", "rectgrid2.vtk", "combustor.vts", "darcy_anisotropy.vtu", "disk_slice.vtk",
           "cylinder_quadratic.vtk", "surface_wind_1987.vti", "bunny.vtp", "ccx_zoo/ccx_zoo.pvd"})
@@ -154,7 +154,7 @@ TEST_F(RoundTrip, RealDataStaysWhatItIs)
         SCOPED_TRACE(name);
         io::Loader loader([](const std::string&) {}, neverAbort);
         io::DataReference reference;
-        reference.file = std::filesystem::path(data) / name;
+        reference.file = *data / name;
         for (const auto& array : loader.inspect(reference).arrays)
         {
             SCOPED_TRACE(array.name);

@@ -1,26 +1,25 @@
 #pragma once
 
-#include <TemporaryFolder.hpp>
+#include <support/TemporaryFolder.hpp>
+#include <support/abortFlags.hpp>
+#include <support/errorOf.hpp>
+#include <support/realData.hpp>
+#include <support/smallData.hpp>
 
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
-#include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
-#include <tavrin/function/Function.hpp>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 namespace samples
 {
 
+using namespace support;
 using namespace tavrin;
-
-inline const volatile bool neverAbort = false;
 
 /// A folder of its own for each test.
 class TemporaryFolderTest : public testing::Test
@@ -28,47 +27,11 @@ class TemporaryFolderTest : public testing::Test
 protected:
     const std::filesystem::path& folder() const { return mFolder.path(); }
 
-    /// What is in the folder, sorted, folders with a slash behind.
-    std::vector<std::string> listing() const
-    {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder()))
-            names.push_back(entry.path().lexically_relative(folder()).string() +
-                            (entry.is_directory() ? "/" : ""));
-        std::ranges::sort(names);
-        return names;
-    }
-
-    std::string contentOf(const std::string& name) const
-    {
-        std::ostringstream text;
-        text << std::ifstream(mFolder / name, std::ios::binary).rdbuf();
-        return text.str();
-    }
-
+    std::vector<std::string> listing() const { return mFolder.listing(); }
+    std::string contentOf(const std::string& name) const { return mFolder.read(name); }
     void create(const std::string& name, const std::string& content) const
     {
-        std::filesystem::create_directories((mFolder / name).parent_path());
-        std::ofstream(mFolder / name) << content;
-    }
-
-    /// The text of the exception of the class, or what happened instead.
-    template<typename Exception, typename Action>
-    static std::string errorOf(const Action& action)
-    {
-        try
-        {
-            action();
-        }
-        catch (const Exception& error)
-        {
-            return error.what();
-        }
-        catch (const std::exception& error)
-        {
-            return std::string("another exception: ") + error.what();
-        }
-        return "no exception";
+        mFolder.write(name, content);
     }
 
 private:
@@ -111,8 +74,7 @@ std::shared_ptr<const ValueArray<Tensor<double, D>>> scatteredPoints(std::size_t
     for (std::size_t i = 0; i < count; ++i)
         for (std::size_t axis = 0; axis < D; ++axis)
             points[i][axis] = std::sqrt(static_cast<double>(3 * i + axis + 2)) - 2.0;
-    return std::make_shared<DefaultValueArray<Tensor<double, D>>>(std::move(points),
-                                                                  Precision::Float64);
+    return stored(std::move(points));
 }
 
 /// A grid with one cell of each of the types, whose vertices are consecutive points.

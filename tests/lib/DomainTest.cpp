@@ -1,3 +1,6 @@
+#include <support/errorOf.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/RectilinearGrid.hpp>
 #include <tavrin/domain/Subdomain.hpp>
@@ -11,13 +14,8 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
-
-template<typename Point>
-std::shared_ptr<const ValueArray<Point>> stored(std::vector<Point> points)
-{
-    return std::make_shared<DefaultValueArray<Point>>(std::move(points), Precision::Float64);
-}
 
 std::vector<std::size_t> verticesOf(const Cell& cell)
 {
@@ -25,42 +23,6 @@ std::vector<std::size_t> verticesOf(const Cell& cell)
 }
 
 using Axis = RectilinearGrid<1>::Coordinates;
-
-template<typename Action>
-std::string messageOf(const Action& action)
-{
-    try
-    {
-        action();
-    }
-    catch (const std::exception& error)
-    {
-        return error.what();
-    }
-    return "nothing thrown";
-}
-
-TEST(NameTables, ListEveryEntry)
-{
-    EXPECT_EQ(nameOf(CellType::Hexahedra), "Hexahedra");
-    EXPECT_EQ(nameOf(CellType::SubparametricQuadraticLine), "Subparametric Quadratic Line");
-    EXPECT_EQ(nameOf(CellType::QuadraticHexahedron), "Quadratic Hexahedron");
-    EXPECT_EQ(nameOf(CellType::Invalid), "INVALID");
-    EXPECT_EQ(static_cast<int>(CellType::Invalid), 18);
-    EXPECT_EQ(nameOf(Precision::Int8), "int8");
-    EXPECT_EQ(nameOf(Precision::Float64), "float64");
-    EXPECT_EQ(static_cast<int>(Precision::Float64), 9);
-    EXPECT_EQ(nameOf(StructuringType::Rectilinear), "rectilinear");
-    EXPECT_EQ(nameOf(TopologyType::Structured), "structured");
-    EXPECT_EQ(nameOf(DomainType::CellBased), "cell-based");
-}
-
-TEST(DomainPart, TellsPointsFromCells)
-{
-    EXPECT_NE(PointSetBase::Points, detail::Cells);
-    EXPECT_EQ(PointSetBase::Points.getName(), "Points");
-    EXPECT_EQ(detail::Cells.getName(), "Cells");
-}
 
 TEST(UniformGrid, ComputesPointsFromIndicesThatNeedNotStartAtZero)
 {
@@ -95,17 +57,17 @@ TEST(UniformGrid, FollowsItsDirections)
 
 TEST(UniformGrid, RefusesWhatIsNoGrid)
 {
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       UniformGrid<2>({.size = {2, 2, 1}, .spacing = {1.0, 0.0}});
                   }),
               "axis 1 of the grid has several points at one position");
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       UniformGrid<1>({.size = {2, 2, 1}, .spacing = {1.0}});
                   }),
               "axis 1 of the grid has several points at one position");
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       UniformGrid<1>({.size = {2, 1, 1}, .spacing = {NAN}});
                   }),
@@ -125,7 +87,7 @@ TEST(StructuredGrid, HasCellsOfAsManyDimensionsAsItHasLongAxes)
     EXPECT_EQ(cells({1, 1, 3}), (std::vector<std::size_t>{1, 2}));
     EXPECT_EQ(cells({1, 1, 1}), (std::vector<std::size_t>{0}));
     EXPECT_EQ(cells({0, 0, 0}), (std::vector<std::size_t>{}));
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       CurvilinearGrid<3>({2, 2, 2}, stored(std::vector<Vector3>(7)));
                   }),
@@ -136,12 +98,12 @@ TEST(RectilinearGrid, TakesMonotonicCoordinatesOnly)
 {
     const RectilinearGrid<2> grid({std::vector{0.0, 1.0, 4.0}, std::vector{3.0, 2.0}});
     EXPECT_EQ(grid.point(5), Vector2(4.0, 2.0));
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       RectilinearGrid<1>(Axis{std::vector{0.0, 1.0, 1.0}});
                   }),
               "the coordinates of axis 0 neither ascend nor descend");
-    EXPECT_EQ(messageOf(
+    EXPECT_EQ(errorOf(
                   [] {
                       RectilinearGrid<1>(Axis{std::vector<double>{0.0, INFINITY}});
                   }),
@@ -174,7 +136,7 @@ TEST(UnstructuredGrid, ListsItsCells)
 TEST(UnstructuredGrid, RefusesInconsistentCellsWithTheirNumber)
 {
     const auto message = [](CellTable table)
-    { return messageOf([&] { UnstructuredGrid<2>(stored(fourPoints()), std::move(table)); }); };
+    { return errorOf([&] { UnstructuredGrid<2>(stored(fourPoints()), std::move(table)); }); };
     auto cells = mixedCells();
     cells.connectivity = IndexArray({0, 1, 9, 1, 2, 2, -3, 0});
     EXPECT_EQ(message(cells), "2 cells with vertices beyond the 4 points, the first is cell 0");

@@ -1,25 +1,23 @@
-#include <tavrin/domain/UniformGrid.hpp>
+#include <support/ThreadCount.hpp>
+#include <support/abortFlags.hpp>
+#include <support/errorOf.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/function/mapValues.hpp>
 #include <tavrin/function/visit.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
 #include <gtest/gtest.h>
-#include <omp.h>
 
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
-
-std::shared_ptr<const UniformGrid<1>> threePoints()
-{
-    return std::make_shared<UniformGrid<1>>(
-        UniformGrid<1>::Layout{.size = {3, 1, 1}, .spacing = {1.0}});
-}
 
 std::shared_ptr<const Function<Scalar>> unsteady()
 {
-    return addData(threePoints(), PointSetBase::Points,
+    return addData(lineOf(3), PointSetBase::Points,
                    std::vector<Scalar>{0.0, 1.0, 2.0, 10.0, 11.0, 12.0, 30.0, 31.0, 32.0},
                    Precision::Float64, {1.0, 2.0, 4.0}, "temperature");
 }
@@ -29,7 +27,7 @@ TEST(AddData, TakesVectorsOfAnyAllocatorWithoutACopy)
     LargeVector<Vector2> values(3, Vector2(1.0, 2.0));
     const Vector2* const place = values.data();
     const auto function =
-        addData(threePoints(), PointSetBase::Points, std::move(values), Precision::Float64, {});
+        addData(lineOf(3), PointSetBase::Points, std::move(values), Precision::Float64, {});
     std::array<Vector2, 1> scratch;
     EXPECT_EQ(function->values()->read(0, scratch).data(), place);
     EXPECT_EQ(function->timeBehavior(), TimeBehavior::Steady);
@@ -41,27 +39,19 @@ TEST(AddData, RefusesWhatDoesNotFit)
     const auto message = [](std::shared_ptr<const Domain> domain, const DomainPart& part,
                             std::size_t count, std::vector<double> times)
     {
-        try
-        {
-            addData(std::move(domain), part, std::vector<Scalar>(count), Precision::Float64,
-                    std::move(times));
-        }
-        catch (const std::exception& error)
-        {
-            return std::string(error.what());
-        }
-        return std::string();
+        return errorOf(
+            [&] { addData(domain, part, std::vector<Scalar>(count), Precision::Float64, times); });
     };
     const std::string misfit = "The data does not fit onto the specified domain";
     EXPECT_EQ(message(nullptr, PointSetBase::Points, 3, {}),
               "Data can't be registered to non-existent domains.");
-    EXPECT_EQ(message(threePoints(), PointSetBase::Points, 2, {}), misfit);
-    EXPECT_EQ(message(threePoints(), PointSetBase::Points, 3, {0.0, 1.0}), misfit);
-    EXPECT_EQ(message(threePoints(), detail::Cells, 3, {}), misfit);
-    EXPECT_EQ(message(threePoints(), detail::Cells, 2, {}), "");
-    EXPECT_EQ(message(threePoints(), PointSetBase::Points, 6, {1.0, 1.0}),
+    EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 2, {}), misfit);
+    EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 3, {0.0, 1.0}), misfit);
+    EXPECT_EQ(message(lineOf(3), detail::Cells, 3, {}), misfit);
+    EXPECT_EQ(message(lineOf(3), detail::Cells, 2, {}), "no exception");
+    EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 6, {1.0, 1.0}),
               "the time steps of a function must ascend");
-    EXPECT_EQ(message(threePoints(), PointSetBase::Points, 6, {0.0, NAN}),
+    EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 6, {0.0, NAN}),
               "the time steps of a function must ascend");
 }
 
@@ -112,7 +102,7 @@ TEST(FunctionEvaluator, InterpolatesBetweenSteps)
 
 TEST(FunctionEvaluator, OfASteadyFunctionIsValidAtEveryTime)
 {
-    const auto function = addData(threePoints(), PointSetBase::Points,
+    const auto function = addData(lineOf(3), PointSetBase::Points,
                                   std::vector<Scalar>{1.0, 2.0, 3.0}, Precision::Float64, {5.0});
     auto evaluator = function->makeEvaluator();
     evaluator.reset(-1e9);
@@ -147,30 +137,27 @@ std::shared_ptr<const ValueArray<Scalar>> manyValues(std::size_t count)
     std::vector<Scalar> values(count);
     for (std::size_t i = 0; i < count; ++i)
         values[i] = static_cast<double>(i);
-    return std::make_shared<DefaultValueArray<Scalar>>(std::move(values), Precision::Float64);
+    return stored(std::move(values));
 }
 
 TEST(MapValues, GivesTheSameForEveryNumberOfThreads)
 {
     const std::size_t count = 10007;
     const auto values = manyValues(count);
-    const volatile bool goOn = false;
-    const int threads = omp_get_max_threads();
-    for (const int team : {1, 2, 3, 8})
+    for (const int threads : {1, 2, 3, 8})
     {
-        omp_set_num_threads(team);
+        const ThreadCount threadCount(threads);
         volatile unsigned long progress = 0;
         const auto result = mapValues<Vector2>(
             *values, *values,
             [](const Scalar& a, const Scalar& b) { return Vector2(std::sqrt(a[0]), b[0] + 1.0); },
-            progress, goOn);
+            progress, neverAbort);
         ASSERT_EQ(result.size(), count);
         EXPECT_EQ(progress, count);
         for (std::size_t i = 0; i < count; ++i)
             ASSERT_EQ(result[i],
                       Vector2(std::sqrt(static_cast<double>(i)), static_cast<double>(i) + 1.0));
     }
-    omp_set_num_threads(threads);
 }
 
 TEST(MapValues, GoesThroughASeriesStepByStep)
@@ -184,9 +171,8 @@ TEST(MapValues, GoesThroughASeriesStepByStep)
                                                                        return manyValues(perStep);
                                                                    });
     volatile unsigned long progress = 0;
-    const volatile bool goOn = false;
     const auto result = mapValues<Scalar>(
-        *series, [](const Scalar& value) { return value * 2.0; }, progress, goOn);
+        *series, [](const Scalar& value) { return value * 2.0; }, progress, neverAbort);
     EXPECT_EQ(result.back(), Scalar(2.0 * (perStep - 1)));
     EXPECT_EQ(loaded, (std::vector<std::size_t>{0, 1, 2, 3, 4}));
 }

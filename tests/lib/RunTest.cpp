@@ -1,12 +1,17 @@
+#include <support/abortFlags.hpp>
+#include <support/captured.hpp>
+#include <support/errorOf.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/algorithm/AlgorithmRun.hpp>
-#include <tavrin/domain/UniformGrid.hpp>
 
 #include <gtest/gtest.h>
 
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 /// Publishes its input on "Out" as often as it is executed, and writes to both logs.
@@ -60,113 +65,90 @@ RegistrationService<AlgorithmFactory>& registry()
 
 const AlgorithmRegister<EchoAlgorithm> echo("Test/Echo", "Publishes what it is given.");
 
-std::shared_ptr<const DataObject> grid()
-{
-    return std::make_shared<UniformGrid<1>>(
-        UniformGrid<1>::Layout{.size = {2, 1, 1}, .spacing = {1.0}});
-}
-
-template<typename Action>
-std::string usageErrorOf(const Action& action)
-{
-    try
-    {
-        action();
-    }
-    catch (const usage_error& error)
-    {
-        return error.what();
-    }
-    return "no usage error";
-}
-
-const volatile bool goOn = false;
-
 TEST(AlgorithmRun, SetsExecutesAndCollects)
 {
     AlgorithmRun run(registry(), "Test/Echo");
-    const auto line = grid();
+    const auto line = lineOf(2);
     run.connect("Grid", line);
     run.setText("Number", "2.5");
     EXPECT_EQ(run.result("Out"), nullptr);
-    run.execute(goOn);
+    run.execute(neverAbort);
     EXPECT_EQ(run.result("Out"), line);
     EXPECT_EQ(run.infoLog(), "number 2.5\n");
     EXPECT_EQ(run.debugLog(), "done\n");
     // Logs are those of the last execution, results stay until they are withdrawn.
-    run.execute(goOn);
+    run.execute(neverAbort);
     EXPECT_EQ(run.infoLog(), "number 2.5\n");
     run.setText("Mode", "withdraw");
-    run.execute(goOn);
+    run.execute(neverAbort);
     EXPECT_EQ(run.result("Out"), nullptr);
     EXPECT_EQ(run.infoLog(), "");
 }
 
 TEST(AlgorithmRun, ReportsProgressAndPassesTheAbortFlag)
 {
-    struct Observer : ProgressObserver
+    struct Observer : RunObserver
     {
-        void opened(const std::string& title, unsigned long total,
-                    const volatile unsigned long& counter, bool) override
+        void opened(const ProgressReport& report) override
         {
-            log += title + ' ' + std::to_string(total);
-            current = &counter;
+            log += report.title + ' ' + std::to_string(report.total);
         }
-        void closed() override { log += " closed at " + std::to_string(*current); }
+        void closed(const ProgressReport& report) override
+        {
+            log += " closed at " + std::to_string(report.counter.count());
+        }
         std::string log;
-        const volatile unsigned long* current = nullptr;
     };
     AlgorithmRun run(registry(), "Test/Echo");
     Observer observer;
-    run.execute(goOn, &observer);
+    run.execute(neverAbort, &observer);
     EXPECT_EQ(observer.log, "echoing 10 closed at 10");
     Observer aborted;
-    const volatile bool stop = true;
-    run.execute(stop, &aborted);
+    run.execute(alreadyAborted, &aborted);
     EXPECT_EQ(aborted.log, "echoing 10 closed at 0");
 }
 
 TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
 {
-    EXPECT_EQ(usageErrorOf([] { AlgorithmRun(registry(), "Test/Ecko"); }),
+    EXPECT_EQ(errorOf<usage_error>([] { AlgorithmRun(registry(), "Test/Ecko"); }),
               "unknown algorithm \"Test/Ecko\"; did you mean \"Test/Echo\"?");
     AlgorithmRun run(registry(), "Test/Echo");
-    EXPECT_EQ(usageErrorOf([&] { run.setText("Numbr", "1"); }),
+    EXPECT_EQ(errorOf<usage_error>([&] { run.setText("Numbr", "1"); }),
               "\"Test/Echo\" has no option \"Numbr\"; did you mean \"Number\"?");
-    EXPECT_EQ(usageErrorOf([&] { run.setText("Number", "abc"); }),
+    EXPECT_EQ(errorOf<usage_error>([&] { run.setText("Number", "abc"); }),
               "option \"Number\": \"abc\" is not a number");
     EXPECT_EQ(
-        usageErrorOf([&] { run.setText("Mode", "dance"); }),
+        errorOf<usage_error>([&] { run.setText("Mode", "dance"); }),
         "option \"Mode\": \"dance\" is not among the choices; there are \"publish\", \"withdraw\", "
         "\"misuse\"");
-    EXPECT_EQ(usageErrorOf([&] { run.setText("Grid", "x"); }),
-              "option \"Grid\" takes no text, it is a data");
-    EXPECT_EQ(usageErrorOf([&] { run.connect("Number", grid()); }),
-              "option \"Number\" takes no data, it is a number");
-    EXPECT_EQ(usageErrorOf([&] { run.result("Outt"); }),
+    EXPECT_EQ(errorOf<usage_error>([&] { run.setText("Grid", "x"); }),
+              "option \"Grid\" takes no text; it is a data option");
+    EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Number", lineOf(2)); }),
+              "option \"Number\" takes no data; it is a number option");
+    EXPECT_EQ(errorOf<usage_error>([&] { run.result("Outt"); }),
               "\"Test/Echo\" has no data output \"Outt\"; did you mean \"Out\"?");
-    const auto bundle =
-        std::make_shared<DataObjectBundle>(DataObjectBundle::Members{grid(), grid(), grid()});
-    EXPECT_EQ(usageErrorOf([&] { run.connect("Grid", bundle); }),
-              "option \"Grid\": it takes a PointSetBase, not this object");
-    EXPECT_EQ(usageErrorOf([&] { run.connect("Bundle", bundle); }),
-              "option \"Bundle\": it does not take this object");
-    run.connect("Bundle", grid());
+    const auto bundle = std::make_shared<DataObjectBundle>(
+        DataObjectBundle::Members{lineOf(2), lineOf(2), lineOf(2)});
+    EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Grid", bundle); }),
+              "option \"Grid\": it takes a grid or point set, not this object");
+    EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Bundle", bundle); }),
+              "option \"Bundle\": it does not take these 3 objects");
+    run.connect("Bundle", lineOf(2));
     run.setText("Mode", "misuse");
-    EXPECT_THROW(run.execute(goOn), logic_error);
+    EXPECT_THROW(run.execute(neverAbort), logic_error);
 }
 
 TEST(AlgorithmRun, DescribesTheDeclarationAsData)
 {
     AlgorithmRun run(registry(), "Test/Echo");
     run.setText("Number", "4");
-    run.connect("Grid", grid());
+    run.connect("Grid", lineOf(2));
     const auto description = run.describe();
     EXPECT_EQ(description.name, "Test/Echo");
     EXPECT_EQ(description.type, AlgorithmFactory::Data);
     ASSERT_EQ(description.options.size(), 4U);
     EXPECT_TRUE(description.options[0].isConnected);
-    EXPECT_EQ(description.options[0].types, std::vector<std::string>{"PointSetBase"});
+    EXPECT_EQ(description.options[0].types, std::vector<std::string>{"grid or point set"});
     EXPECT_EQ(description.options[2].group, "More");
     EXPECT_EQ(description.options[2].defaultValue, "1");
     EXPECT_EQ(description.options[2].value, "4");
@@ -178,11 +160,10 @@ TEST(AlgorithmRun, DescribesTheDeclarationAsData)
 TEST(AlgorithmRegister, ReportsADuplicateAndKeepsTheFirst)
 {
     const auto first = registry().find("Test/Echo");
-    testing::internal::CaptureStderr();
-    const AlgorithmRegister<EchoAlgorithm> second("Test/Echo", "Another.");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "error: registration of algorithm Test/Echo failed.\n"
-              "algorithm \"Test/Echo\" already registered.\n");
+    const auto registerAgain = []
+    { const AlgorithmRegister<EchoAlgorithm> second("Test/Echo", "Another."); };
+    EXPECT_EQ(standardErrorOf(registerAgain), "error: registration of algorithm Test/Echo failed.\n"
+                                              "algorithm \"Test/Echo\" already registered.\n");
     EXPECT_EQ(registry().find("Test/Echo"), first);
     EXPECT_EQ(first->getDescription(), "Publishes what it is given.");
     EXPECT_FALSE(first->isShown());

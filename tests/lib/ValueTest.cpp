@@ -1,8 +1,11 @@
+#include <support/errorOf.hpp>
+#include <support/smallData.hpp>
+
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/base/LargeVector.hpp>
-#include <tavrin/base/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/value/Color.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 #include <tavrin/value/Tensor.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
@@ -15,6 +18,7 @@
 namespace
 {
 
+using namespace support;
 using namespace tavrin;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -82,14 +86,8 @@ TEST(LexicalCast, RefusesWhatIsNoValue)
         EXPECT_THROW(lexicalCast<bool>(text), bad_lexical_cast) << text;
     for (const char* text : {"", "#12345", "#gg0000", "1,2,3", "0,0", "0,0,0,0,0", "0,0,nan"})
         EXPECT_THROW(lexicalCast<Color>(text), bad_lexical_cast) << text;
-    try
-    {
-        lexicalCast<double>("abc");
-    }
-    catch (const bad_lexical_cast& error)
-    {
-        EXPECT_STREQ(error.what(), "\"abc\" is not a number");
-    }
+    EXPECT_EQ(errorOf<bad_lexical_cast>([] { lexicalCast<double>("abc"); }),
+              "\"abc\" is not a number");
 }
 
 TEST(Suggestion, NamesTheNearestOrAll)
@@ -149,8 +147,7 @@ TEST(WrappedValueArray, PicksComponents)
 
 TEST(SubValueArray, ShowsARunAndRefusesToLeaveItsArray)
 {
-    const auto array = std::make_shared<DefaultValueArray<Scalar>>(
-        std::vector<Scalar>{0.0, 1.0, 2.0, 3.0}, Precision::Float64);
+    const auto array = stored(std::vector<Scalar>{0.0, 1.0, 2.0, 3.0});
     const auto part = array->part(1, 2);
     EXPECT_EQ(part->size(), 2U);
     EXPECT_EQ((*part)[1], Scalar(2.0));
@@ -166,8 +163,7 @@ TEST(SeriesValueArray, LoadsEachStepOnceAndKeepsTwo)
     {
         loaded.push_back(step);
         const auto first = static_cast<double>(10 * step);
-        auto values = std::make_shared<DefaultValueArray<Scalar>>(
-            std::vector<Scalar>{first, first + 1.0, first + 2.0}, Precision::Float64);
+        const auto values = stored(std::vector<Scalar>{first, first + 1.0, first + 2.0});
         alive.push_back(values);
         return values;
     };
@@ -189,12 +185,7 @@ TEST(SeriesValueArray, LoadsEachStepOnceAndKeepsTwo)
 TEST(SeriesValueArray, ReportsAStepThatDoesNotFit)
 {
     const auto series = std::make_shared<SeriesValueArray<Scalar>>(
-        Precision::Float64, 2, 3,
-        [](std::size_t)
-        {
-            return std::make_shared<DefaultValueArray<Scalar>>(std::vector<Scalar>{1.0},
-                                                               Precision::Float64);
-        });
+        Precision::Float64, 2, 3, [](std::size_t) { return stored(std::vector<Scalar>{1.0}); });
     EXPECT_THROW(series->part(0, 3), logic_error);
 }
 

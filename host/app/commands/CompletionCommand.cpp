@@ -1,6 +1,7 @@
-#include "../text/AllAlgorithms.hpp"
 #include "../text/BashCompletion.hpp"
+#include "AllAlgorithms.hpp"
 #include "Commands.hpp"
+#include "Program.hpp"
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -30,7 +31,7 @@ public:
         const std::string shell = onlyWord(words);
         if (shell != "bash")
             throw usage_error("there is no completion for \"" + shell + "\"; there is \"bash\"");
-        session.console.print(bashCompletion(session.program, describeAll(session)));
+        session.console.print(bashCompletion(session.program.declaration(), describeAll(session)));
     }
 };
 

@@ -1,7 +1,10 @@
-#include "../Session.hpp"
-#include "../run/RunInputs.hpp"
+#include "../console/Warnings.hpp"
+#include "../run/Threads.hpp"
 #include "../text/AlgorithmSheet.hpp"
 #include "Commands.hpp"
+#include "Session.hpp"
+
+#include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -21,9 +24,8 @@ public:
                .words = "ALGORITHM [NAME=VALUE]...",
                .summary = "Describes an algorithm: its options, their values, and its outputs",
                .details =
-                   "With values, the description is that of the algorithm after they are set: "
-                   "files are loaded, and options that have no use with the values are marked "
-                   "as hidden.\n\n"
+                   "With values, the algorithm is described after they are set: files are loaded, "
+                   "and the algorithm may hide or show options, which are marked as hidden.\n\n"
                    "The JSON is one object with name, description, options [{name, kind, "
                    "help, group, afterSeparator, required, visible, default, value, choices, "
                    "types, connected}] and outputs [{name, kind, types}]. Values are texts, "
@@ -34,17 +36,19 @@ public:
                              "\"Operator=Norm of Field A\" --json",
                              "For another program: the options as they are for this operator."}}})
     {
-        declaration().add_flag("--json", mWantsJson, "prints JSON");
+        syntax().add_flag("--json", mWantsJson, "prints JSON");
     }
 
     void execute(const Words& words, Session& session) override
     {
         AlgorithmRun run(session.algorithms, firstWord(words));
-        const auto assignments = parseAssignments({words.begin() + 1, words.end()}, run);
-        io::Loader loader([&](const std::string& line)
-                          { session.console.line("warning: " + line); },
-                          session.abortFlag);
-        RunInputs(run, loader).apply(assignments);
+        const auto assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run);
+        if (!assignments.empty())
+            startThreads();
+        Warnings warnings(session.console);
+        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
+        pipeline::RunInputs(run, loader).apply(assignments);
+        warnings.print();
         session.console.print(mWantsJson ? jsonText(algorithmJson(run.describe()))
                                          : algorithmSheet(run));
     }

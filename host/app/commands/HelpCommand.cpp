@@ -1,7 +1,7 @@
-#include "../Program.hpp"
-#include "../Session.hpp"
 #include "../text/HelpText.hpp"
 #include "Commands.hpp"
+#include "Program.hpp"
+#include "Session.hpp"
 
 namespace tavrin::app
 {
@@ -24,7 +24,7 @@ public:
     void execute(const Words& words, Session& session) override
     {
         if (words.empty())
-            return session.console.print(helpText(session.program));
+            return session.console.print(helpText(session.program.declaration()));
         const Command& command = session.program.command(words.front());
         session.console.print(command.help({words.begin() + 1, words.end()}, session));
     }

@@ -1,7 +1,10 @@
-#include "../Session.hpp"
+#include "../console/Messages.hpp"
+#include "../console/Warnings.hpp"
+#include "../run/Threads.hpp"
 #include "../text/Json.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
+#include "Session.hpp"
 
 #include <tavrin/io/Loader.hpp>
 
@@ -95,7 +98,7 @@ std::string arrayTable(const FileInfo& info)
     }
     if (hasBlocks)
         rows.front().insert(rows.front().end() - 1, "IN BLOCKS");
-    return alignedColumns(rows, 0, LastColumn::AsItIs);
+    return alignedColumns(rows, 0, LastColumn::Unwrapped);
 }
 
 std::string blockTable(const FileInfo& info)
@@ -104,7 +107,7 @@ std::string blockTable(const FileInfo& info)
     for (const FileInfo& block : info.blocks)
         rows.push_back(
             {block.block, gridText(block), pointText(block), cellText(block), block.file.string()});
-    return alignedColumns(rows, 0, LastColumn::AsItIs);
+    return alignedColumns(rows, 0, LastColumn::Unwrapped);
 }
 
 std::string sheet(const FileInfo& info)
@@ -184,16 +187,17 @@ public:
                    "else is of all of them, and grid is null.",
                .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
     {
-        declaration().add_flag("--json", mWantsJson, "prints JSON");
+        syntax().add_flag("--json", mWantsJson, "prints JSON");
     }
 
     void execute(const Words& words, Session& session) override
     {
         const auto reference = io::DataReference::parse(onlyWord(words));
-        io::Loader loader([&](const std::string& line)
-                          { session.console.line("warning: " + line); },
-                          session.abortFlag);
+        startThreads();
+        Warnings warnings(session.console);
+        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
         const FileInfo info = loader.inspect(reference);
+        warnings.print();
         session.console.print(mWantsJson ? jsonText(toJson(info)) : sheet(info));
     }
 

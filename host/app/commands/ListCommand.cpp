@@ -1,7 +1,7 @@
-#include "../Session.hpp"
 #include "../text/Json.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
+#include "Session.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -26,7 +26,7 @@ public:
                    .details = "The JSON is an array of {name, description}, sorted by name.",
                    .examples = {{"tavrin list", "What can be run, with the plug-ins loaded."}}})
     {
-        declaration().add_flag("--json", mWantsJson, "prints JSON");
+        syntax().add_flag("--json", mWantsJson, "prints JSON");
     }
 
     void execute(const Words& words, Session& session) override
@@ -37,7 +37,7 @@ public:
             rows.push_back({name, factory->getDescription()});
         std::ranges::sort(rows);
         session.console.print(mWantsJson ? jsonText(toJson(rows))
-                                         : alignedColumns(rows, 0, LastColumn::AsItIs));
+                                         : alignedColumns(rows, 0, LastColumn::Unwrapped));
     }
 
 private:

@@ -1,6 +1,7 @@
-#include "../text/AllAlgorithms.hpp"
 #include "../text/ManualPage.hpp"
+#include "AllAlgorithms.hpp"
 #include "Commands.hpp"
+#include "Program.hpp"
 
 namespace tavrin::app
 {
@@ -25,7 +26,7 @@ public:
     void execute(const Words& words, Session& session) override
     {
         refuseWords(words);
-        session.console.print(manualPage(session.program, describeAll(session)));
+        session.console.print(manualPage(session.program.declaration(), describeAll(session)));
     }
 };
 

@@ -1,14 +1,16 @@
-#include "../Session.hpp"
 #include "../console/Failure.hpp"
+#include "../console/Warnings.hpp"
 #include "../run/OutputWriter.hpp"
 #include "../run/Picture.hpp"
-#include "../run/RunInputs.hpp"
+#include "../run/Threads.hpp"
 #include "../run/WholeFile.hpp"
 #include "../text/AlgorithmSheet.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
+#include "Session.hpp"
 
 #include <tavrin/io/Writer.hpp>
+#include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -31,7 +33,7 @@ void timed(double& seconds, const Work& work)
 
 /// The options of a run as the report tells them: data by its references.
 Json reportedOptions(const AlgorithmDescription& description,
-                     const std::vector<OptionAssignment>& assignments)
+                     const std::vector<pipeline::OptionAssignment>& assignments)
 {
     Json options = Json::object();
     for (const auto& option : description.options)
@@ -41,7 +43,7 @@ Json reportedOptions(const AlgorithmDescription& description,
         Json& value = options[option.name];
         if (option.kind != InputKind::Data && option.kind != InputKind::Bundle)
             value = option.value;
-        for (const OptionAssignment& assignment : assignments)
+        for (const pipeline::OptionAssignment& assignment : assignments)
         {
             if (assignment.option != option.name || assignment.value.empty())
                 continue;
@@ -53,6 +55,30 @@ Json reportedOptions(const AlgorithmDescription& description,
     }
     return options;
 }
+
+/// Shows progress and refuses results that the requested files cannot hold.
+class RunWatcher final : public RunObserver
+{
+public:
+    RunWatcher(Session& session, const std::vector<OutputRequest>& requests)
+        : mProgressBar(session.console, session.progressMode), mRequests(requests)
+    {
+    }
+
+    void opened(const ProgressReport& report) override { mProgressBar.opened(report); }
+    void closed(const ProgressReport& report) override { mProgressBar.closed(report); }
+
+    void announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps) override
+    {
+        for (const OutputRequest& request : mRequests)
+            if (request.port == port)
+                io::requireSuitable(request.file, domain, numTimeSteps);
+    }
+
+private:
+    ProgressBar mProgressBar;
+    const std::vector<OutputRequest>& mRequests;
+};
 
 class RunCommand final : public Command
 {
@@ -90,21 +116,22 @@ public:
                              "-o Hedgehogs=flow.png --size 1600x1200",
                              "A picture of its arrows, colored by the speed."}}})
     {
-        declaration()
+        syntax()
             .add_option("-o,--output", mOutputWords,
                         "writes an output; PORT= may be left out where there is only one")
             ->type_name("PORT=FILE")
             ->allow_extra_args(false);
-        declaration()
-            .add_option("--report", mReportFile, "writes a report of a successful run as JSON")
+        syntax()
+            .add_option("--report", mReportFile,
+                        "writes a report of a successful run as JSON; - is standard output")
             ->type_name("FILE.json");
-        declaration()
+        syntax()
             .add_option("--size", mPictureWords.size, "size of pictures in pixels, 1280x960")
             ->type_name("WIDTHxHEIGHT");
-        declaration()
+        syntax()
             .add_option("--background", mPictureWords.background, "their background, #ffffff")
             ->type_name("COLOR");
-        declaration()
+        syntax()
             .add_option(
                 "--view", mPictureWords.view,
                 "where the eye is: x, -x, y, -y, z, -z, iso, or AZIMUTH,ELEVATION in degrees")
@@ -120,31 +147,27 @@ public:
 
     void execute(const Words& words, Session& session) override
     {
+        startThreads();
         AlgorithmRun run(session.algorithms, firstWord(words));
-        const auto assignments = parseAssignments({words.begin() + 1, words.end()}, run);
+        const auto assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run);
         const auto requests = parseOutputs(mOutputWords, run.describe());
         const auto pictureOptions = mPictureWords.options();
         if (!mPictureWords.isEmpty() && std::ranges::none_of(requests, &OutputRequest::isPicture))
             throw usage_error("--size, --background and --view are for pictures; no output is a "
                               ".png file");
-        checkDestinations(destinations(requests), inputFiles(assignments, run));
+        checkDestinations(destinations(requests), pipeline::inputFiles(assignments, run));
+        if (isReportPrinted())
+            session.console.reserveOutput();
 
         RunReport report;
         report.algorithm = words.front();
-        io::Loader loader([&](const std::string& line)
-                          { session.console.line("warning: " + line); },
-                          session.abortFlag);
-        RunInputs inputs(run, loader);
+        Warnings warnings(session.console);
+        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
+        pipeline::RunInputs inputs(run, loader);
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
+        warnings.print();
         checkFormats(requests, inputs.objects());
         // What only the algorithm knows, such as the number of times, is refused before its work.
-        run.setResultListener(
-            [&](const std::string& port, const Domain& domain, std::size_t numTimeSteps)
-            {
-                for (const OutputRequest& request : requests)
-                    if (request.port == port)
-                        io::requireSuitable(request.file, domain, numTimeSteps);
-            });
         const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
         timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
         io::PendingFiles files;
@@ -159,11 +182,15 @@ public:
             report.options = reportedOptions(run.describe(), assignments);
             report.infoLog = run.infoLog();
             report.debugLog = run.debugLog();
-            report.statistics = run.statistics();
-            files.push_back(
-                prepareWholeFile(*mReportFile, jsonText(report.toJson()), session.abortFlag));
+            report.results = run.results();
+            const std::string text = jsonText(report.toJson());
+            if (isReportPrinted())
+                session.console.answer(text);
+            else
+                files.push_back(prepareWholeFile(*mReportFile, text, session.abortFlag));
         }
-        // Only now that nothing can fail any more.
+        // From here on nothing can fail except giving files their names.
+        session.console.requireOutput();
         for (const auto& file : files)
             file->publish();
     }
@@ -174,10 +201,12 @@ private:
     {
         std::vector<std::filesystem::path> files;
         std::ranges::transform(requests, std::back_inserter(files), &OutputRequest::file);
-        if (mReportFile)
+        if (mReportFile && !isReportPrinted())
             files.emplace_back(*mReportFile);
         return files;
     }
+
+    bool isReportPrinted() const { return mReportFile == "-"; }
 
     /// Executes the algorithm and prints its logs, however it ends. Throws what the algorithm
     /// throws, `Aborted` after an interrupt, and `RunFailure` where a requested output is missing.
@@ -187,8 +216,8 @@ private:
         try
         {
             {
-                ProgressBar progress(session.console, session.progressMode);
-                run.execute(session.abortFlag, &progress);
+                RunWatcher watcher(session, requests);
+                run.execute(session.abortFlag, &watcher);
             }
             if (session.abortFlag)
                 throw io::Aborted();
@@ -235,7 +264,9 @@ private:
         session.console.print(info);
         for (const std::string& line : linesOf(run.debugLog()))
             if (wantsWholeDebugLog || line.starts_with("hint: "))
-                session.console.line(line);
+                session.console.message(line);
+        for (const std::string& text : run.hints())
+            session.console.message("hint: " + text);
     }
 
     std::vector<std::string> mOutputWords;

@@ -1,18 +1,19 @@
 #include "Console.hpp"
 
-#include "../text/Layout.hpp"
+#include "Messages.hpp"
 
 #include <tavrin/io/FileError.hpp>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
-#include <string_view>
+#include <utility>
 
 namespace tavrin::app
 {
@@ -30,70 +31,129 @@ bool isReaderGone(int descriptor)
 bool canShowStatus()
 {
     const char* const terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) != 0 &&
+    return isatty(Console::Error) != 0 &&
            (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
+bool areOneTarget()
+{
+    struct stat output
+    {};
+    struct stat error
+    {};
+    return fstat(Console::Output, &output) == 0 && fstat(Console::Error, &error) == 0 &&
+           output.st_dev == error.st_dev && output.st_ino == error.st_ino;
 }
 
-Console::Console() : mIsTerminal(canShowStatus()) {}
+}
 
-void Console::print(const std::string& text)
+Console::Console() : mIsTerminal(canShowStatus()), mAreOneTarget(areOneTarget()) {}
+
+void Console::print(std::string_view text)
+{
+    const std::scoped_lock lock(mMutex);
+    write(Output, text);
+}
+
+void Console::message(const std::string& text)
+{
+    lines(boundedMessage(text) + '\n');
+}
+
+void Console::lines(std::string_view text)
+{
+    const std::scoped_lock lock(mMutex);
+    write(Error, text);
+}
+
+void Console::printForeign(Stream stream, std::string_view text)
+{
+    const std::scoped_lock lock(mMutex);
+    if (text.empty())
+        return;
+    eraseStatus();
+    writeBytes(stream, text);
+    isLineOpen(stream) = text.back() != '\n';
+}
+
+void Console::showStatus(const std::string& text)
 {
     const std::scoped_lock lock(mMutex);
     eraseStatus();
-    std::cout << text << std::flush;
-    noteFailure();
+    if (text.empty() || isLineOpen(Error))
+        return;
+    mHasStatus = true;
+    writeBytes(Error, text);
 }
 
-void Console::line(const std::string& text)
-{
-    lines(oneLine(text) + '\n');
-}
-
-void Console::lines(const std::string& text)
+void Console::reserveOutput()
 {
     const std::scoped_lock lock(mMutex);
-    eraseStatus();
-    std::cerr << text << std::flush;
+    const int answers = fcntl(Output, F_DUPFD_CLOEXEC, 3);
+    if (answers < 0 || dup2(Error, Output) < 0)
+        throw io::FileError("standard output", std::strerror(errno));
+    mAnswerDescriptor = answers;
+    mAreOneTarget = true;
 }
 
-void Console::status(const std::string& text)
+void Console::answer(std::string_view text)
 {
     const std::scoped_lock lock(mMutex);
+    if (mAnswerDescriptor == Output)
+        return write(Output, text);
     eraseStatus();
-    mHasStatus = !text.empty();
-    std::cerr << text << std::flush;
+    writeBytes(mAnswerDescriptor, text);
 }
 
-void Console::eraseStatus()
+void Console::requireOutput()
 {
-    if (mHasStatus)
-        std::cerr << "\r\x1b[K";
-    mHasStatus = false;
+    const std::scoped_lock lock(mMutex);
+    if (mOutputError != 0 && mOutputError != EPIPE)
+        throw io::FileError("standard output", std::strerror(mOutputError));
 }
 
 std::size_t Console::width() const
 {
     winsize size{};
-    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    const bool isKnown = ioctl(Error, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return isKnown ? size.ws_col : 80;
 }
 
-void Console::noteFailure()
+void Console::write(Stream stream, std::string_view text)
 {
-    if (!std::cout && mOutputError == 0)
-        mOutputError = isReaderGone(STDOUT_FILENO) ? EPIPE : (errno != 0 ? errno : EIO);
+    if (text.empty())
+        return;
+    eraseStatus();
+    if (std::exchange(isLineOpen(stream), false))
+        writeBytes(stream, "\n");
+    writeBytes(stream, text);
 }
 
-void Console::finish()
+void Console::writeBytes(int descriptor, std::string_view text)
 {
-    const std::scoped_lock lock(mMutex);
-    eraseStatus();
-    std::cout << std::flush;
-    noteFailure();
-    if (mOutputError != 0 && mOutputError != EPIPE)
-        throw io::FileError("standard output", std::strerror(mOutputError));
+    while (!text.empty() && (descriptor == Error || mOutputError == 0))
+    {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written >= 0)
+            text.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno == EAGAIN)
+        {
+            pollfd request{.fd = descriptor, .events = POLLOUT, .revents = 0};
+            poll(&request, 1, -1);
+        }
+        else if (errno != EINTR)
+        {
+            if (descriptor != Error)
+                mOutputError = isReaderGone(descriptor) ? EPIPE : errno;
+            return;
+        }
+    }
+}
+
+void Console::eraseStatus()
+{
+    if (std::exchange(mHasStatus, false))
+        writeBytes(Error, "\r\x1b[K");
 }
 
 }

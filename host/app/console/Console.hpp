@@ -1,31 +1,43 @@
 #pragma once
 
-#include <cerrno>
+#include <array>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace tavrin::app
 {
 
-/// The two standard streams: answers go to standard output, messages to standard error. May be
-/// used by several threads.
+/// The standard streams of the program: answers go to standard output, messages to standard error,
+/// each in whole lines. All functions may be called from several threads at once.
 class Console
 {
 public:
+    /// One of the two streams that the program writes.
+    enum Stream : int
+    {
+        Output = 1,
+        Error = 2
+    };
+
     Console();
 
-    /// Prints on standard output. A reader that went away is no failure.
-    void print(const std::string& text);
+    /// Prints text on standard output. If the reader of a pipe has gone away, that is not an error.
+    void print(std::string_view text);
 
-    /// Prints one line on standard error, without control characters. A status makes way for it.
-    void line(const std::string& text);
+    /// Prints a message on standard error, on one line of bounded length.
+    void message(const std::string& text);
 
-    /// Prints lines as they are on standard error.
-    void lines(const std::string& text);
+    /// Prints text as it is on standard error.
+    void lines(std::string_view text);
 
-    /// Shows a status in the last line of the terminal, in the place of an earlier one; an empty
-    /// text erases it. Only for a terminal.
-    void status(const std::string& text);
+    /// Prints output that the program does not control, such as what a plug-in writes to std::cout.
+    /// If it ends within a line, that line is ended before anything else is printed.
+    void printForeign(Stream stream, std::string_view text);
+
+    /// Shows a status on the last line of the terminal in place of the previous one; an empty text
+    /// erases it. Call only if `isTerminal()`.
+    void showStatus(const std::string& text);
 
     /// Whether standard error can show a status.
     bool isTerminal() const { return mIsTerminal; }
@@ -33,16 +45,29 @@ public:
     /// The number of characters in a line of the terminal.
     std::size_t width() const;
 
-    /// Throws `FileError` where something could not be printed on standard output.
-    void finish();
+    /// Reserves standard output for `answer()`: everything else that would go there, including what
+    /// plug-ins write, goes to standard error from now on.
+    void reserveOutput();
+
+    /// Prints text on standard output even after `reserveOutput()`.
+    void answer(std::string_view text);
+
+    /// Throws `io::FileError` if anything could not be printed on standard output so far.
+    void requireOutput();
 
 private:
-    void noteFailure();
+    void write(Stream stream, std::string_view text);
+    void writeBytes(int descriptor, std::string_view text);
     void eraseStatus();
+    bool& isLineOpen(Stream stream) { return mIsLineOpen.at(mAreOneTarget ? Output : stream); }
 
     std::mutex mMutex;
     bool mIsTerminal;
+    /// Whether both streams lead to the same terminal or file, and so share their lines.
+    bool mAreOneTarget;
     bool mHasStatus = false;
+    std::array<bool, 3> mIsLineOpen{};
+    int mAnswerDescriptor = Output;
     int mOutputError = 0;
 };
 

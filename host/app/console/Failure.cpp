@@ -12,39 +12,39 @@ namespace tavrin::app
 
 ExitCode reportException(Console& console, bool isVerbose, bool isInterrupted)
 {
-    const auto tell = [&](const std::string& text, ExitCode code)
+    const auto fail = [&](const std::string& text, ExitCode code)
     {
-        console.line("error: " + text);
+        console.message("error: " + text);
         return code;
     };
     try
     {
         if (isInterrupted)
         {
-            console.line("interrupted");
+            console.message("interrupted");
             return Interrupted;
         }
         throw;
     }
     catch (const usage_error& error)
     {
-        return tell(error.what(), WrongUsage);
+        return fail(error.what(), WrongUsage);
     }
     catch (const io::FileError& error)
     {
-        return tell(error.what(), FileFailed);
+        return fail(error.what(), FileFailed);
     }
     catch (const ColorMapFileError& error)
     {
-        return tell(error.what(), FileFailed);
+        return fail(error.what(), FileFailed);
     }
     catch (const std::bad_alloc&)
     {
-        return tell("not enough memory", RunFailed);
+        return fail("not enough memory", RunFailed);
     }
     catch (const std::exception& error)
     {
-        tell(error.what(), RunFailed);
+        fail(error.what(), RunFailed);
         const auto* const carrier = dynamic_cast<const detail::BacktraceCarrier*>(&error);
         if (isVerbose && carrier != nullptr)
             console.lines(carrier->getBacktrace());
@@ -52,7 +52,7 @@ ExitCode reportException(Console& console, bool isVerbose, bool isInterrupted)
     }
     catch (...)
     {
-        return tell("an exception of unknown kind", RunFailed);
+        return fail("an exception of unknown kind", RunFailed);
     }
 }
 

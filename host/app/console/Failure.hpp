@@ -16,15 +16,15 @@ enum ExitCode : int
     Interrupted = 130
 };
 
-/// A run that ended without what it was asked for.
+/// A run that ended without the result it was asked for.
 class RunFailure : public runtime_error
 {
 public:
     using runtime_error::runtime_error;
 };
 
-/// Tells the exception that is being handled in one line, where `isVerbose` with the backtrace of a
-/// failed run, and returns the exit code for it. Whatever fails after an interrupt is its outcome.
+/// Prints the exception that is being handled on one line, followed by its backtrace if `isVerbose`,
+/// and returns its exit code. After an interrupt every exception counts as the interruption.
 ExitCode reportException(Console& console, bool isVerbose, bool isInterrupted);
 
 }

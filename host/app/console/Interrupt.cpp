@@ -5,6 +5,21 @@
 namespace tavrin::app
 {
 
+namespace
+{
+
+constexpr int interruptingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+bool isIgnoredHangup(int signal)
+{
+    struct sigaction current
+    {};
+    return signal == SIGHUP && sigaction(signal, nullptr, &current) == 0 &&
+           current.sa_handler == SIG_IGN;
+}
+
+}
+
 volatile bool Interrupt::sFlag = false;
 
 void Interrupt::catchSignals()
@@ -12,10 +27,11 @@ void Interrupt::catchSignals()
     struct sigaction action
     {};
     action.sa_handler = &Interrupt::handle;
-    // Reading and writing go on until the flag is looked at.
+    // Reading and writing continue until the flag is looked at.
     action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int signal : interruptingSignals)
+        if (!isIgnoredHangup(signal))
+            sigaction(signal, &action, nullptr);
 }
 
 void Interrupt::handle(int)
@@ -24,8 +40,9 @@ void Interrupt::handle(int)
     struct sigaction killing
     {};
     killing.sa_handler = SIG_DFL;
-    sigaction(SIGINT, &killing, nullptr);
-    sigaction(SIGTERM, &killing, nullptr);
+    for (const int signal : interruptingSignals)
+        if (!isIgnoredHangup(signal))
+            sigaction(signal, &killing, nullptr);
 }
 
 }

@@ -3,8 +3,9 @@
 namespace tavrin::app
 {
 
-/// Ctrl-C and the like: the first SIGINT or SIGTERM sets a flag that all work looks at, a second
-/// one kills the process.
+/// Ctrl-C and the like: the first SIGINT, SIGTERM or SIGHUP sets a flag that all long work looks
+/// at; a second signal kills the process. A SIGHUP that is ignored when the program starts, as
+/// under nohup, stays ignored.
 class Interrupt
 {
 public:

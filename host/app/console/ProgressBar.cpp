@@ -1,6 +1,6 @@
 #include "ProgressBar.hpp"
 
-#include "../text/Layout.hpp"
+#include "Messages.hpp"
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
 
 namespace tavrin::app
 {
@@ -94,8 +95,16 @@ ProgressBar::ProgressBar(Console& console, ProgressMode mode)
     : mConsole(console),
       mIsShown(mode == ProgressMode::Always || (mode == ProgressMode::Auto && console.isTerminal()))
 {
-    if (mIsShown)
-        mWatcher = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+    try
+    {
+        if (mIsShown)
+            mWatcher = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+    }
+    catch (const std::system_error&)
+    {
+        // Without a thread to draw it, the work goes on without a bar.
+        mIsShown = false;
+    }
 }
 
 ProgressBar::~ProgressBar()
@@ -105,21 +114,19 @@ ProgressBar::~ProgressBar()
     mWatcher.request_stop();
     mWatcher.join();
     if (mConsole.isTerminal())
-        mConsole.status({});
+        mConsole.showStatus({});
 }
 
-void ProgressBar::opened(const std::string& title, unsigned long total,
-                         const volatile unsigned long& counter, bool)
+void ProgressBar::opened(const ProgressReport& report)
 {
     const std::scoped_lock lock(mMutex);
-    mReports.push_back({title, total, &counter, Clock::now()});
+    mReports.push_back({&report, Clock::now()});
 }
 
-void ProgressBar::closed()
+void ProgressBar::closed(const ProgressReport& report)
 {
     const std::scoped_lock lock(mMutex);
-    if (!mReports.empty())
-        mReports.pop_back();
+    std::erase_if(mReports, [&](const OpenReport& open) { return open.report == &report; });
 }
 
 void ProgressBar::watch(const std::stop_token& stop)
@@ -137,15 +144,15 @@ void ProgressBar::watch(const std::stop_token& stop)
     }
 }
 
-void ProgressBar::show(const Report& report)
+void ProgressBar::show(const OpenReport& open)
 {
-    const std::chrono::duration<double> elapsed = Clock::now() - report.start;
-    const ProgressState state{oneLine(report.title), *report.counter, report.total,
-                              elapsed.count()};
+    const std::chrono::duration<double> elapsed = Clock::now() - open.start;
+    const ProgressState state{oneLine(open.report->title), open.report->counter.count(),
+                              open.report->total, elapsed.count()};
     if (mConsole.isTerminal())
-        mConsole.status(progressBar(state, mConsole.width() - 1));
+        mConsole.showStatus(progressBar(state, mConsole.width() - 1));
     else
-        mConsole.line("progress: " + progressText(state));
+        mConsole.message("progress: " + progressText(state));
 }
 
 }

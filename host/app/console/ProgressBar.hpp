@@ -50,30 +50,27 @@ public:
     ProgressBar& operator=(const ProgressBar&) = delete;
     ~ProgressBar() override;
 
-    void opened(const std::string& title, unsigned long total,
-                const volatile unsigned long& counter, bool canAbort) override;
-    void closed() override;
+    void opened(const ProgressReport& report) override;
+    void closed(const ProgressReport& report) override;
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    struct Report
+    struct OpenReport
     {
-        std::string title;
-        unsigned long total;
-        const volatile unsigned long* counter;
+        const ProgressReport* report;
         Clock::time_point start;
     };
 
     void watch(const std::stop_token& stop);
-    void show(const Report& report);
+    void show(const OpenReport& open);
 
     Console& mConsole;
     bool mIsShown;
     std::mutex mMutex;
     std::condition_variable_any mWakeUp;
-    /// Reports open one within another; the innermost is shown.
-    std::vector<Report> mReports;
+    /// The report that was opened last is shown.
+    std::vector<OpenReport> mReports;
     std::jthread mWatcher;
 };
 

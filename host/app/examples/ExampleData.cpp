@@ -1,6 +1,6 @@
 #include "ExampleData.hpp"
 
-#include "examples/ExampleFields.hpp"
+#include "ExampleFields.hpp"
 
 #include <tavrin/io/Writer.hpp>
 
@@ -35,11 +35,31 @@ constexpr std::array dataSets{
     DataSet{"probe3d.vti", "a plane of points to sample flow.vtu at", examples::makeProbe3d},
 };
 
+void refuseExisting(const std::filesystem::path& folder)
+{
+    const auto refuse = [](const std::filesystem::path& file)
+    {
+        std::error_code error;
+        if (std::filesystem::exists(std::filesystem::symlink_status(file, error)))
+            throw io::FileError(file, "exists; use --force to replace existing files");
+    };
+    for (const DataSet& set : dataSets)
+    {
+        const std::filesystem::path file = folder / set.file;
+        refuse(file);
+        // The steps of a series are in a folder beside it that has its name.
+        if (file.extension() == ".pvd")
+            refuse(std::filesystem::path(file).replace_extension());
+    }
 }
 
-std::vector<ExampleFile> writeExamples(const std::filesystem::path& folder,
+}
+
+std::vector<ExampleFile> writeExamples(const std::filesystem::path& folder, ExistingFiles existing,
                                        const volatile bool& abortFlag)
 {
+    if (existing == ExistingFiles::Refuse)
+        refuseExisting(folder);
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error)

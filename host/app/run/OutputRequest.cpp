@@ -3,7 +3,6 @@
 #include "../text/Layout.hpp"
 
 #include <tavrin/base/Suggestion.hpp>
-#include <tavrin/io/SeriesWriter.hpp>
 #include <tavrin/io/Writer.hpp>
 
 #include <unistd.h>
@@ -99,11 +98,7 @@ void checkFolder(const path& file)
         throw io::FileError(file, "the folder " + folder.string() + " is not writable");
     if (std::filesystem::is_directory(file, error))
         throw io::FileError(file, "is a folder");
-    if (!std::filesystem::exists(file, error))
-        return;
-    if (!std::filesystem::is_regular_file(file, error))
-        throw io::FileError(file, "exists and is not a regular file");
-    if (access(file.c_str(), W_OK) != 0)
+    if (std::filesystem::exists(file, error) && access(file.c_str(), W_OK) != 0)
         throw io::FileError(file, "exists and is not writable");
 }
 

@@ -1,8 +1,8 @@
 #include "Picture.hpp"
 
-#include <tavrin/base/LexicalCast.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 #include <tavrin/function/Function.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 namespace tavrin::app
 {

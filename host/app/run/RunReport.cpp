@@ -22,6 +22,25 @@ std::size_t peakMemoryBytes()
     return 0;
 }
 
+Json jsonOf(const ReportValue& value)
+{
+    const auto* const members = std::get_if<ReportValue::Members>(&value.content());
+    if (members == nullptr)
+        return std::visit(
+            [](const auto& content) -> Json
+            {
+                if constexpr (std::is_constructible_v<Json, decltype(content)>)
+                    return content;
+                else
+                    return {};
+            },
+            value.content());
+    Json object = Json::object();
+    for (const auto& [name, member] : *members)
+        object[name] = jsonOf(member);
+    return object;
+}
+
 Json RunReport::toJson() const
 {
     Json outputList = Json::array();
@@ -39,8 +58,8 @@ Json RunReport::toJson() const
                 {"infoLog", linesOf(infoLog)},
                 {"debugLog", linesOf(debugLog)},
                 {"outputs", std::move(outputList)}};
-    for (const auto& [group, counts] : statistics)
-        report[group] = counts;
+    for (const auto& [name, value] : results)
+        report[name] = jsonOf(value);
     return report;
 }
 

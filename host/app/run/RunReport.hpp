@@ -34,8 +34,8 @@ struct RunReport
     std::string infoLog;
     std::string debugLog;
     std::vector<Output> outputs;
-    /// What the algorithm has counted, by group and name.
-    Statistics statistics;
+    /// What the algorithm reported.
+    ReportValue::Members results;
 
     Json toJson() const;
 };

@@ -1,7 +1,8 @@
 #include "AlgorithmSheet.hpp"
 
-#include "../run/ColorMapInput.hpp"
 #include "Layout.hpp"
+
+#include <tavrin/pipeline/ColorMapInput.hpp>
 
 #include <algorithm>
 
@@ -22,10 +23,10 @@ bool takesData(const Option& option)
 /// How a data option is given.
 std::string placeholder(const InputBase& input)
 {
-    if (takesColorMap(input))
+    if (pipeline::takesColorMap(input))
         return "COLORMAP";
     const auto* const data = dynamic_cast<const InputDataObject*>(&input);
-    return data != nullptr && data->dataSort() == DataSort::Domain ? "FILE" : "FILE#ARRAY";
+    return data != nullptr && dataSortOf(data->types()) == DataSort::Domain ? "FILE" : "FILE#ARRAY";
 }
 
 /// The lines about what an option takes and has.
@@ -52,7 +53,7 @@ std::string remarks(const Option& option)
     if (option.isRequired)
         text += " (required)";
     if (!option.isVisible)
-        text += " (hidden: not used with these values)";
+        text += " (hidden)";
     return text;
 }
 

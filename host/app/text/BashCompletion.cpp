@@ -176,7 +176,7 @@ std::vector<std::string> valuesOf(const AlgorithmDescription::Option& option)
     return option.choices;
 }
 
-std::string commandFunctions(const Program& program)
+std::string commandFunctions(const ProgramDeclaration& program)
 {
     std::vector<std::string> commands;
     std::string flags;
@@ -190,13 +190,13 @@ std::string commandFunctions(const Program& program)
     };
     const std::vector<std::string> global = optionNames(program.syntax);
     addTakingValue(program.syntax);
-    for (const auto& command : program.commands)
+    for (const CommandDeclaration& command : program.commands)
     {
-        commands.push_back(command->text().name);
-        std::vector<std::string> names = optionNames(command->syntax());
+        commands.push_back(command.text.name);
+        std::vector<std::string> names = optionNames(command.syntax);
         names.insert(names.end(), global.begin(), global.end());
-        flags += branch(command->text().name, printing(names));
-        addTakingValue(command->syntax());
+        flags += branch(command.text.name, printing(names));
+        addTakingValue(command.syntax);
     }
     flags += branch("''", printing(global));
     return function("_tavrin_commands", "    " + printing(commands) + '\n') +
@@ -236,7 +236,7 @@ std::string algorithmFunctions(const std::vector<AlgorithmDescription>& algorith
 
 }
 
-std::string bashCompletion(const Program& program,
+std::string bashCompletion(const ProgramDeclaration& program,
                            const std::vector<AlgorithmDescription>& algorithms)
 {
     return "# Completion of tavrin for bash, made by \"tavrin completion bash\".\n" +

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../Program.hpp"
+#include "CommandText.hpp"
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 
@@ -8,7 +8,7 @@ namespace tavrin::app
 {
 
 /// A script for bash that completes commands, options, algorithms, NAME=VALUE, choices and files.
-std::string bashCompletion(const Program& program,
+std::string bashCompletion(const ProgramDeclaration& program,
                            const std::vector<AlgorithmDescription>& algorithms);
 
 }

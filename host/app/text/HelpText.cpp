@@ -2,6 +2,8 @@
 
 #include "Layout.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 namespace tavrin::app
@@ -85,30 +87,30 @@ const std::vector<Topic>& helpTopics()
     return topics;
 }
 
-std::string helpText(const Program& program)
+std::string helpText(const ProgramDeclaration& program)
 {
     std::string page = "Usage: tavrin [OPTION]... COMMAND ...\n\n" +
                        program.syntax.get_description() + "\n\nCommands:\n";
     std::vector<std::vector<std::string>> rows;
     std::ranges::transform(program.commands, std::back_inserter(rows),
-                           [](const auto& command) {
-                               return std::vector{command->text().name, command->text().summary};
+                           [](const CommandDeclaration& command) {
+                               return std::vector{command.text.name, command.text.summary};
                            });
     page += alignedColumns(rows, 2);
     page += "\nOptions of every command:\n" + optionTable(program.syntax);
     for (const Topic& topic : helpTopics())
         page += "\n" + topic.title + ":\n" + paragraphs(topic.text);
     page += "\nExamples:\n";
-    for (const auto& command : program.commands)
-        if (!command->text().examples.empty())
-            page += exampleTable({command->text().examples.front()});
+    for (const CommandDeclaration& command : program.commands)
+        if (!command.text.examples.empty())
+            page += exampleTable({command.text.examples.front()});
     return page + "\n\"tavrin COMMAND --help\" tells more about a command.\n";
 }
 
-std::string helpText(const Command& command)
+std::string helpText(const CommandDeclaration& command)
 {
-    const Command::Text& text = command.text();
-    const std::string options = optionTable(command.syntax());
+    const CommandText& text = command.text;
+    const std::string options = optionTable(command.syntax);
     std::string page = "Usage: tavrin " + text.name + (text.words.empty() ? "" : " " + text.words) +
                        (options.empty() ? "" : " [OPTION]...") + "\n\n" + text.summary + ".\n";
     if (!text.details.empty())

@@ -1,29 +1,29 @@
 #pragma once
 
-#include "../Program.hpp"
+#include "CommandText.hpp"
 
 namespace tavrin::app
 {
 
-/// What `tavrin --help` prints.
-std::string helpText(const Program& program);
+/// The text that `tavrin --help` prints.
+std::string helpText(const ProgramDeclaration& program);
 
-/// What `tavrin COMMAND --help` prints.
-std::string helpText(const Command& command);
+/// The text that `tavrin COMMAND --help` prints.
+std::string helpText(const CommandDeclaration& command);
 
-/// An option of the command line as texts.
+/// The texts of one option of the command line.
 struct OptionText
 {
     /// "-o", "--output".
     std::vector<std::string> names;
-    /// What the option takes, "PORT=FILE"; empty for a flag.
+    /// The placeholder of the value, "PORT=FILE"; empty for a flag.
     std::string value;
     std::string description;
 };
 
 std::vector<OptionText> optionTexts(const CLI::App& syntax);
 
-/// Topics that concern several commands.
+/// A section of the help that concerns several commands.
 struct Topic
 {
     std::string title;

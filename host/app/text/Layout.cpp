@@ -1,5 +1,7 @@
 #include "Layout.hpp"
 
+#include "../console/Messages.hpp"
+
 #include <algorithm>
 #include <sstream>
 #include <utility>
@@ -34,18 +36,6 @@ std::vector<std::string> linesOf(const std::string& text)
     for (std::string line; std::getline(stream, line);)
         lines.push_back(std::move(line));
     return lines;
-}
-
-std::string oneLine(std::string text)
-{
-    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
-    std::ranges::replace_if(text, isControl, ' ');
-    // Those of the second kind are two bytes in UTF-8.
-    for (std::size_t i = 0; i + 1 < text.size(); ++i)
-        if (text[i] == '\xc2' && static_cast<unsigned char>(text[i + 1]) < 0xa0)
-            text.replace(i, 2, " ");
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
 }
 
 std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size_t indent,

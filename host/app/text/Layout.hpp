@@ -8,7 +8,7 @@
 namespace tavrin::app
 {
 
-/// The width of plain text.
+/// The number of characters in a line of wrapped text.
 inline constexpr std::size_t pageWidth = 100;
 
 /// The texts with a separator between them.
@@ -17,25 +17,23 @@ std::string joined(std::span<const std::string> texts, std::string_view separato
 /// The lines of a text, without their ends.
 std::vector<std::string> linesOf(const std::string& text);
 
-/// Replaces control characters by blanks, so that a text stays in one line.
-std::string oneLine(std::string text);
-
-/// What happens to long texts in the last column of a table.
+/// The treatment of long texts in the last column of a table.
 enum class LastColumn
 {
     Wrapped,
-    AsItIs
+    Unwrapped
 };
 
-/// Rows of cells as lines of aligned columns, two blanks apart, without control characters.
+/// Rows of cells as lines of aligned columns that are two blanks apart. Control characters become
+/// blanks.
 std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size_t indent = 0,
                            LastColumn lastColumn = LastColumn::Wrapped);
 
-/// A text broken between words into lines of at most `pageWidth` characters, all but the first
-/// indented. Without a line end.
+/// Breaks a text between words into lines of at most `pageWidth` characters, a longer word being
+/// left whole. All lines but the first are indented; the last has no line end.
 std::string wrapped(std::string_view text, std::size_t indent);
 
-/// A word as it is written in a shell: in quotes where it needs them.
+/// A word as it is written in a shell: in quotes if it needs them.
 std::string shellWord(const std::string& word);
 
 }

@@ -3,6 +3,8 @@
 #include "HelpText.hpp"
 #include "Layout.hpp"
 
+#include <CLI/CLI.hpp>
+
 namespace tavrin::app
 {
 
@@ -65,12 +67,12 @@ std::string optionEntries(const CLI::App& syntax)
     return roff;
 }
 
-std::string commandSection(const Command& command)
+std::string commandSection(const CommandDeclaration& command)
 {
-    const Command::Text& text = command.text();
+    const CommandText& text = command.text;
     return subheading("tavrin " + text.name + (text.words.empty() ? "" : " " + text.words)) +
            escaped(text.summary) + ".\n" + (text.details.empty() ? "" : paragraphs(text.details)) +
-           optionEntries(command.syntax());
+           optionEntries(command.syntax);
 }
 
 std::string algorithmSection(const AlgorithmDescription& algorithm)
@@ -92,7 +94,8 @@ std::string algorithmSection(const AlgorithmDescription& algorithm)
 
 }
 
-std::string manualPage(const Program& program, const std::vector<AlgorithmDescription>& algorithms)
+std::string manualPage(const ProgramDeclaration& program,
+                       const std::vector<AlgorithmDescription>& algorithms)
 {
     std::string roff =
         ".TH TAVRIN 1 \"\" \"tavrin " TAVRIN_VERSION "\" \"User Commands\"\n.nh\n.ad l\n" +
@@ -100,16 +103,16 @@ std::string manualPage(const Program& program, const std::vector<AlgorithmDescri
         heading("SYNOPSIS") + ".B tavrin\n[\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n" +
         heading("DESCRIPTION") + escaped(program.syntax.get_description()) + '\n' +
         heading("OPTIONS") + optionEntries(program.syntax) + heading("COMMANDS");
-    for (const auto& command : program.commands)
-        roff += commandSection(*command);
+    for (const CommandDeclaration& command : program.commands)
+        roff += commandSection(command);
     roff += heading("ALGORITHMS");
     for (const AlgorithmDescription& algorithm : algorithms)
         roff += algorithmSection(algorithm);
     for (const Topic& topic : helpTopics())
         roff += heading('"' + topic.title + '"') + paragraphs(topic.text);
     roff += heading("EXAMPLES");
-    for (const auto& command : program.commands)
-        for (const Example& example : command->text().examples)
+    for (const CommandDeclaration& command : program.commands)
+        for (const Example& example : command.text.examples)
             roff += entry(example.command, example.meaning);
     return roff;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../Program.hpp"
+#include "CommandText.hpp"
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 
@@ -8,6 +8,7 @@ namespace tavrin::app
 {
 
 /// The manual page tavrin(1) in roff.
-std::string manualPage(const Program& program, const std::vector<AlgorithmDescription>& algorithms);
+std::string manualPage(const ProgramDeclaration& program,
+                       const std::vector<AlgorithmDescription>& algorithms);
 
 }

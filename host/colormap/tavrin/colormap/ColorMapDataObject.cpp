@@ -1,7 +1,7 @@
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 

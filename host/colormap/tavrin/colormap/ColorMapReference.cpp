@@ -1,6 +1,6 @@
 #include <tavrin/colormap/ColorMapReference.hpp>
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 

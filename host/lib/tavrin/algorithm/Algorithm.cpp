@@ -5,23 +5,20 @@ namespace tavrin
 
 Algorithm::Progress::Progress(const Algorithm& algorithm, const std::string& title,
                               unsigned long total, bool canAbort)
-    : mObserver(algorithm.host().progressObserver)
+    : mReports(algorithm.host().progressReports), mReport{title, total, canAbort, *this}
 {
-    if (mObserver != nullptr)
-        mObserver->opened(title, total, mCounter, canAbort);
+    mReports.open(mReport);
 }
 
 Algorithm::Progress::~Progress()
 {
-    if (mObserver != nullptr)
-        mObserver->closed();
+    mReports.close(mReport);
 }
 
 void DataAlgorithm::announceResult(const std::string& portName, const Domain& domain,
                                    std::size_t numTimeSteps) const
 {
-    if (host().resultListener)
-        host().resultListener(portName, domain, numTimeSteps);
+    host().listener.announced(portName, domain, numTimeSteps);
 }
 
 void DataAlgorithm::setResult(const std::string& portName, std::shared_ptr<const DataObject> object)

@@ -2,35 +2,31 @@
 
 #include <tavrin/algorithm/Options.hpp>
 #include <tavrin/algorithm/Outputs.hpp>
+#include <tavrin/algorithm/Progress.hpp>
+#include <tavrin/algorithm/ReportValue.hpp>
 
-#include <atomic>
-#include <cstdint>
 #include <iosfwd>
-#include <map>
 
 namespace tavrin
 {
 
-/// Watches the progress of long work.
-class TAVRIN_API ProgressObserver
+class Domain;
+
+/// What a host hears from an algorithm beside its results and logs.
+class TAVRIN_API AlgorithmListener
 {
 public:
-    /// A report of work that will count `counter` up to `total`. The counter is read at leisure
-    /// until `closed`. `canAbort` says whether the work looks at the abort flag.
-    virtual void opened(const std::string& title, unsigned long total,
-                        const volatile unsigned long& counter, bool canAbort) = 0;
-    virtual void closed() = 0;
+    virtual void hinted(const std::string& text) = 0;
+    virtual void suggested(const std::string& option, const std::string& value) = 0;
+    virtual void reported(const std::string& name, ReportValue value) = 0;
 
-    virtual ~ProgressObserver() = default;
+    /// Before long work for a result whose values will be on `domain`, of `numTimeSteps` steps. An
+    /// exception ends the run.
+    virtual void announced(const std::string& portName, const Domain& domain,
+                           std::size_t numTimeSteps) = 0;
+
+    virtual ~AlgorithmListener() = default;
 };
-
-/// Told of a result before the work for it: the values will be on `domain`, of `numTimeSteps` steps.
-/// What it throws ends the run.
-using ResultListener = std::function<void(const std::string& portName, const Domain& domain,
-                                          std::size_t numTimeSteps)>;
-
-/// What a run has counted, for reports: numbers by group and name, such as "samples": "total".
-using Statistics = std::map<std::string, std::map<std::string, std::uint64_t>>;
 
 /// Base of all algorithms. An instance may be executed any number of times.
 class TAVRIN_API Algorithm
@@ -43,11 +39,8 @@ public:
         std::ostream& debugLog;
         DataOutputs::Control& dataOutputs;
         VisOutputs::Control& visOutputs;
-        Statistics& statistics;
-        /// May be null.
-        ProgressObserver*& progressObserver;
-        /// May be empty.
-        const ResultListener& resultListener;
+        ProgressReports& progressReports;
+        AlgorithmListener& listener;
     };
 
     class Progress;
@@ -62,15 +55,27 @@ public:
     virtual void execute(const Options& options, const volatile bool& abortFlag) = 0;
 
 protected:
-    /// Reports for the user; every message ends with a line end.
+    /// The report for the user in prose; every message ends with a line end.
     std::ostream& infoLog() const { return mHost.infoLog; }
-    /// Diagnostics.
+
+    /// Diagnostics; every message ends with a line end.
     std::ostream& debugLog() const { return mHost.debugLog; }
 
-    /// Reports a number. Only of what was delivered: a run that publishes nothing has none.
-    void setStatistic(const std::string& group, const std::string& name, std::uint64_t count)
+    /// Advice to the user, one line without its end: what may be wrong with the input, or which
+    /// option would serve better.
+    void hint(const std::string& text) const { mHost.listener.hinted(text); }
+
+    /// A better value for an option, as a text that the option takes. Front ends offer it, or use it
+    /// where the user left the choice to the algorithm.
+    void suggest(const std::string& option, const std::string& value) const
     {
-        mHost.statistics[group][name] = count;
+        mHost.listener.suggested(option, value);
+    }
+
+    /// A result for programs, at full precision. A second report of one name replaces the first.
+    void report(const std::string& name, ReportValue value) const
+    {
+        mHost.listener.reported(name, std::move(value));
     }
 
     InitData& host() const { return mHost; }
@@ -79,30 +84,20 @@ private:
     InitData& mHost;
 };
 
-/// A progress report: open while the object lives. The work adds to the counter, which the object
-/// converts to.
-class TAVRIN_API Algorithm::Progress
+/// A progress report: open while the object lives, and at the longest to the end of the execution.
+/// The work advances the counter, from any of its threads.
+class TAVRIN_API Algorithm::Progress : public ProgressCounter
 {
 public:
+    /// `total` is the count at the end of the work, 0 where it is not known; `canAbort` says whether
+    /// the work checks the abort flag.
     Progress(const Algorithm& algorithm, const std::string& title, unsigned long total,
              bool canAbort = true);
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    operator unsigned long volatile&() { return mCounter; }
-
-    /// Adds to the counter; may be called from several threads.
-    void advance(unsigned long count = 1)
-    {
-        std::atomic_ref(const_cast<unsigned long&>(mCounter))
-            .fetch_add(count, std::memory_order_relaxed);
-    }
-
 private:
-    ProgressObserver* mObserver;
-    // Alone in its cache line: several threads may write it.
-    alignas(64) volatile unsigned long mCounter = 0;
+    ProgressReports& mReports;
+    ProgressReport mReport;
 };
 
 /// An algorithm that publishes data objects.

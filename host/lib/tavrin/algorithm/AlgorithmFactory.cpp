@@ -1,5 +1,8 @@
 #include <tavrin/algorithm/AlgorithmFactory.hpp>
 
+#include <algorithm>
+#include <cctype>
+
 namespace tavrin
 {
 
@@ -13,6 +16,10 @@ AlgorithmFactory::AlgorithmFactory(std::string name, std::string description, Al
       mDeclareVisOutputs(std::move(declareVisOutputs)), mMakeAlgorithm(std::move(makeAlgorithm)),
       mMakeInteractions(std::move(makeInteractions))
 {
+    const auto isControl = [](char character)
+    { return std::iscntrl(static_cast<unsigned char>(character)) != 0; };
+    if (mName.empty() || std::ranges::any_of(mName, isControl))
+        throw logic_error("the name of an algorithm must be one line of printable characters");
 }
 
 std::unique_ptr<Options> AlgorithmFactory::makeOptions(Options::Control& control) const
@@ -40,5 +47,14 @@ std::unique_ptr<InteractionAlgorithm::Interactions> AlgorithmFactory::makeIntera
 {
     return mMakeInteractions(initData);
 }
+
+template<typename Factory>
+RegistrationService<Factory>& RegistrationService<Factory>::getInstance()
+{
+    static RegistrationService service(Factory::registrationLabel);
+    return service;
+}
+
+template class RegistrationService<AlgorithmFactory>;
 
 }

@@ -23,7 +23,7 @@ std::shared_ptr<AlgorithmFactory> findFactory(const RegistrationService<Algorith
     throw usage_error("unknown algorithm \"" + name + "\"" + suggestionFor(name, names));
 }
 
-/// Runs a change of an option and lets its refusal say which option it was.
+/// Changes an option and lets a refusal name the option.
 template<typename Change>
 void refuseForOption(const std::string& option, const Change& change)
 {
@@ -68,7 +68,7 @@ AlgorithmDescription::Option describeInput(const InputBase& input)
     }
     if (const auto* const bundle = dynamic_cast<const InputDataObjectBundle*>(&input))
     {
-        option.types = {DataObjectBundle::classTypeId().name()};
+        option.types = bundle->memberTypes().descriptions();
         option.isConnected = bundle->bundle() != nullptr;
     }
     return option;
@@ -78,7 +78,8 @@ AlgorithmDescription::Option describeInput(const InputBase& input)
 
 AlgorithmRun::AlgorithmRun(const RegistrationService<AlgorithmFactory>& registry,
                            const std::string& algorithmName)
-    : mFactory(findFactory(registry, algorithmName)), mOptions(mFactory->makeOptions(mControl))
+    : mFactory(findFactory(registry, algorithmName)), mObserver(&mNobody),
+      mOptions(mFactory->makeOptions(mControl))
 {
     mFactory->declareDataOutputs(mDataOutputs);
     mFactory->declareVisOutputs(mVisOutputs);
@@ -108,17 +109,17 @@ void AlgorithmRun::connect(const std::string& option, std::shared_ptr<const Data
     const auto input = findInput(option);
     if (const auto data = std::dynamic_pointer_cast<InputDataObject>(input))
     {
-        refuseForOption(option, [&] { data->setDataObject(std::move(object)); });
+        refuseForOption(option, [&] { data->setDataObject(object); });
         return;
     }
     const auto bundleInput = std::dynamic_pointer_cast<InputDataObjectBundle>(input);
     if (bundleInput == nullptr)
-        throw usage_error("option \"" + option + "\" takes no data, it is a " +
-                          std::string(nameOf(input->kind())));
+        throw usage_error("option \"" + option + "\" takes no data; it is a " +
+                          std::string(nameOf(input->kind())) + " option");
     auto bundle = std::dynamic_pointer_cast<const DataObjectBundle>(object);
     if (bundle == nullptr && object != nullptr)
         bundle = std::make_shared<DataObjectBundle>(DataObjectBundle::Members{std::move(object)});
-    refuseForOption(option, [&] { bundleInput->setBundle(std::move(bundle)); });
+    refuseForOption(option, [&] { bundleInput->setBundle(bundle); });
 }
 
 void AlgorithmRun::setText(const std::string& option, const std::string& text)
@@ -137,18 +138,70 @@ void AlgorithmRun::setFrom(const std::string& option, const std::string& text,
     const auto input = findInput(option);
     auto* const value = dynamic_cast<InputValueBase*>(input.get());
     if (value == nullptr)
-        throw usage_error("option \"" + option + "\" takes no text, it is a " +
-                          std::string(nameOf(input->kind())));
+        throw usage_error("option \"" + option + "\" takes no text; it is a " +
+                          std::string(nameOf(input->kind())) + " option");
     refuseForOption(option, [&] { (value->*set)(text); });
 }
 
-void AlgorithmRun::execute(const volatile bool& abortFlag, ProgressObserver* observer)
+void AlgorithmRun::execute(const volatile bool& abortFlag, RunObserver* observer)
 {
-    mInfoLog.str({});
-    mDebugLog.str({});
-    mStatistics.clear();
-    mObserver = observer;
+    mInfoLog.restart();
+    mDebugLog.restart();
+    mHints.clear();
+    mSuggestions.clear();
+    mResults.clear();
+
+    /// Lets the observer follow the execution, however that ends.
+    class Observation
+    {
+    public:
+        Observation(AlgorithmRun& run, RunObserver* observer) : mRun(run)
+        {
+            mRun.mObserver = observer != nullptr ? observer : &mRun.mNobody;
+            mRun.mProgressReports.observeBy(mRun.mObserver);
+        }
+        Observation(const Observation&) = delete;
+        Observation& operator=(const Observation&) = delete;
+        ~Observation()
+        {
+            mRun.mProgressReports.observeBy(nullptr);
+            mRun.mInfoLog.finishLine();
+            mRun.mDebugLog.finishLine();
+            mRun.mObserver = &mRun.mNobody;
+        }
+
+    private:
+        AlgorithmRun& mRun;
+    };
+    const Observation observation(*this, observer);
     mAlgorithm->execute(*mOptions, abortFlag);
+}
+
+void AlgorithmRun::hinted(const std::string& text)
+{
+    mHints.push_back(text);
+    mObserver->hinted(text);
+}
+
+void AlgorithmRun::suggested(const std::string& option, const std::string& value)
+{
+    static_cast<void>(findInput(option));
+    mSuggestions.insert_or_assign(option, value);
+}
+
+void AlgorithmRun::reported(const std::string& name, ReportValue value)
+{
+    const auto earlier = std::ranges::find(mResults, name, &ReportMember::name);
+    if (earlier != mResults.end())
+        earlier->value = std::move(value);
+    else
+        mResults.push_back({name, std::move(value)});
+}
+
+void AlgorithmRun::announced(const std::string& portName, const Domain& domain,
+                             std::size_t numTimeSteps)
+{
+    mObserver->announced(portName, domain, numTimeSteps);
 }
 
 std::shared_ptr<const DataObject> AlgorithmRun::result(const std::string& port) const

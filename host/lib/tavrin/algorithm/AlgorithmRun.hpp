@@ -1,9 +1,10 @@
 #pragma once
 
 #include <tavrin/algorithm/AlgorithmFactory.hpp>
+#include <tavrin/algorithm/RunLog.hpp>
 #include <tavrin/plugin/RegistrationService.hpp>
 
-#include <sstream>
+#include <map>
 
 namespace tavrin
 {
@@ -16,7 +17,7 @@ struct AlgorithmDescription
         InputKind kind;
         std::string name;
         std::string help;
-        /// The group that the option stands in; empty outside of groups.
+        /// The name of the group that the option belongs to; empty outside of groups.
         std::string group;
         /// Whether a gap separates it from the option before.
         bool afterSeparator = false;
@@ -25,9 +26,10 @@ struct AlgorithmDescription
         /// As texts; empty for data. The text of a label is its value.
         std::string defaultValue;
         std::string value;
-        /// Of a choice.
+        /// The texts that a choice offers.
         std::vector<std::string> choices;
-        /// The classes of data object that are accepted.
+        /// What a person calls the data objects that are accepted, as themselves or as members of a
+        /// bundle.
         std::vector<std::string> types;
         /// Whether a data object is connected.
         bool isConnected = false;
@@ -49,9 +51,38 @@ struct AlgorithmDescription
     std::vector<Output> outputs;
 };
 
+/// Follows the execution of an algorithm as it happens, on the thread that executes it. Every
+/// function does nothing unless it is overridden.
+class TAVRIN_API RunObserver : public ProgressObserver
+{
+public:
+    void opened(const ProgressReport&) override {}
+    void closed(const ProgressReport&) override {}
+
+    /// A complete line of the information log or the debug log, without its end.
+    virtual void infoLine(const std::string&) {}
+    virtual void debugLine(const std::string&) {}
+
+    /// A hint of the algorithm, without a line end.
+    virtual void hinted(const std::string&) {}
+
+    /// The algorithm is about to work on a result whose values will be on `domain`, of
+    /// `numTimeSteps` steps. An exception ends the run.
+    virtual void announced(const std::string& /*port*/, const Domain& /*domain*/,
+                           std::size_t /*numTimeSteps*/)
+    {
+    }
+};
+
 /// Runs one algorithm for a front end: makes its options, outputs and instance, sets its inputs,
 /// executes it and collects what it delivers. May be executed any number of times.
-class TAVRIN_API AlgorithmRun
+///
+///     AlgorithmRun run(registry, "Field/Info");
+///     run.connect("Field", velocity);
+///     run.setText("Compute median", "true");
+///     run.execute(abortFlag);
+///     std::cout << run.infoLog();
+class TAVRIN_API AlgorithmRun : private AlgorithmListener
 {
 public:
     /// Throws `usage_error` for an unknown algorithm, with the nearest name where one is near.
@@ -70,22 +101,27 @@ public:
     /// option, one that takes no text, or a text that it does not accept.
     void setText(const std::string& option, const std::string& text);
 
-    /// The same past the validator, for values that a choice does not offer.
+    /// Sets an option from a text without asking its validator, for values that a choice does not
+    /// offer. Throws as `setText`.
     void setDirectly(const std::string& option, const std::string& text);
 
     /// The input behind an option. Throws `usage_error` for an unknown one.
     const InputBase& input(const std::string& option) const;
 
-    /// Who hears of results before the work for them, from algorithms that announce them.
-    void setResultListener(ResultListener listener) { mResultListener = std::move(listener); }
+    /// Executes the algorithm. Logs, hints and reports of an earlier execution are dropped first.
+    /// `observer`, which may be null, follows the execution and is not used afterwards. Exceptions
+    /// pass through.
+    void execute(const volatile bool& abortFlag, RunObserver* observer = nullptr);
 
-    /// Executes the algorithm; the logs and statistics of an earlier execution are dropped before.
-    /// Exceptions pass through.
-    void execute(const volatile bool& abortFlag, ProgressObserver* observer = nullptr);
+    const std::string& infoLog() const { return mInfoLog.text(); }
+    const std::string& debugLog() const { return mDebugLog.text(); }
+    const std::vector<std::string>& hints() const { return mHints; }
 
-    std::string infoLog() const { return mInfoLog.str(); }
-    std::string debugLog() const { return mDebugLog.str(); }
-    const Statistics& statistics() const { return mStatistics; }
+    /// The values that the algorithm suggests, by option.
+    const std::map<std::string, std::string>& suggestions() const { return mSuggestions; }
+
+    /// What the algorithm reported, in the order of the first report of each name.
+    const ReportValue::Members& results() const { return mResults; }
 
     /// What was published on an output, or null. Throws `usage_error` for an unknown output.
     std::shared_ptr<const DataObject> result(const std::string& port) const;
@@ -94,20 +130,30 @@ public:
     AlgorithmDescription describe() const;
 
 private:
+    void hinted(const std::string& text) override;
+    void suggested(const std::string& option, const std::string& value) override;
+    void reported(const std::string& name, ReportValue value) override;
+    void announced(const std::string& portName, const Domain& domain,
+                   std::size_t numTimeSteps) override;
+
     void setFrom(const std::string& option, const std::string& text,
                  void (InputValueBase::*set)(const std::string&));
     std::shared_ptr<InputBase> findInput(const std::string& option) const;
 
     std::shared_ptr<AlgorithmFactory> mFactory;
-    std::ostringstream mInfoLog;
-    std::ostringstream mDebugLog;
+    /// Never null; one that does nothing between executions.
+    RunObserver* mObserver;
+    RunObserver mNobody;
+    RunLog mInfoLog{[this](const std::string& line) { mObserver->infoLine(line); }};
+    RunLog mDebugLog{[this](const std::string& line) { mObserver->debugLine(line); }};
+    std::vector<std::string> mHints;
+    std::map<std::string, std::string> mSuggestions;
+    ReportValue::Members mResults;
     DataOutputs::Control mDataOutputs;
     VisOutputs::Control mVisOutputs;
-    Statistics mStatistics;
-    ProgressObserver* mObserver = nullptr;
-    ResultListener mResultListener;
-    Algorithm::InitData mInitData{mInfoLog,    mDebugLog, mDataOutputs,   mVisOutputs,
-                                  mStatistics, mObserver, mResultListener};
+    ProgressReports mProgressReports;
+    Algorithm::InitData mInitData{mInfoLog.stream(), mDebugLog.stream(), mDataOutputs,
+                                  mVisOutputs,       mProgressReports,   *this};
     Options::Control mControl;
     std::unique_ptr<Options> mOptions;
     std::unique_ptr<Algorithm> mAlgorithm;

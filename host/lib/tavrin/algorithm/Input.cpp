@@ -22,7 +22,7 @@ std::string alternatives(const RTTICollection& types)
     return text;
 }
 
-/// What was given instead.
+/// "a function of type 3-D Vector on Points", for messages about objects that are not accepted.
 std::string descriptionOf(const DataObject& object)
 {
     if (const auto* const function = dynamic_cast<const FunctionBase*>(&object))
@@ -52,12 +52,6 @@ InputBase::InputBase(InputKind kind, std::string name, std::string description)
 {
 }
 
-void InputBase::notifyChanged() const
-{
-    if (mListener != nullptr)
-        mListener->inputChanged(mName);
-}
-
 InputChoices::InputChoices(std::string name, std::string description,
                            std::vector<std::string> choices, std::string defaultChoice)
     : InputArithmeticImpl(InputKind::Choice, std::move(name), std::move(description),
@@ -82,49 +76,59 @@ InputLabel::InputLabel(std::string name, std::string description, std::string te
 {
 }
 
-InputDataObject::InputDataObject(std::string name, std::string description, RTTICollection types,
-                                 DataSort sort, Filter filter)
+InputDataObject::InputDataObject(std::string name, std::string description, AcceptedTypes types,
+                                 Filter filter)
     : InputBase(InputKind::Data, std::move(name), std::move(description)), mTypes(std::move(types)),
-      mSort(sort), mFilter(std::move(filter))
+      mFilter(std::move(filter))
 {
 }
 
-bool InputDataObject::accepts(const DataObject& object) const
+bool InputDataObject::accepts(const std::shared_ptr<const DataObject>& object) const
 {
-    return mTypes.accepts(object) && mFilter(object);
+    const auto taken = mTypes.take(object);
+    return taken != nullptr && (!mFilter || mFilter(*taken));
 }
 
-void InputDataObject::setDataObject(std::shared_ptr<const DataObject> object)
+void InputDataObject::setDataObject(const std::shared_ptr<const DataObject>& object)
 {
-    if (object != nullptr && !mTypes.accepts(*object))
-        throw usage_error("it takes " + alternatives(mTypes) + ", not " + descriptionOf(*object));
-    if (object != nullptr && !mFilter(*object))
+    auto taken = mTypes.take(object);
+    if (object != nullptr && taken == nullptr)
+        throw usage_error("it takes " + alternatives(types()) + ", not " + descriptionOf(*object));
+    if (taken != nullptr && mFilter && !mFilter(*taken))
         throw usage_error("it does not take " + descriptionOf(*object));
-    if (object == mObject)
-        return;
-    mObject = std::move(object);
-    notifyChanged();
+    if (taken != mObject)
+        change(mObject, std::move(taken));
 }
 
 InputDataObjectBundle::InputDataObjectBundle(std::string name, std::string description,
-                                             RTTICollection memberTypes, Filter filter)
+                                             AcceptedTypes memberTypes, Filter filter)
     : InputBase(InputKind::Bundle, std::move(name), std::move(description)),
       mMemberTypes(std::move(memberTypes)), mFilter(std::move(filter))
 {
 }
 
-void InputDataObjectBundle::setBundle(std::shared_ptr<const DataObjectBundle> bundle)
+void InputDataObjectBundle::setBundle(const std::shared_ptr<const DataObjectBundle>& bundle)
 {
-    const auto isForeign = [&](const auto& member)
-    { return member == nullptr || !mMemberTypes.accepts(*member); };
-    if (bundle != nullptr && std::ranges::any_of(bundle->members(), isForeign))
-        throw usage_error("each member has to be " + alternatives(mMemberTypes));
-    if (bundle != nullptr && !mFilter(*bundle))
-        throw usage_error("it does not take this object");
-    if (bundle == mBundle)
-        return;
-    mBundle = std::move(bundle);
-    notifyChanged();
+    std::shared_ptr<const DataObjectBundle> taken;
+    if (bundle != nullptr)
+    {
+        DataObjectBundle::Members members;
+        for (const auto& member : bundle->members())
+        {
+            members.push_back(mMemberTypes.take(member));
+            if (members.back() == nullptr)
+                throw usage_error("each member has to be " + alternatives(memberTypes()) +
+                                  (member == nullptr ? "" : ", not " + descriptionOf(*member)));
+        }
+        taken = members == bundle->members()
+                    ? bundle
+                    : std::make_shared<const DataObjectBundle>(std::move(members));
+    }
+    if (taken != nullptr && mFilter && !mFilter(*taken))
+        throw usage_error("it does not take these " + std::to_string(taken->members().size()) +
+                          " objects");
+    if (taken != mBundle)
+        change(mBundle, std::move(taken));
 }
 
 }

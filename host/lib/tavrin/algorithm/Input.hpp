@@ -1,12 +1,9 @@
 #pragma once
 
-#include <tavrin/base/DataObject.hpp>
+#include <tavrin/algorithm/AcceptedTypes.hpp>
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/base/LexicalCast.hpp>
-#include <tavrin/base/TypeList.hpp>
-#include <tavrin/domain/Domain.hpp>
-#include <tavrin/function/Function.hpp>
 #include <tavrin/value/Color.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <functional>
 #include <string>
@@ -15,16 +12,17 @@
 namespace tavrin
 {
 
-/// Whoever wants to know that an input has another value.
+/// Is told when an input gets another value.
 class TAVRIN_API InputChangeListener
 {
 public:
+    /// Called with the new value in place. An exception refuses the change, which is then undone.
     virtual void inputChanged(const std::string& name) = 0;
 
     virtual ~InputChangeListener() = default;
 };
 
-/// What a front end has to offer for an input.
+/// The kinds of option, as a front end presents them.
 enum class InputKind
 {
     Boolean,
@@ -57,11 +55,27 @@ public:
     bool isVisible() const { return mIsVisible; }
     void setVisible(bool visible) { mIsVisible = visible; }
 
-    /// The listener is told after every change of the value. It must outlive the input's changes.
+    /// The listener hears of every change of the value and must outlive the input's changes.
     void setChangeListener(InputChangeListener* listener) { mListener = listener; }
 
 protected:
-    void notifyChanged() const;
+    /// Replaces the current value and tells the listener. Where the listener refuses the change by
+    /// an exception, the old value is restored and the exception passes through.
+    template<typename Value>
+    void change(Value& current, Value next) const
+    {
+        Value old = std::exchange(current, std::move(next));
+        try
+        {
+            if (mListener != nullptr)
+                mListener->inputChanged(mName);
+        }
+        catch (...)
+        {
+            current = std::move(old);
+            throw;
+        }
+    }
 
 private:
     InputKind mKind;
@@ -71,7 +85,7 @@ private:
     InputChangeListener* mListener = nullptr;
 };
 
-/// An input that can be written as a text.
+/// An input whose value can be written as a text.
 class TAVRIN_API InputValueBase : public InputBase
 {
 public:
@@ -81,7 +95,7 @@ public:
     /// text that does not convert, and what the validator throws.
     virtual void fromString(const std::string& text) = 0;
 
-    /// The same past the validator.
+    /// Converts the text and sets the value without asking the validator.
     virtual void fromStringUnchecked(const std::string& text) = 0;
 
     virtual std::string toString() const = 0;
@@ -93,7 +107,7 @@ template<typename T>
 class TAVRIN_API InputArithmeticImpl : public InputValueBase
 {
 public:
-    /// Returns the value to be set, corrected if need be; may throw.
+    /// Returns the value to be set, corrected if need be, or throws to refuse it. None by default.
     using Validator = std::function<T(const T&)>;
 
     InputArithmeticImpl(InputKind kind, std::string name, std::string description, T defaultValue)
@@ -106,16 +120,13 @@ public:
 
     void setValidator(Validator validator) { mValidator = std::move(validator); }
 
-    /// Sets the value as the validator corrects it. Where that is the current value nothing
-    /// happens; else the listener is told.
+    /// Sets the value that the validator returns. Nothing happens where that is the current one.
     void setValue(const T& value) { setUnchecked(mValidator ? mValidator(value) : value); }
 
     void setUnchecked(T value)
     {
-        if (value == mValue)
-            return;
-        mValue = std::move(value);
-        notifyChanged();
+        if (value != mValue)
+            change(mValue, std::move(value));
     }
 
     void fromString(const std::string& text) override { setValue(lexicalCast<T>(text)); }
@@ -158,53 +169,33 @@ private:
     std::string mText;
 };
 
-/// The sort of data object that an input wants, for front ends that have to make one.
-enum class DataSort
-{
-    Function,
-    Domain,
-    Other
-};
-
-template<typename Data>
-constexpr DataSort dataSortOf()
-{
-    if constexpr (std::is_base_of_v<FunctionBase, Data>)
-        return DataSort::Function;
-    else if constexpr (std::is_base_of_v<Domain, Data>)
-        return DataSort::Domain;
-    else
-        return DataSort::Other;
-}
-
-/// An input for one data object of given classes.
+/// An input for one data object of one of several classes.
 class TAVRIN_API InputDataObject : public InputBase
 {
 public:
+    /// Whether an object that is of an accepted class is wanted. An empty filter wants every one.
     using Filter = std::function<bool(const DataObject&)>;
 
     /// The filter that accepts every object.
     static bool ignore(const DataObject&) { return true; }
 
-    InputDataObject(std::string name, std::string description, RTTICollection types, DataSort sort,
-                    Filter filter);
+    InputDataObject(std::string name, std::string description, AcceptedTypes types, Filter filter);
 
-    const RTTICollection& types() const { return mTypes; }
-    DataSort dataSort() const { return mSort; }
+    /// The classes of object that are accepted.
+    const RTTICollection& types() const { return mTypes.types(); }
 
-    /// Whether the object is of an accepted class and passes the filter.
-    bool accepts(const DataObject& object) const;
+    /// Whether `setDataObject` would take the object.
+    bool accepts(const std::shared_ptr<const DataObject>& object) const;
 
-    /// The connected object, or null.
+    /// The connected object, of one of the accepted classes, or null.
     const std::shared_ptr<const DataObject>& dataObject() const { return mObject; }
 
-    /// Connects an object, or disconnects with null. Throws `usage_error` for one that is not
-    /// accepted.
-    void setDataObject(std::shared_ptr<const DataObject> object);
+    /// Connects an object, converted to an accepted class where that is possible, or disconnects
+    /// with null. Throws `usage_error` for an object that is not accepted.
+    void setDataObject(const std::shared_ptr<const DataObject>& object);
 
 private:
-    RTTICollection mTypes;
-    DataSort mSort;
+    AcceptedTypes mTypes;
     Filter mFilter;
     std::shared_ptr<const DataObject> mObject;
 };
@@ -213,20 +204,25 @@ private:
 class TAVRIN_API InputDataObjectBundle : public InputBase
 {
 public:
+    /// Whether a bundle of accepted members is wanted. An empty filter wants every one.
     using Filter = std::function<bool(const DataObjectBundle&)>;
 
-    InputDataObjectBundle(std::string name, std::string description, RTTICollection memberTypes,
+    InputDataObjectBundle(std::string name, std::string description, AcceptedTypes memberTypes,
                           Filter filter);
+
+    /// The classes of object that are accepted as members.
+    const RTTICollection& memberTypes() const { return mMemberTypes.types(); }
 
     /// The connected bundle, or null.
     const std::shared_ptr<const DataObjectBundle>& bundle() const { return mBundle; }
 
-    /// Connects a bundle, or disconnects with null. Throws `usage_error` for one that the filter
-    /// refuses or that has members of other classes.
-    void setBundle(std::shared_ptr<const DataObjectBundle> bundle);
+    /// Connects a bundle whole, its members converted to accepted classes where that is possible,
+    /// or disconnects with null. Throws `usage_error` for a bundle that the filter refuses or that
+    /// has members of other classes.
+    void setBundle(const std::shared_ptr<const DataObjectBundle>& bundle);
 
 private:
-    RTTICollection mMemberTypes;
+    AcceptedTypes mMemberTypes;
     Filter mFilter;
     std::shared_ptr<const DataObjectBundle> mBundle;
 };

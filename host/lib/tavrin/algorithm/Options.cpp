@@ -1,5 +1,7 @@
 #include <tavrin/algorithm/Options.hpp>
 
+#include <algorithm>
+
 namespace tavrin
 {
 
@@ -17,7 +19,7 @@ Options::~Options()
 
 void Options::optionChanged(const std::string&) {}
 
-void Options::addInput(std::shared_ptr<InputBase> input, Required required)
+void Options::declare(std::shared_ptr<InputBase> input, Required required)
 {
     input->setChangeListener(this);
     mControl.addInput(std::move(input), required == Required::Yes);
@@ -25,7 +27,20 @@ void Options::addInput(std::shared_ptr<InputBase> input, Required required)
 
 void Options::inputChanged(const std::string& name)
 {
-    optionChanged(name);
+    const auto visibleInputs = mControl.visibleInputs();
+    try
+    {
+        optionChanged(name);
+    }
+    catch (const missing_option_error&)
+    {
+        // The handler asked for data that is not connected yet, which is no reason to refuse.
+    }
+    catch (...)
+    {
+        mControl.showOnly(visibleInputs);
+        throw;
+    }
 }
 
 void Options::addGroup(const std::string& name)
@@ -58,6 +73,21 @@ std::shared_ptr<InputBase> Options::Control::getInput(const std::string& name) c
 {
     const auto entry = mInputs.find(name);
     return entry == mInputs.end() ? nullptr : entry->second.input;
+}
+
+std::vector<std::string> Options::Control::visibleInputs() const
+{
+    std::vector<std::string> names;
+    for (const auto& [name, entry] : mInputs)
+        if (entry.input->isVisible())
+            names.push_back(name);
+    return names;
+}
+
+void Options::Control::showOnly(const std::vector<std::string>& names)
+{
+    for (const auto& [name, entry] : mInputs)
+        entry.input->setVisible(std::ranges::find(names, name) != names.end());
 }
 
 bool Options::Control::isRequired(const std::string& name) const

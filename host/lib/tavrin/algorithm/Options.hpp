@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/algorithm/Input.hpp>
+#include <tavrin/base/TypeList.hpp>
 
 #include <unordered_map>
 #include <variant>
@@ -30,6 +31,37 @@ constexpr InputKind inputKindOf()
         return InputKind::Color;
     else
         return InputKind::Text;
+}
+
+template<typename T>
+inline constexpr bool isDataOption = DataClass<T>;
+template<typename... Types>
+inline constexpr bool isDataOption<TypeList<Types...>> = sizeof...(Types) > 0 &&
+                                                         (DataClass<Types> && ...);
+
+template<typename T>
+inline constexpr bool isOption = isValueOption<T> || isDataOption<T> ||
+                                 std::is_same_v<T, InputChoices> || std::is_same_v<T, InputLabel>;
+template<typename T>
+inline constexpr bool isNoOption = !isOption<T>;
+
+template<typename T>
+struct AsTypeListOf
+{
+    using Type = TypeList<T>;
+};
+template<typename... Types>
+struct AsTypeListOf<TypeList<Types...>>
+{
+    using Type = TypeList<Types...>;
+};
+template<typename T>
+using AsTypeList = typename AsTypeListOf<T>::Type;
+
+template<typename... Classes>
+AcceptedTypes acceptedTypes(TypeList<Classes...>)
+{
+    return AcceptedTypes::of<Classes...>();
 }
 
 template<typename T>
@@ -72,7 +104,9 @@ public:
     Options& operator=(const Options&) = delete;
     ~Options() override;
 
-    /// Called after an option's value changed. May read options and switch their visibility.
+    /// Called after an option's value changed. May read options and switch their visibility. An
+    /// exception refuses the change, which is then undone together with the visibility; only a
+    /// `missing_option_error`, which a required option without data causes, leaves it in place.
     virtual void optionChanged(const std::string& name);
 
     /// The value of an option: T for bool, long, double, std::string (texts and choices) and Color;
@@ -84,74 +118,95 @@ public:
     template<typename T>
     typename detail::OptionResult<T>::Type get(const std::string& name) const;
 
-protected:
     struct DataObjectInput_t
     {};
     struct TypeListInput_t
     {};
 
-    /// A value input: T is bool, long, double, std::string or Color.
+    /// A value input: T is bool, long, double, std::string or Color. The input returned takes a
+    /// validator:
+    ///
+    ///     add<double>("Scale", "Length of arrows", 1.0).setValidator(
+    ///         [](double scale) { return std::max(scale, 0.0); });
     template<typename T>
         requires detail::isValueOption<T>
-    void add(const std::string& name, const std::string& description, T defaultValue)
+    InputArithmeticImpl<T>& add(const std::string& name, const std::string& description,
+                                T defaultValue)
     {
-        addInput(std::make_shared<InputArithmeticImpl<T>>(detail::inputKindOf<T>(), name,
-                                                          description, std::move(defaultValue)),
-                 Required::No);
+        return addInput(std::make_shared<InputArithmeticImpl<T>>(
+                            detail::inputKindOf<T>(), name, description, std::move(defaultValue)),
+                        Required::No);
     }
 
-    /// A choice among texts.
+    /// A choice among texts. Throws `logic_error` where the default is none of them.
     template<typename T>
-        requires std::is_same_v<T, InputChoices>
-    void add(const std::string& name, const std::string& description,
-             std::vector<std::string> choices, const std::string& defaultChoice)
+        requires std::same_as<T, InputChoices>
+    InputChoices& add(const std::string& name, const std::string& description,
+                      std::vector<std::string> choices, const std::string& defaultChoice)
     {
-        addInput(
+        return addInput(
             std::make_shared<InputChoices>(name, description, std::move(choices), defaultChoice),
             Required::No);
     }
 
     /// A text for the reader.
     template<typename T>
-        requires std::is_same_v<T, InputLabel>
-    void add(const std::string& name, const std::string& description, const std::string& text)
+        requires std::same_as<T, InputLabel>
+    InputLabel& add(const std::string& name, const std::string& description,
+                    const std::string& text)
     {
-        addInput(std::make_shared<InputLabel>(name, description, text), Required::No);
+        return addInput(std::make_shared<InputLabel>(name, description, text), Required::No);
     }
 
-    /// An optional input for a data object of class T, or of any class of a `TypeList`.
+    /// An input for a data object of class T, or of any class of a `TypeList`. Classes that make
+    /// their objects from others, such as `Field<3, Vector3>` from functions, accept those too.
     template<typename T>
-        requires(!detail::isValueOption<T>)
-    void add(const std::string& name, const std::string& description,
-             InputDataObject::Filter filter = InputDataObject::ignore,
-             Required required = Required::No)
+        requires detail::isDataOption<T>
+    InputDataObject& add(const std::string& name, const std::string& description,
+                         InputDataObject::Filter filter = {}, Required required = Required::No)
     {
         using Tag = std::conditional_t<isTypeList<T>, TypeListInput_t, DataObjectInput_t>;
-        addImpl<T>(Tag{}, name, description, std::move(filter), required);
+        return addImpl<T>(Tag{}, name, description, std::move(filter), required);
     }
 
-    template<typename T>
-    void addImpl(DataObjectInput_t, const std::string& name, const std::string& description,
-                 InputDataObject::Filter filter, Required required)
+    /// Chosen for all other types, to say what is wrong with them.
+    template<typename T, typename... Arguments>
+        requires detail::isNoOption<T>
+    void add(const Arguments&...)
     {
-        addDataInput<TypeList<T>>(name, description, std::move(filter), required);
+        static_assert(detail::isOption<T>,
+                      "the type of an option is bool, long, double, std::string, Color, "
+                      "InputChoices, InputLabel, a class of data objects that states its type, or "
+                      "a TypeList of such classes");
     }
 
+    template<DataClass T>
+    InputDataObject& addImpl(DataObjectInput_t, const std::string& name,
+                             const std::string& description, InputDataObject::Filter filter,
+                             Required required)
+    {
+        return addDataInput(AcceptedTypes::of<T>(), name, description, std::move(filter), required);
+    }
     template<typename List>
-    void addImpl(TypeListInput_t, const std::string& name, const std::string& description,
-                 InputDataObject::Filter filter, Required required)
+    InputDataObject& addImpl(TypeListInput_t, const std::string& name,
+                             const std::string& description, InputDataObject::Filter filter,
+                             Required required)
     {
-        addDataInput<List>(name, description, std::move(filter), required);
+        return addDataInput(detail::acceptedTypes(List{}), name, description, std::move(filter),
+                            required);
     }
 
-    /// An input for several data objects of class T.
+    /// An input for several data objects of class T, or of any class of a `TypeList`.
     template<typename T>
-    void addBundle(const std::string& name, const std::string& description,
-                   InputDataObjectBundle::Filter filter, Required required)
+        requires detail::isDataOption<T>
+    InputDataObjectBundle& addBundle(const std::string& name, const std::string& description,
+                                     InputDataObjectBundle::Filter filter = {},
+                                     Required required = Required::No)
     {
-        addInput(std::make_shared<InputDataObjectBundle>(name, description, RTTICollection::of<T>(),
-                                                         std::move(filter)),
-                 required);
+        return addInput(std::make_shared<InputDataObjectBundle>(
+                            name, description, detail::acceptedTypes(detail::AsTypeList<T>{}),
+                            std::move(filter)),
+                        required);
     }
 
     /// Starts a named group of the inputs that follow.
@@ -165,18 +220,24 @@ protected:
     void setHidden(const std::string& name, bool hidden) { setVisible(name, !hidden); }
 
 private:
-    template<typename List>
-    void addDataInput(const std::string& name, const std::string& description,
-                      InputDataObject::Filter filter, Required required)
+    InputDataObject& addDataInput(AcceptedTypes types, const std::string& name,
+                                  const std::string& description, InputDataObject::Filter filter,
+                                  Required required)
     {
-        const auto [types, sort] = []<typename First, typename... Rest>(TypeList<First, Rest...>)
-        { return std::pair(RTTICollection::of<First, Rest...>(), dataSortOf<First>()); }(List{});
-        addInput(
-            std::make_shared<InputDataObject>(name, description, types, sort, std::move(filter)),
-            required);
+        return addInput(std::make_shared<InputDataObject>(name, description, std::move(types),
+                                                          std::move(filter)),
+                        required);
     }
 
-    void addInput(std::shared_ptr<InputBase> input, Required required);
+    template<typename Input>
+    Input& addInput(std::shared_ptr<Input> input, Required required)
+    {
+        Input& added = *input;
+        declare(std::move(input), required);
+        return added;
+    }
+
+    void declare(std::shared_ptr<InputBase> input, Required required);
     void inputChanged(const std::string& name) override;
 
     Control& mControl;
@@ -204,6 +265,12 @@ public:
 
     /// Whether an input of that name exists and is required.
     bool isRequired(const std::string& name) const;
+
+    /// The names of the inputs that are shown, in no particular order.
+    std::vector<std::string> visibleInputs() const;
+
+    /// Shows the inputs of these names and hides all others.
+    void showOnly(const std::vector<std::string>& names);
 
     /// Inputs, groups and separators in the order of their declaration.
     const std::vector<Item>& items() const { return mItems; }

@@ -56,7 +56,7 @@ SamplePlan FieldSampler<D, T>::planFor(std::size_t numTimes) const
 
 template<std::size_t D, Value T>
 std::size_t FieldSampler<D, T>::valuesAt(double time, std::span<T> values,
-                                         std::span<std::uint8_t> isValid, const Advance& advance,
+                                         std::span<std::uint8_t> isValid, ProgressCounter& progress,
                                          const volatile bool& abortFlag)
 {
     const std::size_t n = mPositions.count;
@@ -64,7 +64,7 @@ std::size_t FieldSampler<D, T>::valuesAt(double time, std::span<T> values,
     const std::size_t team = mWorkers.size();
     TeamFailure failure;
     std::atomic<std::size_t> numOutside = 0;
-    const SampleStep<T> step{time, values.data(), isValid.data(), advance, abortFlag, failure};
+    const SampleStep<T> step{time, values.data(), isValid.data(), progress, abortFlag, failure};
     // The same thread samples the same positions each time, if the team is as large as expected.
 #pragma omp parallel for schedule(static, 1) num_threads(static_cast<int>(team))
     for (std::size_t number = 0; number < team; ++number)

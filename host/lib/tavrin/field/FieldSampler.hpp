@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/base/LargeVector.hpp>
+#include <tavrin/base/ProgressCounter.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SamplePositions.hpp>
 
@@ -19,7 +20,7 @@ TAVRIN_API void requireMemoryForSamples(std::size_t positions, std::size_t times
 ///
 ///     FieldSampler<D, T> sampler(*field, positionsOf<D>(*grid), times.size());
 ///     for (const double time : times)
-///         sampler.valuesAt(time, values, isValid, advance, abortFlag);
+///         sampler.valuesAt(time, values, isValid, progress, abortFlag);
 ///
 /// The results are those of a `FieldEvaluator` of the field at each position, bit for bit and for every
 /// number of threads. Positions that have to be searched for are searched for once, and kept for later
@@ -29,9 +30,6 @@ template<std::size_t D, Value T>
 class TAVRIN_API FieldSampler
 {
 public:
-    /// Called with a number of positions that were sampled, from several threads at once.
-    using Advance = std::function<void(std::size_t count)>;
-
     /// The memory of a sample: its value, and the mark whether it is real.
     static constexpr std::size_t bytesPerSample = sizeof(T) + sizeof(ValidityMask::value_type);
 
@@ -48,10 +46,10 @@ public:
     /// that time and position. Both arrays have `numPositions()` entries. Returns how many positions
     /// have no value.
     ///
-    /// Soon after `abortFlag` reads true the call returns, and results are undefined. Throws what
+    /// `progress` counts positions. Soon after `abortFlag` reads true the call returns, and results are undefined. Throws what
     /// evaluating the field throws.
     std::size_t valuesAt(double time, std::span<T> values, std::span<std::uint8_t> isValid,
-                         const Advance& advance, const volatile bool& abortFlag);
+                         ProgressCounter& progress, const volatile bool& abortFlag);
 
 private:
     SamplePlan planFor(std::size_t numTimes) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/base/ProgressCounter.hpp>
 #include <tavrin/base/TeamFailure.hpp>
 #include <tavrin/field/BatchEvaluator.hpp>
 #include <tavrin/field/ChunkReader.hpp>
@@ -21,14 +22,15 @@ struct SamplePlan
     bool isKeeping;
 };
 
-/// All samples at one time, and how to tell about the progress of the work and when to end it early.
+/// The arrays of all samples at one time, and what the workers share: progress, and the reasons to end
+/// the work early.
 template<Value T>
 struct SampleStep
 {
     double time;
     T* values;
     std::uint8_t* isValid;
-    const std::function<void(std::size_t)>& advance;
+    ProgressCounter& progress;
     const volatile bool& abortFlag;
     const TeamFailure& failure;
 
@@ -115,7 +117,7 @@ private:
         {
             numOutside += sampleRun(chunk, number, before, step);
             before += chunk.runs[number].count;
-            step.advance(chunk.runs[number].count);
+            step.progress.advance(chunk.runs[number].count);
         }
         if (!mPlan.isKeeping)
         {

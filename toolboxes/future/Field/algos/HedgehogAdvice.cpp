@@ -1,6 +1,6 @@
 #include "HedgehogAdvice.hpp"
 
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <array>
 #include <charconv>

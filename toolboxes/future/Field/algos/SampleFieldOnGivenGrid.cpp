@@ -121,8 +121,8 @@ private:
                                             const std::vector<double>& times,
                                             const volatile bool& abortFlag);
 
-    void report(const PointSetBase& grid, const FieldBase& field, const std::vector<double>& times,
-                std::size_t outside);
+    void reportSamples(const PointSetBase& grid, const FieldBase& field,
+                       const std::vector<double>& times, std::size_t outside);
 };
 
 void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
@@ -157,10 +157,9 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
         });
     if (!isSupported)
     {
-        debugLog() << "hint: the field given is " << describe(*field)
-                   << "; sampled are scalars, vectors of 1 to 3 components and matrices up to 3x3 "
-                      "on grids with cells"
-                   << std::endl;
+        hint("the field given is " + describe(*field) +
+             "; sampled are scalars, vectors of 1 to 3 components and matrices up to 3x3 on grids "
+             "with cells");
         throw logic_error("unsupported field type occurred.");
     }
 }
@@ -180,8 +179,7 @@ std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string
     if (!errorText.empty())
         infoLog() << "ListParser encountered an error: \"" << errorText << "\"." << std::endl;
     else if (times.empty())
-        debugLog() << "hint: the time list has no values above -1, so nothing is sampled"
-                   << std::endl;
+        hint("the time list has no values above -1, so nothing is sampled");
     return std::move(times);
 }
 
@@ -221,27 +219,28 @@ std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
     const auto validity = std::make_shared<ValidityMask>();
     {
         Progress progress(*this, "computing", n * times.size(), true);
-        const auto advance = [&](std::size_t count) { progress.advance(count); };
         FieldSampler<D, T> sampler(field, positionsOf<D>(*grid), times.size());
         values = LargeVector<T>(n * times.size());
         *validity = ValidityMask(values.size());
         for (std::size_t k = 0; k < times.size() && !abortFlag; ++k)
-            outside += sampler.valuesAt(times[k], std::span(values).subspan(k * n, n),
-                                        std::span(*validity).subspan(k * n, n), advance, abortFlag);
+            outside +=
+                sampler.valuesAt(times[k], std::span(values).subspan(k * n, n),
+                                 std::span(*validity).subspan(k * n, n), progress, abortFlag);
     }
     if (abortFlag)
         return nullptr;
-    report(*grid, field, times, outside);
+    reportSamples(*grid, field, times, outside);
     return addData(std::move(grid), PointSetBase::Points, std::move(values), Precision::Float64,
                    times, field.name(), validity);
 }
 
-void SampleFieldOnGivenGridAlgorithm::report(const PointSetBase& grid, const FieldBase& field,
-                                             const std::vector<double>& times, std::size_t outside)
+void SampleFieldOnGivenGridAlgorithm::reportSamples(const PointSetBase& grid,
+                                                    const FieldBase& field,
+                                                    const std::vector<double>& times,
+                                                    std::size_t outside)
 {
     const std::size_t total = grid.numPoints() * times.size();
-    setStatistic("samples", "total", total);
-    setStatistic("samples", "outside", outside);
+    report("samples", {{"total", total}, {"outside", outside}});
 
     const TimeRange range = field.timeRange();
     const auto late = static_cast<std::size_t>(
@@ -253,14 +252,12 @@ void SampleFieldOnGivenGridAlgorithm::report(const PointSetBase& grid, const Fie
                << std::endl;
     if (total == 0 || outside < total)
         return;
-    debugLog() << "hint: all samples are 0, ";
     if (late == times.size())
-        debugLog() << "since no time lies in the range of the field, " << range.first << " to "
-                   << range.last << std::endl;
+        hint("all samples are 0, since no time lies in the range of the field, " +
+             toText(range.first) + " to " + toText(range.last));
     else
-        debugLog() << "since no point lies in the domain of the field: the field spans "
-                   << describe(field.boundingBox()) << ", the grid " << describe(grid.boundingBox())
-                   << std::endl;
+        hint("all samples are 0, since no point lies in the domain of the field: the field spans " +
+             describe(field.boundingBox()) + ", the grid " + describe(grid.boundingBox()));
 }
 
 const AlgorithmRegister<SampleFieldOnGivenGridAlgorithm> registration(

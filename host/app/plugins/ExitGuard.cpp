@@ -1,0 +1,45 @@
+#include "ExitGuard.hpp"
+
+#include "../console/Failure.hpp"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+namespace tavrin::app
+{
+
+namespace
+{
+
+bool isGuarding = false;
+
+/// Runs inside `exit()`, possibly on a thread of the plug-in and while others still work: hence it
+/// ends the process at once, without the destructors of static objects.
+void reportExit()
+{
+    if (!isGuarding)
+        return;
+    std::cout << std::flush;
+    std::fflush(nullptr);
+    constexpr std::string_view message = "error: a plug-in ended the program\n";
+    static_cast<void>(!write(STDERR_FILENO, message.data(), message.size()));
+    _exit(RunFailed);
+}
+
+}
+
+ExitGuard::ExitGuard()
+{
+    static const bool isRegistered = std::atexit(reportExit) == 0;
+    isGuarding = isRegistered;
+}
+
+ExitGuard::~ExitGuard()
+{
+    isGuarding = false;
+}
+
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace support
+{
+
+inline const volatile bool neverAbort = false;
+inline const volatile bool alreadyAborted = true;
+
+}
