@@ -140,14 +140,19 @@ public:
     {
     }
 
-    /// Adds the labels of an edge. To keep clear of the scene, numbers are up to `mostBeyond` pixels
-    /// away from it.
-    void write(const Edge& edge, std::size_t axis, double mostBeyond)
+    /// The ticks of an edge along an axis.
+    Ticks ticksOf(const Edge& edge, std::size_t axis, const Ticks::Format& format) const
     {
         const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mStyle.fontSize;
         const double wanted = std::clamp(edge.length() / spacing, 2.0, 7.0);
-        const Ticks ticks =
-            Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted));
+        return Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted),
+                              format);
+    }
+
+    /// Adds the labels of an edge. To keep clear of the scene, numbers are up to `mostBeyond` pixels
+    /// away from it.
+    void write(const Edge& edge, std::size_t axis, const Ticks& ticks, double mostBeyond)
+    {
         const double tickLength = 0.35 * mStyle.fontSize;
         const double numberGap =
             std::max(std::min(edge.beyond, mostBeyond), tickLength) + 0.4 * mStyle.fontSize;
@@ -196,6 +201,37 @@ private:
     Annotation mAnnotation;
 };
 
+/// An edge with the axis along it.
+struct Scale
+{
+    Edge edge;
+    std::size_t axis;
+    Ticks ticks;
+};
+
+/// Gives all axes the exponent of the largest one and the same number of decimals, as far as their
+/// labels stay short.
+void harmonize(std::vector<Scale>& scales, const AxisWriter& writer)
+{
+    /// More decimals than other axes need.
+    constexpr int mostDecimals = 3;
+    Ticks::Format format{.exponent = std::numeric_limits<int>::lowest(), .leastDecimals = 0};
+    for (const Scale& scale : scales)
+        format.exponent = std::max(*format.exponent, scale.ticks.exponent);
+    for (const Scale& scale : scales)
+    {
+        const int decimals = writer.ticksOf(scale.edge, scale.axis, format).decimals;
+        if (decimals <= mostDecimals)
+            format.leastDecimals = std::max(format.leastDecimals, decimals);
+    }
+    for (Scale& scale : scales)
+    {
+        Ticks ticks = writer.ticksOf(scale.edge, scale.axis, format);
+        if (ticks.decimals <= mostDecimals)
+            scale.ticks = std::move(ticks);
+    }
+}
+
 }
 
 std::array<Position, 8> cornersOf(const Position& lower, const Position& upper)
@@ -217,16 +253,20 @@ Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
         scene.push_back(projected(camera, extreme));
 
     AxisWriter writer(placement, camera, canvas, style);
+    // In a parallel view, a number far from its tick is still in line with it.
+    const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
+    std::vector<Scale> scales;
     for (std::size_t axis = 0; axis < outline.dimension; ++axis)
     {
-        // In a parallel view, a number far from its tick is still in line with it.
-        const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
         const std::optional<Edge> edge = findEdge(box, scene, axis, mostBeyond);
         // An edge that is seen nearly end-on has no room for numbers.
         if (!edge || edge->length() < 4.0 * style.fontSize)
             continue;
-        writer.write(*edge, axis, mostBeyond);
+        scales.push_back({*edge, axis, writer.ticksOf(*edge, axis, {})});
     }
+    harmonize(scales, writer);
+    for (const Scale& scale : scales)
+        writer.write(scale.edge, scale.axis, scale.ticks, mostBeyond);
     return writer.take();
 }
 

@@ -45,28 +45,37 @@ struct Composition
         Frame frame = inner;
         if (style.hasText && scene.colorBar && scene.colorBar->color)
         {
-            colorBar.emplace(*scene.colorBar, inner, canvas, style);
+            colorBar.emplace(*scene.colorBar, inner, inner, canvas, style);
             frame.width = colorBar->left() - 1.5 * style.fontSize - frame.left;
         }
-        const Frame available = frame;
-        const auto aim = [&] { camera.emplace(extent.view, extent.extremes, frame); };
-        aim();
-        if (!extent.outline || !style.hasText)
-            return;
-        // The labels of the axes need room, and their positions depend on the camera.
-        constexpr int numAttempts = 6;
-        for (int i = 0; i < numAttempts; ++i)
-        {
-            axes = layOutAxes(*extent.outline, extent.extremes, extent.placement, *camera, canvas,
-                              style);
-            if (i + 1 == numAttempts)
-                break;
-            fill(available, frame);
-            aim();
-        }
+        aimAt(frame);
+        if (extent.outline && style.hasText)
+            fitAxes(frame);
+        // Within its room, which is decided by now, the bar follows the scene.
+        if (colorBar)
+            colorBar.emplace(*scene.colorBar, inner, boundsOfScene(), canvas, style);
     }
 
 private:
+    void aimAt(const Frame& frame) { camera.emplace(extent.view, extent.extremes, frame); }
+
+    /// The labels of the axes need room, and their positions depend on the camera.
+    void fitAxes(const Frame& available)
+    {
+        constexpr int numAttempts = 6;
+        Frame frame = available;
+        for (int i = 0; i < numAttempts; ++i)
+        {
+            if (i > 0)
+            {
+                fill(available, frame);
+                aimAt(frame);
+            }
+            axes = layOutAxes(*extent.outline, extent.extremes, extent.placement, *camera, canvas,
+                              style);
+        }
+    }
+
     /// Moves the sides of the frame so that scene and labels together fill the available room.
     void fill(const Frame& available, Frame& frame) const
     {

@@ -60,7 +60,7 @@ double commonOffset(double low, double high, double step)
 
 }
 
-Ticks Ticks::between(double low, double high, unsigned mostSteps)
+Ticks Ticks::between(double low, double high, unsigned mostSteps, const Format& format)
 {
     Ticks ticks;
     if (low > high)
@@ -71,7 +71,11 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
     const double magnitude = std::max(std::abs(low), std::abs(high));
     // Within a smaller range, the labels of neighboring ticks would be equal.
     if (!(range > 1e-13 * magnitude) || !(range > 1e-300))
-        return {{low}, {withTypographicMinus(fmt::format("{:.6g}", low))}, {}};
+    {
+        ticks.values = {low};
+        ticks.labels = {withTypographicMinus(fmt::format("{:.6g}", low))};
+        return ticks;
+    }
 
     double step = roundedUp(range / mostSteps);
     const auto first = [&] { return std::ceil(low / step - 1e-6); };
@@ -81,11 +85,14 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
         step = roundedUp(0.4 * step);
     const double offset = commonOffset(low, high, step);
     const double largest = std::max(std::abs(low - offset), std::abs(high - offset));
-    int exponent = exponentOf(largest);
+    int& exponent = ticks.exponent;
+    exponent = exponentOf(largest);
     if (exponent > -4 && exponent < 5)
         exponent = 0;
+    exponent = format.exponent.value_or(exponent);
     const double unit = std::pow(10.0, exponent);
-    const int decimals = std::max(0, -exponentOf(step / unit));
+    const int decimals = std::max(format.leastDecimals, -exponentOf(step / unit));
+    ticks.decimals = decimals;
     for (double i = first(); i <= last(); ++i)
     {
         // Rounding must not show in the label, nor the sign of a zero.
