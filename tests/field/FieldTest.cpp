@@ -6,6 +6,7 @@
 #include <tavrin/domain/Subdomain.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/field/BatchEvaluator.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
@@ -296,18 +297,19 @@ TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
     {
         const auto field = Field<3, Vector2>::applyTo(*object);
         const auto one = field->makeEvaluator();
-        const auto many = field->makeEvaluator();
-        const auto places = many->place(positions);
+        const auto many = field->makeBatchEvaluator();
+        const auto prepared = many->prepare(positions);
+        EXPECT_EQ(prepared != nullptr, object == late);
         std::vector<Vector2> values(positions.size());
         std::vector<std::uint8_t> isValid(positions.size());
         for (const double time : {1.0, 0.25, -1.0, 1.75, 3.0})
-            for (const bool arePlaced : {false, true})
+            for (const bool isPrepared : {false, true})
             {
-                if (arePlaced)
-                    many->sampleAt(time, *places, 0, positions.size(), values.data(),
+                if (isPrepared && prepared != nullptr)
+                    many->evaluate(time, *prepared, 0, positions.size(), values.data(),
                                    isValid.data(), neverAbort);
                 else
-                    many->sample(time, positions, values.data(), isValid.data(), neverAbort);
+                    many->evaluate(time, positions, values.data(), isValid.data(), neverAbort);
                 for (std::size_t k = 0; k < positions.size(); ++k)
                 {
                     one->reset(time, positions[k]);

@@ -5,6 +5,7 @@
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/field/BatchEvaluator.hpp>
 #include <tavrin/field/Field.hpp>
 #include <tavrin/field/SpatialFunctionField.hpp>
 #include <tavrin/function/Function.hpp>
@@ -101,18 +102,19 @@ Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, s
     return planes;
 }
 
-/// At the positions of a lattice, found together and sampled in a few runs, and one by one.
+/// Compares the values at the positions of a lattice, prepared together and evaluated in a few runs,
+/// with those evaluated one after the other.
 template<std::size_t D>
 void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, double time = 0.0)
 {
     const Points<D> positions = lattice.positions();
     const auto field = Field<D, Scalar>::applyTo(object);
-    const auto evaluator = field->makeEvaluator();
-    const auto places = evaluator->place(lattice, neverAbort);
-    ASSERT_NE(places, nullptr);
+    const auto evaluator = field->makeBatchEvaluator();
+    const auto prepared = evaluator->prepare(lattice, neverAbort);
+    ASSERT_NE(prepared, nullptr);
     std::vector<Scalar> expected(positions.size());
     std::vector<std::uint8_t> isInside(positions.size());
-    evaluator->sample(time, positions, expected.data(), isInside.data(), neverAbort);
+    evaluator->evaluate(time, positions, expected.data(), isInside.data(), neverAbort);
     EXPECT_GT(std::ranges::count(isInside, 1), 0);
 
     std::vector<Scalar> values(positions.size());
@@ -120,7 +122,7 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     for (std::size_t first = 0; first < positions.size();)
     {
         const std::size_t count = std::min(positions.size() - first, 1 + positions.size() / 3);
-        evaluator->sampleAt(time, *places, first, count, &values[first], &isFound[first],
+        evaluator->evaluate(time, *prepared, first, count, &values[first], &isFound[first],
                             neverAbort);
         first += count;
     }
@@ -265,7 +267,7 @@ TEST(Lattice, IsSampledInABundleAsItsPositionsAreOneByOne)
     for (const double time : {0.0, 0.5, 1.0, 2.0, 5.0})
         expectSameAnswers<3>(bundle, latticeOf(planes), time);
 
-    // More than are kept for each position, and bundles in a bundle.
+    // More overlapping members than are prepared for each position, and a bundle in a bundle.
     const auto pile = std::make_shared<DataObjectBundle>(
         DataObjectBundle::Members{wavesOn(right), wavesOn(right), wavesOn(left)});
     expectSameAnswers<3>(DataObjectBundle({wavesOn(left), pile}), latticeOf(planes));
@@ -291,13 +293,13 @@ TEST(Lattice, IsNotAskedOfALaterMemberWhereEarlierOnesAnswer)
     }
     planes[2].push_back(100.0);
     const auto field = Field<3, Scalar>::applyTo(DataObjectBundle({wavesOn(grid), formula}));
-    const auto evaluator = field->makeEvaluator();
-    const auto places = evaluator->place(latticeOf(planes), neverAbort);
-    ASSERT_NE(places, nullptr);
+    const auto evaluator = field->makeBatchEvaluator();
+    const auto prepared = evaluator->prepare(latticeOf(planes), neverAbort);
+    ASSERT_NE(prepared, nullptr);
     const std::size_t count = latticeOf(planes).size();
     std::vector<Scalar> values(count);
     std::vector<std::uint8_t> isInside(count);
-    evaluator->sampleAt(0.0, *places, 0, count, values.data(), isInside.data(), neverAbort);
+    evaluator->evaluate(0.0, *prepared, 0, count, values.data(), isInside.data(), neverAbort);
     EXPECT_EQ(std::ranges::count(isInside, 0), 0);
     EXPECT_EQ(numCalls, 400);
 }
@@ -309,7 +311,7 @@ TEST(Lattice, OfFewPositionsIsLeftToTheSearch)
     const auto field = Field<3, Scalar>::applyTo(
         *addData(grid, PointSetBase::Points, std::vector<Scalar>(8000), Precision::Float64, {}));
     const Planes<3> few{{{0.0, 19.0}, {0.0, 19.0}, {0.0, 19.0}}};
-    EXPECT_EQ(field->makeEvaluator()->place(latticeOf(few), neverAbort), nullptr);
+    EXPECT_EQ(field->makeBatchEvaluator()->prepare(latticeOf(few), neverAbort), nullptr);
 }
 
 }

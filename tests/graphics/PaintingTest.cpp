@@ -6,10 +6,14 @@
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <thread>
 
 namespace
 {
@@ -319,6 +323,105 @@ TEST_F(PaintingTest, TheSameInputGivesTheSamePicture)
     const PictureOptions options{.width = 320, .height = 240};
     EXPECT_EQ(paint(scene, options, neverAbort).rgba, paint(scene, options, neverAbort).rgba);
 }
+
+/// Long arrows from a small ball, which hide one another many times over.
+std::vector<ArrowGlyph> crowd(std::size_t count, bool tube)
+{
+    auto glyphs = randomArrows(count, 1.0F, tube);
+    for (ArrowGlyph& glyph : glyphs)
+    {
+        glyph.start *= 0.3;
+        glyph.direction *= 2.0;
+    }
+    return glyphs;
+}
+
+TEST_P(ArrowPaintingTest, OnlyHiddenArrowsAreLeftOut)
+{
+    const auto glyphs = crowd(3000, GetParam());
+    const PictureOptions options{.width = 200, .height = 150};
+    const Image image = paintArrows(glyphs, options);
+    // One batch per few arrows: too few to look for hidden ones.
+    Scene scene;
+    for (std::size_t i = 0; i < glyphs.size(); i += 20)
+        scene.drawables.push_back(
+            arrows(std::vector(glyphs.begin() + static_cast<std::ptrdiff_t>(i),
+                               glyphs.begin() + static_cast<std::ptrdiff_t>(i + 20))));
+    // Crowded arrows have fewer sides, which shows along their edges only.
+    EXPECT_LE(numDifferent(image, paint(scene, options, neverAbort)), 200U * 150U / 25U);
+}
+
+TEST_F(PaintingTest, AnAbortEndsItSoon)
+{
+    using Clock = std::chrono::steady_clock;
+    struct Watcher final : ProgressObserver
+    {
+        void opened(const ProgressReport& report) override
+        {
+            title = report.title;
+            total = report.total;
+        }
+        void closed(const ProgressReport& report) override
+        {
+            isClosed = true;
+            count = report.counter.count();
+        }
+
+        std::string title;
+        unsigned long total = 0;
+        unsigned long count = 0;
+        bool isClosed = false;
+    };
+    // Seconds of work: nothing hides anything.
+    auto glyphs = crowd(60000, true);
+    for (ArrowGlyph& glyph : glyphs)
+        glyph.color.alpha = 0.5F;
+    volatile bool abortFlag = false;
+    Clock::time_point setAt;
+    Watcher watcher;
+    std::jthread interrupter(
+        [&]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(700));
+            setAt = Clock::now();
+            abortFlag = true;
+        });
+    EXPECT_EQ(errorOf([&] { paint({.drawables = {arrows(glyphs)}}, {}, abortFlag, &watcher); }),
+              "aborted");
+    const auto end = Clock::now();
+    interrupter.join();
+    EXPECT_LT(end - setAt, std::chrono::milliseconds(500));
+    EXPECT_EQ(watcher.title, "painting");
+    EXPECT_EQ(watcher.total, 60000U);
+    EXPECT_LE(watcher.count, watcher.total);
+    EXPECT_TRUE(watcher.isClosed);
+
+    Watcher whole;
+    paint({.drawables = {arrows(crowd(100, true))}}, small(), neverAbort, &whole);
+    EXPECT_TRUE(whole.isClosed);
+    EXPECT_EQ(whole.total, 100U);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(PaintingTest, ShortMemoryEndsItWithOneLine)
+{
+    const auto scene = Scene{.drawables = {arrows(crowd(2000, true))}};
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    std::size_t numFailures = 0;
+    for (rlim_t megabytes = 24; megabytes < 1500; megabytes += megabytes / 6)
+    {
+        rlimit limit = before;
+        limit.rlim_cur = megabytes << 20U;
+        setrlimit(RLIMIT_AS, &limit);
+        const std::string error = errorOf([&] { paint(scene, small(), neverAbort); });
+        setrlimit(RLIMIT_AS, &before);
+        EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+        numFailures += error == "no exception" ? 0 : 1;
+    }
+    EXPECT_GT(numFailures, 0U);
+}
+#endif
 
 TEST_F(PaintingTest, FailuresSayWhatAndWhere)
 {

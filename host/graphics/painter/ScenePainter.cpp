@@ -200,7 +200,10 @@ private:
         {
             const bool isOpaque = primitive->config().renderBin() == RenderBin::Opaque;
             if (isOpaque && pass == Pass::OnlyTransparent)
+            {
+                mMeter.advance(primitive->numVertices());
                 return;
+            }
             mPrimitivePainter.paint(*primitive, placement, camera, tile,
                                     isOpaque ? Pass::Everything : pass, mMeter);
         }
@@ -213,18 +216,6 @@ private:
     ArrowPainter mArrowPainter;
     PrimitivePainter mPrimitivePainter;
 };
-
-/// How many arrows and vertices are looked at for one tile.
-std::size_t workPerTile(const Scene& scene, bool hasTransparent)
-{
-    std::size_t count = 0;
-    for (const auto& drawable : scene.drawables)
-        if (const auto* const batch = dynamic_cast<const ArrowBatch*>(drawable.get()))
-            count += batch->arrows().size() * (hasTransparent ? 2 : 1);
-        else if (const auto* const primitive = dynamic_cast<const Primitive*>(drawable.get()))
-            count += primitive->numVertices();
-    return count;
-}
 
 /// The tiles of a picture, row by row.
 std::vector<Frame> tilesOf(const PictureOptions& options)
@@ -244,7 +235,7 @@ Image paint(const Scene& scene, const PictureOptions& options, WorkMeter& meter)
 {
     Composition composition(scene, options);
     const auto tiles = tilesOf(options);
-    meter.expect(tiles.size() * workPerTile(scene, composition.extent.hasTransparent));
+    meter.setNumPasses(tiles.size() * (composition.extent.hasTransparent ? 2 : 1));
     {
         const OffscreenContext context;
         TilePainter painter(scene, composition, meter);

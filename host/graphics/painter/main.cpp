@@ -51,7 +51,7 @@ int main()
     if (bytes.size() < sizeof(JobState))
         return 2;
     auto& state = *reinterpret_cast<JobState*>(bytes.data());
-    painter::WorkMeter meter(state.done, JobState::whole);
+    painter::WorkMeter meter(state.done, state.total);
     try
     {
         const auto bytesOfResult = perform(bytes, meter);

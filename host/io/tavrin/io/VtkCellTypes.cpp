@@ -19,9 +19,9 @@ struct Pair
 
 using enum CellType;
 
-// The vertices have the same numbers on both sides. For wedges that is the numbering of VTK's shape
-// functions: triangle 0 1 2, then 3 4 5 opposite. Which way the normal of 0 1 2 points, where VTK's
-// documents disagree between the linear and the quadratic wedge, matters to no interpolation.
+// The cell types of a pair number their vertices in the same way. For wedges this is the numbering of
+// VTK's shape functions: triangle 0 1 2, then 3 4 5 opposite. VTK's documents disagree about the
+// direction of the normal of 0 1 2, which has no effect on interpolation.
 constexpr std::array pairs{
     Pair{Points, VTK_VERTEX},
     Pair{Lines, VTK_LINE},

@@ -15,10 +15,11 @@ struct Box
     Tensor<double, D> lower;
     Tensor<double, D> upper;
 
-    /// One that holds everything, and one that holds nothing.
+    /// A box that holds every position, and one that holds none.
     static Box everything() { return infinite(-std::numeric_limits<double>::infinity()); }
     static Box nothing() { return infinite(std::numeric_limits<double>::infinity()); }
 
+    /// Extends the box so that it holds a position, or another box.
     void add(const Tensor<double, D>& position)
     {
         for (std::size_t i = 0; i < D; ++i)
@@ -28,6 +29,16 @@ struct Box
         }
     }
 
+    void add(const Box& other)
+    {
+        for (std::size_t i = 0; i < D; ++i)
+        {
+            lower[i] = std::min(lower[i], other.lower[i]);
+            upper[i] = std::max(upper[i], other.upper[i]);
+        }
+    }
+
+    /// Whether both boxes have a position in common.
     bool meets(const Box& other) const
     {
         bool isMet = true;

@@ -4,6 +4,7 @@
 #include <tavrin/domain/PointSet.hpp>
 
 #include <array>
+#include <cassert>
 
 namespace tavrin
 {
@@ -16,6 +17,7 @@ public:
     Cell(CellType type, std::span<const std::size_t> vertices)
         : mType(type), mNumVertices(vertices.size())
     {
+        assert(vertices.size() <= maximumVertices);
         std::ranges::copy(vertices, mVertices.begin());
     }
 

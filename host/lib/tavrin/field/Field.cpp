@@ -1,3 +1,4 @@
+#include <tavrin/field/BatchEvaluator.hpp>
 #include <tavrin/field/BundleField.hpp>
 #include <tavrin/field/FunctionField.hpp>
 
@@ -9,8 +10,8 @@ namespace tavrin
 namespace
 {
 
-/// Adds the members of a bundle as fields, and in their place those of a bundle among them. Returns
-/// false where one is no such field.
+/// Adds the members of a bundle as fields; a bundle among them is replaced by its members. Returns
+/// false where one of them is not such a field.
 template<std::size_t D, Value T>
 bool addMembers(const DataObjectBundle& bundle, typename BundleField<D, T>::Members& fields)
 {
@@ -36,6 +37,42 @@ std::shared_ptr<const Field<D, T>> applyToBundle(const DataObjectBundle& bundle)
     return std::make_shared<const BundleField<D, T>>(std::move(members));
 }
 
+/// Asks an evaluator for one position after the other.
+template<std::size_t D, Value T>
+class OneByOne final : public BatchEvaluator<D, T>
+{
+public:
+    using typename BatchEvaluator<D, T>::Position;
+    using BatchEvaluator<D, T>::evaluate;
+
+    explicit OneByOne(std::unique_ptr<FieldEvaluator<D, T>> evaluator)
+        : mEvaluator(std::move(evaluator))
+    {
+    }
+
+    void evaluate(double time, std::span<const Position> positions, T* values,
+                  std::uint8_t* isValid, const volatile bool& abortFlag) override
+    {
+        for (std::size_t k = 0; k < positions.size() && !abortFlag; ++k)
+        {
+            mEvaluator->reset(time, positions[k]);
+            isValid[k] = mEvaluator->isValid() ? 1 : 0;
+            values[k] = mEvaluator->isValid() ? mEvaluator->value() : T{};
+        }
+    }
+
+    void release() override { mEvaluator->release(); }
+
+private:
+    std::unique_ptr<FieldEvaluator<D, T>> mEvaluator;
+};
+
+}
+
+template<std::size_t D, Value T>
+std::unique_ptr<BatchEvaluator<D, T>> Field<D, T>::makeBatchEvaluator() const
+{
+    return std::make_unique<OneByOne<D, T>>(makeEvaluator());
 }
 
 template<std::size_t D, Value T>

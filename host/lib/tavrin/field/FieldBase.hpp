@@ -17,7 +17,7 @@ struct TimeRange
     bool contains(double time) const { return first <= time && time <= last; }
 };
 
-/// A quantity with a value at every position of some region, whatever its dimension and type.
+/// A field of any dimension and value type: a quantity with a value at every position of some region.
 class TAVRIN_API FieldBase : public DataObject
 {
 public:
@@ -27,18 +27,14 @@ public:
     /// "3-D Vector" and the like.
     virtual std::string valueTypeName() const = 0;
 
-    /// What the values are, such as the name of an array in a file; may be empty.
+    /// The name of the quantity, such as that of an array in a file; may be empty.
     virtual std::string name() const = 0;
 
-    /// No value exists at other times. Unbounded for a steady field.
+    /// The times at which the field has values; unbounded for a steady field.
     virtual TimeRange timeRange() const = 0;
 
-    /// A box that no position with a value lies outside of, infinite where the field is.
+    /// A box that holds all positions with a value; infinite for an unbounded field.
     virtual PointSetBase::BoundingBox boundingBox() const = 0;
-
-    /// Whether it takes a search through stored cells to find a position, which is faster for
-    /// positions that come one after the other and lie together.
-    virtual bool isSearched() const { return false; }
 
     static const TypeId<FieldBase>& classTypeId()
     {

@@ -3,6 +3,7 @@
 #include <tavrin/field/Field.hpp>
 
 #include <functional>
+#include <limits>
 
 namespace tavrin
 {

@@ -2,6 +2,7 @@
 
 #include <tavrin/value/ValueArray.hpp>
 
+#include <cassert>
 #include <memory>
 #include <span>
 #include <type_traits>
@@ -26,6 +27,7 @@ public:
     /// The value at an index below `size()`.
     T value(std::size_t index) const
     {
+        assert(index < mSize);
         if (mNumbers.doubles != nullptr)
             return converted(mNumbers.doubles + index * T::size);
         if (mNumbers.floats != nullptr)

@@ -3,6 +3,7 @@
 #include <tavrin/value/ValueArray.hpp>
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <span>
 
@@ -26,6 +27,7 @@ struct TimeSeries
     /// The values of one step, below `numSteps()`.
     std::shared_ptr<const ValueArray<T>> step(std::size_t number) const
     {
+        assert(number < numSteps());
         return isSteady() && values->isInMemory()
                    ? values
                    : values->part(number * valuesPerStep, valuesPerStep);

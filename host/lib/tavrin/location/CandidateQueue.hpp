@@ -4,16 +4,19 @@
 #include <tavrin/value/Tensor.hpp>
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 
 namespace tavrin
 {
 
-/// Positions, each with a cell that may contain it and is one of a few, to be tried batch by batch.
+/// Positions that wait to be tested in a candidate cell, batch by batch. The cell is given by the lane
+/// that holds it.
 template<std::size_t D>
 class CandidateQueue
 {
 public:
+    /// Eight batches, so that the last, partly filled one is a small part of the work.
     static constexpr std::size_t capacity = 64;
     static constexpr std::size_t numBatches = capacity / Lanes::size;
 
@@ -21,9 +24,10 @@ public:
     bool isFull() const { return mSize == capacity; }
     void clear() { mSize = 0; }
 
-    /// Adds position number k and the cell in a lane.
+    /// Adds position number k, to be tested in the cell of a lane. The queue must not be full.
     void add(std::size_t k, const Tensor<double, D>& position, std::size_t lane)
     {
+        assert(!isFull());
         mNumbers[mSize] = static_cast<std::uint32_t>(k);
         mLanes[mSize] = static_cast<std::int64_t>(lane);
         for (std::size_t axis = 0; axis < D; ++axis)
@@ -41,16 +45,17 @@ public:
         return result;
     }
 
-    /// The same, if it is wanted, without a branch, which would be a guess.
+    /// Adds it if `isWanted`, without a branch, which would be mispredicted about every other time.
     void addIf(bool isWanted, std::size_t k, const Tensor<double, D>& position, std::size_t lane)
     {
         add(k, position, lane);
         mSize -= isWanted ? 0 : 1;
     }
 
-    /// Fills the last batch up with what is in it. Returns how many batches there are.
+    /// Fills the last batch with copies of its last position. Returns the number of batches.
     std::size_t completeBatches()
     {
+        assert(mSize > 0);
         std::size_t end = mSize;
         for (; end % Lanes::size != 0; ++end)
             copy(mSize - 1, end);
@@ -81,7 +86,7 @@ private:
     std::size_t mSize = 0;
     std::array<std::uint32_t, capacity> mNumbers;
     std::array<std::int64_t, capacity> mLanes;
-    /// By axis.
+    /// Coordinates by axis.
     std::array<std::array<double, capacity>, D> mPositions;
 };
 

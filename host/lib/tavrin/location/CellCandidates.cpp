@@ -3,6 +3,7 @@
 #include <tavrin/location/CellGeometry.hpp>
 
 #include <bit>
+#include <cassert>
 
 namespace tavrin
 {
@@ -12,10 +13,10 @@ namespace
 
 /// Calls `visit(k, position)` for each position of a block, until `abortFlag` reads true.
 template<std::size_t D, typename Visit>
-void forEachIn(const LatticeBlock& block, const Lattice<D>& lattice, const volatile bool& abortFlag,
-               const Visit& visit)
+void forEachIn(const LatticeBlock& block, const PaddedLattice<D>& lattice,
+               const volatile bool& abortFlag, const Visit& visit)
 {
-    // One loop, the end of which is foretold more easily than those of three short ones.
+    // The end of one long loop is predicted better than the ends of three short nested ones.
     auto [i, j, k] = block.first;
     for (std::size_t rest = block.size(); rest > 0 && !abortFlag; --rest)
     {
@@ -43,7 +44,7 @@ void CellCandidates<D>::test(std::size_t k, const Position& position, std::uint3
         mMatches.keep(k, cell, at);
 }
 
-/// Takes a lane for the cell.
+/// Puts the cell into the next lane and the position into the queue.
 template<std::size_t D>
 void CellCandidates<D>::enqueue(std::size_t k, const Position& position, std::uint32_t cell)
 {
@@ -63,7 +64,7 @@ void CellCandidates<D>::testQueue()
     keepAnswers(gatherCells(mCells.type(mCellOfLane[0]), mQueue.size()));
 }
 
-/// The cells of the first lanes. Lanes without a cell of their own repeat the first.
+/// The cells of the first `count` lanes. The other lanes repeat the first cell.
 template<std::size_t D>
 auto CellCandidates<D>::gatherCells(CellType type, std::size_t count) -> Multilinear
 {
@@ -84,7 +85,7 @@ auto CellCandidates<D>::gatherCells(CellType type, std::size_t count) -> Multili
     return Multilinear(type, vertices);
 }
 
-/// Tries what is to be tried in these cells, and keeps what comes of it.
+/// Tests the queue in these cells, and keeps what it finds.
 template<std::size_t D>
 void CellCandidates<D>::keepAnswers(const Multilinear& cells)
 {
@@ -115,12 +116,13 @@ void CellCandidates<D>::keepAnswers(const Multilinear& cells)
 
 template<std::size_t D>
 void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
-                            std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
+                            std::span<const LatticeBlock> blocks, const PaddedLattice<D>& lattice,
                             const volatile bool& abortFlag)
 {
+    assert(cells.size() == blocks.size() && cells.size() <= Lanes::size);
     if (cells.empty())
         return;
-    // Gathering cells pays where enough positions share that work.
+    // Gathering cells pays off where each serves at least one position on average.
     std::size_t numPairs = 0;
     for (const LatticeBlock& block : blocks)
         numPairs += block.size();
@@ -133,8 +135,8 @@ void CellCandidates<D>::add(std::span<const std::uint32_t> cells,
 
 template<std::size_t D>
 void CellCandidates<D>::addTogether(std::span<const std::uint32_t> cells,
-                                    std::span<const LatticeBlock> blocks, const Lattice<D>& lattice,
-                                    const volatile bool& abortFlag)
+                                    std::span<const LatticeBlock> blocks,
+                                    const PaddedLattice<D>& lattice, const volatile bool& abortFlag)
 {
     finish();
     for (std::size_t lane = 0; lane < cells.size(); ++lane)
@@ -149,10 +151,11 @@ void CellCandidates<D>::addTogether(std::span<const std::uint32_t> cells,
         keepAnswers(multilinear);
 }
 
-/// Tries positions of a block in the cell of a lane. The last few may be left as trials.
+/// Queues the positions of a block that the cell of a lane may contain. The last few may stay in the
+/// queue.
 template<std::size_t D>
 void CellCandidates<D>::enqueueBlock(const Multilinear& cells, std::size_t lane,
-                                     const LatticeBlock& block, const Lattice<D>& lattice)
+                                     const LatticeBlock& block, const PaddedLattice<D>& lattice)
 {
     if constexpr (D >= 2)
         block.forEachPart(Multilinear::planesAtOnce,
@@ -182,7 +185,7 @@ void CellCandidates<D>::fetch(std::span<const std::uint32_t> cells) const
         fetchVertices(cell, points);
 }
 
-/// Gathers the points of a cell, and asks the memory for them.
+/// Gathers the point numbers of a cell and prefetches the points.
 template<std::size_t D>
 void CellCandidates<D>::fetchVertices(std::uint32_t cell,
                                       std::span<std::size_t, maximumVertices> points) const

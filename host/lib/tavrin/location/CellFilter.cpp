@@ -17,8 +17,8 @@ void CellFilter<D>::writeBox(const Single& lower, const Single& upper, float* nu
     }
 }
 
-/// Weight i + 1 of the simplex is number 0 plus numbers 1 ... D times the position, for the i-th
-/// group of D + 1 numbers.
+/// There are D groups of D + 1 numbers. Weight i + 1 of the simplex is the first number of group i plus
+/// the dot product of the others with the position.
 template<std::size_t D>
 void CellFilter<D>::writeSimplex(const Position* vertices, float* numbers, std::size_t row)
 {
@@ -50,7 +50,8 @@ void CellFilter<D>::writeSimplex(const Position* vertices, float* numbers, std::
             largest = std::max(largest, std::abs(slopes[j]));
         }
     }
-    // Half the margin is for rounding here and in the search, half for the cell's tolerance.
+    // A sum of D + 1 products in single precision, of numbers that are themselves rounded, is off by
+    // fewer than 8 roundings of the sum of magnitudes.
     static_assert(largestTolerance < 0.5 * static_cast<double>(margin));
     const double error = 8.0 * std::numeric_limits<float>::epsilon() * magnitude;
     const bool isReliable = inverse.isReliable() && error < 0.5 * static_cast<double>(margin) &&
@@ -58,7 +59,8 @@ void CellFilter<D>::writeSimplex(const Position* vertices, float* numbers, std::
     for (std::size_t i = 0; i < D; ++i)
         for (std::size_t j = 0; j <= D; ++j)
         {
-            // A simplex that cannot be ruled out has its middle everywhere.
+            // The numbers of a simplex that cannot be filtered give every position the weights of its
+            // center.
             const double everywhere = j == 0 ? 1.0 / static_cast<double>(D + 1) : 0.0;
             *numbers = static_cast<float>(isReliable ? weights[i][j] : everywhere);
             numbers += row;

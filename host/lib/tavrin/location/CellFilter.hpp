@@ -9,13 +9,14 @@
 namespace tavrin
 {
 
-/// Rules out most cells of a leaf of a tree that do not contain a position, without a look at their
-/// vertices: by their boxes or, where all cells are simplices with as many dimensions as the space,
-/// by the linear functions that give the position's weights. In single precision, it errs to the side
-/// of a cell too many.
+/// Rules out most cells of a leaf of a tree that do not contain a position, without reading their
+/// vertices: by their boxes or, where all cells are simplices of the dimension of the space, by the
+/// linear functions that give the position's weights. It works in single precision and never rules out
+/// a cell that contains the position.
 ///
-/// The numbers of all cells of a leaf lie side by side: one row for the first of each cell, the next
-/// row for the second, and so on. Three numbers behind the last are read, too.
+/// The numbers of all cells of a leaf lie side by side: one row for the first number of each cell, the
+/// next row for the second, and so on. Rows are read four numbers at a time, so that up to
+/// `overread` numbers after the last one must be readable.
 template<std::size_t D>
 class CellFilter
 {
@@ -23,7 +24,9 @@ public:
     using Position = Tensor<double, D>;
     using Single = std::array<float, D>;
 
-    /// For cells that all have a type, or `Invalid` if they differ.
+    static constexpr std::size_t overread = 3;
+
+    /// For cells of one type, or `Invalid` for cells of different types.
     explicit CellFilter(CellType commonType)
         : mAreSimplices((commonType == CellType::Triangles && D == 2) ||
                         (commonType == CellType::Tetrahedra && D == 3))
@@ -32,17 +35,17 @@ public:
 
     bool areSimplices() const { return mAreSimplices; }
 
-    /// How many numbers there are for each cell.
+    /// Numbers per cell.
     std::size_t size() const { return mAreSimplices ? D * (D + 1) : 2 * D; }
 
-    /// Which rows hold the lower and the upper sides of boxes along an axis.
+    /// The rows of the lower and the upper bounds of boxes along an axis.
     static constexpr std::size_t lowerRow(std::size_t axis) { return 2 * axis; }
     static constexpr std::size_t upperRow(std::size_t axis) { return 2 * axis + 1; }
 
-    /// Writes the numbers of a cell in a box, each a row after the other.
+    /// Writes the numbers of a cell with a box, at a distance of `row` from each other.
     static void writeBox(const Single& lower, const Single& upper, float* numbers, std::size_t row);
 
-    /// Writes those of a simplex with these vertices, which are relative to an origin.
+    /// Writes the numbers of a simplex. Its vertices are relative to the origin of the leaf.
     static void writeSimplex(const Position* vertices, float* numbers, std::size_t row);
 
     /// One bit for each of up to 31 cells whose box holds the position.
@@ -60,7 +63,7 @@ public:
         return bits & ((1U << count) - 1);
     }
 
-    /// One bit for each simplex that may contain the position, relative to the origin.
+    /// One bit for each simplex that may contain the position, which is relative to the same origin.
     static std::uint32_t simplicesAt(const Single& position, const float* numbers,
                                      std::uint32_t count)
     {
@@ -89,7 +92,9 @@ public:
     }
 
 private:
-    /// How far the weights of a simplex may lie outside.
+    /// How far outside of 0 ... 1 a weight may lie. One half of it is for the tolerance of cells,
+    /// which is at most `largestTolerance`, the other for rounding: simplices whose weights may be off
+    /// by more are not filtered.
     static constexpr float margin = 0x1p-8F;
 
     bool mAreSimplices;

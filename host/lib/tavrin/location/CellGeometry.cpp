@@ -5,6 +5,7 @@
 #include <tavrin/location/MultilinearInversion.hpp>
 #include <tavrin/location/ShapeTable.hpp>
 
+#include <cassert>
 #include <limits>
 #include <numeric>
 
@@ -16,14 +17,18 @@ namespace
 
 using enum CellType;
 
-/// A Newton step squares the error: after one as short as this only rounding is left.
+/// A Newton step squares the error: after a step of this length it is 1e-18, less than rounding.
 constexpr double shortStep = 1e-9;
+/// Far more than the few steps that convergence takes, so that only thin cells, in which rounding keeps
+/// the steps long, reach it.
 constexpr int maximumSteps = 50;
 
-/// After so many steps that end far outside the cell the next ones will, too.
+/// A search from within the cell that ends this many steps far outside of it is given up. A solution in
+/// the cell is then found from a nearer start.
 constexpr int maximumStrays = 4;
 
-/// Newton's method finds the one solution where the derivatives differ by less than this share.
+/// Newton's method finds the only solution where derivatives differ from those at the center by less
+/// than this fraction h: each step then shrinks the error by 2 h / (1 - h), which is below 1 for h < 1/3.
 constexpr double provenDistortion = 1.0 / 3.0;
 
 bool isSimplex(CellType type)
@@ -35,7 +40,7 @@ bool isSimplex(CellType type)
 template<std::size_t D, std::size_t N>
 struct LocalMap
 {
-    /// Relative to the first vertex, so that large coordinates lose no digits.
+    /// Relative to the first vertex, so that large coordinates do not cost precision.
     Tensor<double, D> position{};
     std::array<Tensor<double, D>, N> derivatives{};
 
@@ -51,7 +56,8 @@ struct LocalMap
         }
     }
 
-    /// The inverse of the derivatives, or of their normal equations.
+    /// The inverse of the derivatives; for a cell of fewer dimensions than the space that of the normal
+    /// equations.
     Inverse<N> inverse() const
     {
         if constexpr (N == D)
@@ -66,7 +72,8 @@ struct LocalMap
         }
     }
 
-    /// The change of the reference point that moves the position by an offset, or closest to it.
+    /// The change of the reference point that moves the position by an offset, or as close to that as
+    /// the cell allows.
     Tensor<double, N> step(const Inverse<N>& inverse, const Tensor<double, D>& offset) const
     {
         if constexpr (N == D)
@@ -80,7 +87,7 @@ struct LocalMap
         }
     }
 
-    /// How far the reference point moves at most with each unit of a change of the position.
+    /// The largest change of the reference point for a unit change of the position.
     double inverseNorm(const Inverse<N>& inverse) const
     {
         const double norm = inverse.growth();
@@ -88,7 +95,7 @@ struct LocalMap
     }
 };
 
-/// The bounds of a cell in the convex hull of some points, and what its tolerance adds to them.
+/// The bounds of a cell that lies in the convex hull of some points, widened by its tolerance.
 template<std::size_t D>
 Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count)
 {
@@ -113,16 +120,16 @@ Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count)
     return box;
 }
 
-/// A part of a cell that is a box in the cube that may be collapsed to the cell.
+/// A part of a cell. It is a box in the cube that the cell is a collapsed image of.
 template<std::size_t D>
 struct Part
 {
-    /// Three along each axis; what lies in the part lies in their convex hull.
+    /// Three along each axis. The part lies in their convex hull.
     std::array<Tensor<double, D>, 27> controlPoints;
     Reference middle{0.5, 0.5, 0.5};
     Reference size{1.0, 1.0, 1.0};
 
-    /// By de Casteljau's algorithm, for a cell of some dimension.
+    /// Both halves along an axis of a cell of a dimension, by de Casteljau's algorithm.
     std::pair<Part, Part> halves(std::size_t axis, std::size_t dimension) const
     {
         std::pair<Part, Part> result(*this, *this);
@@ -173,6 +180,7 @@ template<std::size_t D>
 CellGeometry<D>::CellGeometry(CellType type, const Position* vertices)
     : mType(geometryTypeOf(type)), mVertices(vertices)
 {
+    assert(type != Invalid);
 }
 
 template<std::size_t D>
@@ -242,7 +250,7 @@ bool CellGeometry<D>::multilinearContains(const Position& position, Reference& a
         return searchParts<D>(position, at);
     if (isInside(at, answer.inverseNorm, position))
         return true;
-    // A solution outside the cell rules out one inside where it is the only one.
+    // A solution outside the cell proves that there is none inside only if it is unique.
     const double range = std::max(reach, maximumNorm(answer.solution));
     return inversion.distortion(range) >= 1.0 && searchParts<D>(position, at);
 }
@@ -268,7 +276,8 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
     }
     else
     {
-        // How far the control points are from those of the linear map bounds its error in the cell.
+        // The distance of the control points from those of the linear map bounds its error in the
+        // cell, since Bernstein polynomials are positive and sum to 1.
         std::array<Position, maximumVertices> deviations;
         double largest = 0.0;
         for (std::size_t k = 0; k < table.numVertices; ++k)
@@ -348,8 +357,9 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
         const Inverse<N> inverse = map.inverse();
         const Position offset = target - map.position;
-        // Where sides of a cell collapse to a point, it has that point all the same. A cell that is
-        // flat as a whole does not get this far. In a thin one rounding may keep the steps long.
+        // A point that sides of the cell collapse to belongs to the cell, though the map has no inverse
+        // there. In a thin cell rounding may keep the steps long, too. A cell that is flat as a whole
+        // does not get this far.
         if (!inverse.exists() || i == maximumSteps)
         {
             at = current;

@@ -7,35 +7,36 @@
 namespace tavrin
 {
 
-/// The type whose shape a cell has: that of the corners where it is subparametric.
+/// The type that gives a cell its shape: for a subparametric type the linear one with the same corners.
 TAVRIN_API CellType geometryTypeOf(CellType type);
 
-/// A cell as a part of space: what it takes to find where in it a position lies.
+/// The region of space that a cell covers: decides whether it contains a position, and where.
 template<std::size_t D>
 class TAVRIN_API CellGeometry
 {
 public:
     using Position = Tensor<double, D>;
 
-    /// `type` is not `Invalid`. `vertices` are as many as the type has and are not copied. Coordinates
-    /// should be moderate numbers, whose cubes neither overflow nor vanish.
+    /// `type` is not `Invalid`; `vertices` has `numVerticesOf(type)` entries and is not copied. The cubes
+    /// of coordinates should neither overflow nor underflow.
     CellGeometry(CellType type, const Position* vertices);
 
-    /// A box that holds every position that the cell contains; it may hold others, and is not a
-    /// number where the vertices are not.
+    /// A box that holds every position in the cell. It may be larger than needed; it is NaN where a
+    /// vertex is not finite.
     Box<D> bounds() const;
 
     /// Whether the cell contains a position by the rules of `locationTolerance`, and at which
     /// reference point. A cell whose extent in one of its own dimensions vanishes contains nothing.
     ///
-    /// Simplices are inverted in closed form, others by Newton's method; in cells of fewer dimensions
-    /// than the space it looks for the closest point. Where it finds nothing, and the shape of the
-    /// cell does not prove that there is nothing, it starts again in every part of the cell, a
-    /// quarter as long, that may hold the position.
+    /// Simplices are inverted in closed form, other cells by Newton's method; in cells of fewer
+    /// dimensions than the space the closest point is searched for. Where Newton's method finds no
+    /// solution, and the shape of the cell does not prove that there is none, it is started again from
+    /// every part of the cell, a quarter as long as the cell, whose control points enclose the
+    /// position.
     bool contains(const Position& position, Reference& at) const;
 
 private:
-    /// The distance by which positions may be off for want of digits.
+    /// A bound on the rounding of the vertices' coordinates, as a distance.
     double rounding() const;
     bool simplexContains(const Position& position, Reference& at) const;
     bool multilinearContains(const Position& position, Reference& at) const

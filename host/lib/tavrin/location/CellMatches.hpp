@@ -10,21 +10,21 @@
 namespace tavrin
 {
 
-/// A view of what is known of some positions: of each the lowest cell found so far that contains it, and the
-/// reference point there. Cells and points lie apart, since cells are looked at more often.
+/// For each of some positions, the lowest cell found so far that contains it, and the reference point in
+/// that cell. A view of two arrays: cells are kept apart from points, since they are read more often.
 class CellMatches
 {
 public:
     static constexpr std::uint32_t nothing = 0xffffffff;
 
-    /// As many cells as reference points, both of which must outlive it. No cell has been found yet.
+    /// Both arrays have one entry per position and must outlive the view. Starts without matches.
     CellMatches(std::span<std::uint32_t> cells, std::span<Reference> points)
         : mCells(cells.data()), mPoints(points.data())
     {
         std::ranges::fill(cells, nothing);
     }
 
-    /// Those from a position on.
+    /// The matches from position `first` on.
     CellMatches from(std::size_t first) const
     {
         CellMatches rest = *this;
@@ -37,7 +37,7 @@ public:
     std::uint32_t cell(std::size_t k) const { return mCells[k]; }
     const Reference& point(std::size_t k) const { return mPoints[k]; }
 
-    /// Whether a cell would be kept.
+    /// Whether `keep` would keep the cell, which is lower than the one found so far.
     bool accepts(std::size_t k, std::uint32_t cell) const { return cell < mCells[k]; }
 
     void keep(std::size_t k, std::uint32_t cell, const Reference& point)
@@ -54,7 +54,7 @@ private:
     Reference* mPoints;
 };
 
-/// Places with memory of their own.
+/// Matches with memory of their own.
 class StoredCellMatches
 {
 public:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -38,12 +39,14 @@ struct FloatBox
     }
 };
 
-/// Divides the cells of a grid into halves that lie side by side, again and again.
+/// Divides the cells of a grid recursively into spatially separate halves, for a tree that is built from
+/// the top down.
 template<std::size_t D>
 class CellSorter
 {
 public:
-    /// Cells that were not divided yet. They lie together in the first or the second of two arrays.
+    /// Cells that belong together, stored next to each other in one of two arrays: each division moves
+    /// them to the other one.
     struct Range
     {
         std::uint32_t begin;
@@ -53,8 +56,8 @@ public:
         std::uint32_t size() const { return end - begin; }
     };
 
-    /// Calls `boxOf(cell)` for each cell, on all threads where they are many. Cells with a box that is
-    /// not finite are left out.
+    /// Calls `boxOf(cell)` for each cell, on all threads if there are many cells. Cells whose box is not
+    /// finite are left out.
     template<typename BoxOf>
     CellSorter(std::size_t numCells, const BoxOf& boxOf) : mBoxes(numCells), mItems(numCells)
     {
@@ -86,10 +89,10 @@ public:
 
     const FloatBox<D>& box(std::uint32_t cell) const { return mBoxes[cell]; }
 
-    /// Divides a range of two cells or more, at a depth of the tree, into neighbors on the one side
-    /// and on the other.
+    /// Divides a range of at least two cells, at a depth of the tree, by a plane between them.
     std::pair<Range, Range> halve(const Range& range, int depth)
     {
+        assert(range.size() >= 2);
         const Item* const items = itemsOf(range.isSpare);
         Item* const spare = itemsOf(!range.isSpare);
         const std::uint32_t begin = range.begin;
@@ -100,8 +103,8 @@ public:
         const std::size_t axis = longestAxis(middles, items, begin, end);
         const float plane = 0.5F * middles.lower[axis] + 0.5F * middles.upper[axis];
 
-        // Every item is written to both ends, and stays at the one whose counter goes on: there is
-        // no branch to be foretold.
+        // Every item is written to both ends, and only the counter of its own end moves on. This takes
+        // no branch, which would be mispredicted for about half of the items.
         std::uint32_t left = begin;
         std::uint32_t right = end - 1;
         for (std::uint32_t i = begin; i < end; ++i)
@@ -130,23 +133,27 @@ public:
     /// Writes the cells of a range in ascending order.
     void takeCells(const Range& range, std::span<std::uint32_t> cells)
     {
+        assert(cells.size() == range.size());
         const std::span items(itemsOf(range.isSpare) + range.begin, range.size());
         std::ranges::transform(items, cells.begin(), &Item::cell);
         std::ranges::sort(cells);
     }
 
 private:
-    /// Fewer cells than this are the work of one thread.
+    /// One thread handles fewer cells than this in well under a millisecond, about what waking up the
+    /// others would take.
     static constexpr std::size_t manyCells = 4096;
 
-    /// A split in the middle of space leaves at least so many cells on both sides.
+    /// A division in the middle of space must leave at least this many cells on both sides, or else it
+    /// takes the median. Dividing off one or two cells at a time would fill nodes with tiny leaves.
     static constexpr std::uint32_t smallestHalf = 3;
 
-    /// Cells are divided in the middle of space; below this depth in the middle of their number,
-    /// which bounds the depth.
+    /// Above this depth cells are divided in the middle of space, below it at the median. Since there
+    /// are fewer than 2^32 cells, the median ends the recursion within 32 more levels, and the depth is
+    /// at most 60 + 32 and a few, below `CellTree::maximumDepth`.
     static constexpr int depthOfSpatialSplits = 60;
 
-    /// A cell, by the middle of its box.
+    /// A cell and the middle of its box.
     struct Item
     {
         std::array<float, D> middle;
@@ -155,7 +162,8 @@ private:
 
     Item* itemsOf(bool isSpare) { return isSpare ? mSpareItems.data() : mItems.data(); }
 
-    /// The axis along which the most cells lie behind one another, going by a few of them.
+    /// The axis along which most cells lie side by side: the extent of the range in units of the mean
+    /// extent of a few of its cells.
     std::size_t longestAxis(const FloatBox<D>& middles, const Item* items, std::uint32_t begin,
                             std::uint32_t end) const
     {
@@ -178,7 +186,7 @@ private:
         return longest;
     }
 
-    /// Of all cells.
+    /// Indexed by cell.
     LargeVector<FloatBox<D>> mBoxes;
     LargeVector<Item> mItems;
     LargeVector<Item> mSpareItems;

@@ -3,17 +3,19 @@
 #include <tavrin/base/prefetch.hpp>
 #include <tavrin/location/CellFilter.hpp>
 #include <tavrin/location/GridCells.hpp>
+#include <tavrin/location/PositionPacket.hpp>
+#include <tavrin/location/TreeSpace.hpp>
 
-#include <limits>
+#include <vector>
 
 namespace tavrin
 {
 
-/// A hierarchy of boxes over the cells of a grid. Each node has up to four children and their boxes
-/// side by side, so that all four are compared at once. Nodes are split in space, as in a bounding
-/// interval hierarchy [1], but with full boxes: the boxes of neighbors overlap a little, and a
-/// position leads into few of them. Boxes are in single precision; they and the filter of the cells
-/// err to the side of a cell too many.
+/// A hierarchy of boxes over the cells of a grid. Each node holds the boxes of up to four children side
+/// by side, so that all four are compared at once. Nodes divide space, as in a bounding interval
+/// hierarchy [1], but store full boxes: neighboring boxes overlap only a little, and a position lies in
+/// few of them. Boxes are in single precision, rounded so that they and the filters of the cells never
+/// rule out a cell that contains a position.
 ///
 /// [1] C. Garth, K. I. Joy, Fast, memory-efficient cell location in unstructured grids for
 ///     visualization, IEEE Trans. Vis. Comput. Graph. 16 (2010)
@@ -23,29 +25,30 @@ class CellTree
 public:
     using Position = Tensor<double, D>;
 
-    /// Built on all threads; the tree does not depend on their number. Cells with vertices that are
-    /// not finite, and those of type `Invalid`, are left out.
+    /// Builds the tree on all threads; the tree does not depend on their number. Cells with vertices
+    /// that are not finite, and those of type `Invalid`, are left out. Throws `std::bad_alloc`.
     explicit CellTree(const GridCells<D>& cells);
 
-    /// So many positions are searched for together.
-    static constexpr std::size_t packetSize = 32;
+    /// The largest number of positions that are searched for together.
+    static constexpr std::size_t packetSize = PositionPacket<D>::capacity;
 
-    /// Calls `candidate(k, cell)` at least for every position k and cell whose bounds hold it, and for
-    /// few others, in any order. At most `packetSize` positions; it is the faster the closer they lie
-    /// together.
+    /// Calls `candidate(k, cell)` for every position k and cell that contains it, and for few others, in
+    /// any order. Takes at most `packetSize` positions, and is faster the closer together they lie.
     template<typename Candidate>
     void search(std::span<const Position> positions, const Candidate& candidate) const;
 
+    /// Two comparisons of four cells each. Smaller leaves take more nodes and memory than they save
+    /// tests, larger ones more tests.
     static constexpr std::uint32_t leafCapacity = 8;
 
-    /// A few cells that are neighbors, and their filters.
+    /// A few neighboring cells and their filters.
     class Leaf
     {
     public:
         std::span<const std::uint32_t> cells() const { return {mCells, mCount}; }
 
-        /// The sides of the boxes of the cells along an axis, in mapped coordinates, where the tree
-        /// keeps boxes. There are `leafCapacity` numbers to be read, whatever they are.
+        /// The bounds of the boxes of the cells along an axis, in mapped coordinates, where the tree
+        /// keeps boxes. `leafCapacity` numbers can be read; those beyond the last cell are arbitrary.
         const float* lower(std::size_t axis) const
         {
             return mFilters + CellFilter<D>::lowerRow(axis) * mCount;
@@ -55,7 +58,7 @@ public:
             return mFilters + CellFilter<D>::upperRow(axis) * mCount;
         }
 
-        /// Asks the memory for it.
+        /// Prefetches the leaf.
         void fetch() const
         {
             prefetch(mCells, mCount * sizeof(std::uint32_t));
@@ -70,24 +73,18 @@ public:
         std::size_t mCount;
     };
 
-    /// Whether it keeps boxes of its cells, not something better.
+    /// Whether the tree keeps boxes of its cells, and not the tighter filters of simplices.
     bool hasBoxes() const { return !mFilter.areSimplices(); }
 
-    /// Finds the leaves that meet a box in mapped coordinates. Returns false, and may not have found
-    /// all, where they have more than so many cells.
+    /// Finds the leaves that intersect a box in mapped coordinates. Returns false if they have more than
+    /// `maximumCells` cells; then not all of them are found.
     bool findLeaves(const std::array<float, D>& lower, const std::array<float, D>& upper,
                     std::size_t maximumCells, std::vector<Leaf>& leaves) const;
 
-    /// A coordinate of a position around the middle of the grid, in units of about its size.
-    /// Rounding keeps the order of numbers: what is inside a box is inside its mapped box.
-    float map(std::size_t axis, double coordinate) const
-    {
-        // Wild coordinates go as far as single precision does; infinite ones go further.
-        const double kept = std::clamp(mapExactly(axis, coordinate), -farthest, farthest);
-        return static_cast<float>(std::isfinite(coordinate) ? kept : coordinate);
-    }
+    /// The coordinates of boxes in the tree.
+    const TreeSpace<D>& space() const { return mSpace; }
 
-    /// A box that holds the bounds of all cells.
+    /// A box that holds all cells, tolerance included.
     Box<D> bounds() const;
 
     std::size_t memory() const
@@ -98,55 +95,22 @@ public:
 
 private:
     template<std::size_t>
-    friend class TreeBuilder;
+    friend class CellTreeBuilder;
 
-    static constexpr std::size_t maximumChildren = 4;
-    /// As deep as the builder goes.
+    using Node = CellTreeNode<D>;
+    using Packet = PositionPacket<D>;
+
+    static constexpr std::size_t maximumChildren = Node::maximumChildren;
+    /// The depth that the builder does not exceed, see `CellSorter`.
     static constexpr std::size_t maximumDepth = 96;
 
-    struct Node
-    {
-        /// Of each child; a child that is missing has an empty box.
-        std::array<std::array<float, maximumChildren>, D> lower;
-        std::array<std::array<float, maximumChildren>, D> upper;
-        /// The node, or the place of the first cell where the child is a leaf.
-        std::array<std::uint32_t, maximumChildren> link;
-        /// The number of cells where the child is a leaf, or 0.
-        std::array<std::uint32_t, maximumChildren> count;
-    };
-
-    static constexpr double farthest = 1e37;
-
-    struct Mapped
-    {
-        std::array<double, D> exact;
-        std::array<float, D> rounded;
-    };
-    double mapExactly(std::size_t axis, double coordinate) const
-    {
-        return (coordinate - mOrigin[axis]) * mUnit;
-    }
-    Mapped map(const Position& position) const
-    {
-        Mapped mapped;
-        for (std::size_t i = 0; i < D; ++i)
-        {
-            mapped.exact[i] = mapExactly(i, position[i]);
-            mapped.rounded[i] = map(i, position[i]);
-        }
-        return mapped;
-    }
-
-    /// Positions that are searched for together.
-    class Packet;
-
-    /// The middle of a box in mapped coordinates, the origin of the simplices of a leaf.
+    /// The middle of the box of a leaf along an axis: the origin of its filters of simplices.
     static double middle(float lower, float upper)
     {
         return 0.5 * (static_cast<double>(lower) + static_cast<double>(upper));
     }
 
-    /// A leaf to look at, a child of a node, and the positions that are in its box.
+    /// A leaf, given as the child of a node, and the positions inside its box, one bit each.
     struct LeafVisit
     {
         const Node* parent;
@@ -161,83 +125,13 @@ private:
         return mFilters.data() + std::size_t{place} * mFilter.size();
     }
 
-    Position mOrigin{};
-    double mUnit = 1.0;
+    TreeSpace<D> mSpace;
     CellFilter<D> mFilter;
-    /// The first is the root.
+    /// The first node is the root.
     LargeVector<Node> mNodes;
     LargeVector<std::uint32_t> mCells;
-    /// Of the cells of one leaf after the other, with one row per number.
+    /// The filters of one leaf after the other, each with one row per number.
     LargeVector<float> mFilters;
-};
-
-template<std::size_t D>
-class CellTree<D>::Packet
-{
-public:
-    Packet(const CellTree& tree, std::span<const Position> positions)
-    {
-        mLower.fill(std::numeric_limits<float>::infinity());
-        mUpper.fill(-std::numeric_limits<float>::infinity());
-        for (std::size_t k = 0; k < positions.size(); ++k)
-        {
-            mMapped[k] = tree.map(positions[k]);
-            for (std::size_t i = 0; i < D; ++i)
-            {
-                const float x = mMapped[k].rounded[i];
-                mCoordinates[i][k] = x;
-                mLower[i] = std::min(mLower[i], x);
-                mUpper[i] = std::max(mUpper[i], x);
-            }
-        }
-        // Positions are compared four at a time.
-        for (std::size_t k = positions.size(); k % 4 != 0; ++k)
-            for (std::size_t i = 0; i < D; ++i)
-                mCoordinates[i][k] = 0.0F;
-        mAll = ~0U >> (packetSize - positions.size());
-    }
-
-    /// One bit for each position.
-    std::uint32_t all() const { return mAll; }
-
-    const Mapped& operator[](std::size_t k) const { return mMapped[k]; }
-
-    /// One bit for each child of a node whose box meets that of the positions.
-    std::uint32_t childrenAt(const Node& node) const
-    {
-        detail::FourIntegers mask{-1, -1, -1, -1};
-        for (std::size_t i = 0; i < D; ++i)
-            mask &= (detail::loadFour(node.lower[i].data()) <= mUpper[i]) &
-                    (detail::loadFour(node.upper[i].data()) >= mLower[i]);
-        return detail::bitsOf(mask);
-    }
-
-    /// One bit for each of some positions that is in the box of a child.
-    std::uint32_t positionsIn(const Node& node, std::size_t child, std::uint32_t some) const
-    {
-        std::uint32_t bits = 0;
-        for (std::uint32_t rest = some; rest != 0;)
-        {
-            // Four at a time.
-            const auto k = static_cast<std::uint32_t>(std::countr_zero(rest)) & ~3U;
-            rest &= ~(15U << k);
-            detail::FourIntegers mask{-1, -1, -1, -1};
-            for (std::size_t i = 0; i < D; ++i)
-            {
-                const detail::FourFloats x = detail::loadFour(mCoordinates[i].data() + k);
-                mask &= (x >= node.lower[i][child]) & (x <= node.upper[i][child]);
-            }
-            bits |= detail::bitsOf(mask) << k;
-        }
-        return bits & some;
-    }
-
-private:
-    std::array<Mapped, packetSize> mMapped;
-    std::array<std::array<float, packetSize>, D> mCoordinates;
-    std::array<float, D> mLower;
-    std::array<float, D> mUpper;
-    std::uint32_t mAll;
 };
 
 template<std::size_t D>
@@ -272,19 +166,18 @@ template<std::size_t D>
 template<typename Candidate>
 void CellTree<D>::search(std::span<const Position> positions, const Candidate& candidate) const
 {
-    static_assert(packetSize == 32);
     if (mNodes.empty() || positions.empty())
         return;
-    const Packet packet(*this, positions);
+    const Packet packet(mSpace, positions);
 
-    // Nodes to look at, and the positions that may be in them.
+    // Nodes to visit, and the positions that may be inside.
     struct Visit
     {
         const Node* node;
         std::uint32_t positions;
     };
     std::array<Visit, maximumDepth*(maximumChildren - 1) + 1> visits;
-    // Leaves are looked at some time after they were found, when the memory has delivered them.
+    // Leaves are visited some time after they were found, when the memory has delivered them.
     std::array<LeafVisit, 16> leaves;
     std::size_t numLeaves = 0;
     const auto searchLeaves = [&]

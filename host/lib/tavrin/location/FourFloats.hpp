@@ -13,7 +13,7 @@ namespace tavrin
 namespace detail
 {
 
-/// Four neighboring numbers, and as many integers, or answers that are all or no bits.
+/// Four neighboring numbers, and four integers. Comparisons give integers that are -1 or 0.
 using FourFloats = float __attribute__((vector_size(16)));
 using FourIntegers = std::int32_t __attribute__((vector_size(16)));
 

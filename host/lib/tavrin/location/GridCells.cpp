@@ -2,7 +2,6 @@
 
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
-#include <tavrin/domain/structuredCorners.hpp>
 #include <tavrin/location/Inverse.hpp>
 
 #include <cmath>
@@ -26,7 +25,8 @@ void forPointBlocks(std::size_t numPoints, const Work& work)
         work(first, std::min(pointsPerBlock, numPoints - first));
 }
 
-/// From the first to the last eighth of the finite coordinates along an axis, going by a thousand.
+/// The range of the finite coordinates along an axis without the lowest and the highest eighth, estimated
+/// from about a thousand points.
 template<std::size_t D>
 std::pair<double, double> innerRange(std::span<const Tensor<double, D>> points, std::size_t axis)
 {
@@ -63,18 +63,14 @@ void GridCells<D>::takeCells(const EmbeddedCellComplex<D>& grid)
     mCommonCount = numVerticesOf(mCommonType);
     if (const auto* const structured = dynamic_cast<const StructuredGrid<D>*>(&grid))
     {
-        std::size_t step = 1;
-        std::size_t axis = 0;
-        for (const std::size_t points : structured->size())
+        const GridNumbering& numbering = structured->numbering();
+        const auto axes = numbering.axes();
+        for (std::size_t i = 0; i < axes.size(); ++i)
         {
-            if (points > 1)
-            {
-                mAxisCells[axis] = static_cast<std::uint32_t>(points - 1);
-                mAxisStep[axis++] = step;
-            }
-            step *= points;
+            mAxisCells[i] = static_cast<std::uint32_t>(axes[i].cells);
+            mAxisStride[i] = axes[i].pointStride;
         }
-        mCornerSteps = structuredCorners(mAxisStep);
+        mCornerOffsets = numbering.cornerOffsets();
         return;
     }
     const CellTable& cells = dynamic_cast<const UnstructuredGrid<D>&>(grid).cells();
@@ -146,7 +142,7 @@ void GridCells<D>::measurePoints(std::size_t numPoints)
     double largest = std::max(maximumNorm(mBoxOfMost.lower), maximumNorm(mBoxOfMost.upper));
     if (largest == 0.0)
         largest = std::max(maximumNorm(mBox.lower), maximumNorm(mBox.upper));
-    // Cubes of moderate numbers can be computed with.
+    // Products of three coordinates, and their reciprocals, stay far inside the range of doubles.
     if (largest > 0.0 && (largest < 1e-30 || largest > 1e30))
         mScale = std::ldexp(1.0, std::clamp(-std::ilogb(largest), -1000, 1000));
     for (Box<D>* const box : {&mBox, &mBoxOfMost})

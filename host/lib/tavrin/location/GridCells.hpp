@@ -10,14 +10,15 @@
 namespace tavrin
 {
 
-/// The cells of a grid with stored points, for many quick lookups. The grid must outlive it.
+/// The cells of a grid in a form that gives their vertices without virtual calls. The grid must outlive
+/// it.
 template<std::size_t D>
 class GridCells
 {
 public:
     using Position = Tensor<double, D>;
 
-    /// A cell whose vertices are gathered. Their positions are scaled by `scale()`.
+    /// The type of a cell and the positions of its vertices, multiplied by `scale()`.
     struct Vertices
     {
         CellType type;
@@ -29,16 +30,17 @@ public:
 
     std::size_t size() const { return mSize; }
 
-    /// Every cell is of this type, or they differ if it is `Invalid`.
+    /// The type of all cells, or `Invalid` where they are of different types.
     CellType commonType() const { return mCommonType; }
 
-    /// A power of two by which positions are multiplied, so that most are moderate numbers.
+    /// A power of two by which positions are multiplied, so that products of coordinates neither
+    /// overflow nor underflow. It is 1 for all but extreme coordinates.
     double scale() const { return mScale; }
 
     /// A box around the scaled points that are finite.
     const Box<D>& box() const { return mBox; }
 
-    /// A box around the inner three quarters of them along each axis, going by a sample.
+    /// A box around the inner three quarters of them along each axis, estimated from a sample.
     const Box<D>& boxOfMost() const { return mBoxOfMost; }
 
     CellType type(std::size_t cell) const
@@ -46,19 +48,19 @@ public:
         return mCommonType != CellType::Invalid ? mCommonType : mTypes[cell];
     }
 
-    /// The points that are the cell's vertices. Returns how many they are.
+    /// Writes the numbers of the cell's vertices. Returns how many there are.
     std::size_t gather(std::size_t cell, std::span<std::size_t, maximumVertices> points) const;
 
     void gather(std::size_t cell, Vertices& vertices) const;
 
-    /// A point, which is not scaled.
+    /// A point, not scaled.
     const Position& point(std::size_t index) const { return mPoints[index]; }
 
-    /// What it keeps beside the grid.
+    /// Memory that it takes in addition to the grid, in bytes.
     std::size_t memory() const { return mCopiedPoints.size() * sizeof(Position); }
 
 private:
-    /// Indices of either width.
+    /// Indices of 32 or 64 bits.
     struct Indices
     {
         const std::int32_t* narrow = nullptr;
@@ -85,17 +87,17 @@ private:
     const Position* mPoints = nullptr;
     LargeVector<Position> mCopiedPoints;
 
-    /// Of listed cells.
+    /// Listed cells, as in a `CellTable`.
     const CellType* mTypes = nullptr;
     Indices mOffsets;
     Indices mConnectivity;
     std::size_t mFirstOffset = 0;
 
-    /// Of structured cells: cells and the step to the next point, along each axis that counts.
+    /// Structured cells: the number of cells and the stride of points along each axis with cells.
     std::array<std::uint32_t, 3> mAxisCells{1, 1, 1};
-    std::array<std::size_t, 3> mAxisStep{};
-    /// From the first vertex of a cell to each.
-    std::array<std::size_t, 8> mCornerSteps{};
+    std::array<std::size_t, 3> mAxisStride{};
+    /// The difference in number between each vertex of a cell and the first one.
+    std::array<std::size_t, 8> mCornerOffsets{};
 };
 
 template<std::size_t D>
@@ -104,15 +106,15 @@ inline std::size_t GridCells<D>::gather(std::size_t cell,
 {
     if (mTypes == nullptr)
     {
-        // Cells are numbered in 32 bits, which are divided faster.
+        // Numbers of cells fit into 32 bits, which are faster to divide than 64.
         const auto [ni, nj, nk] = mAxisCells;
-        const auto& [i, j, k] = mAxisStep;
+        const auto& [i, j, k] = mAxisStride;
         const auto number = static_cast<std::uint32_t>(cell);
         const std::uint32_t row = number / ni;
         const std::uint32_t layer = row / nj;
         const std::size_t corner = (number - row * ni) * i + (row - layer * nj) * j + layer * k;
-        for (std::size_t n = 0; n < mCornerSteps.size(); ++n)
-            points[n] = corner + mCornerSteps[n];
+        for (std::size_t n = 0; n < mCornerOffsets.size(); ++n)
+            points[n] = corner + mCornerOffsets[n];
         return mCommonCount;
     }
     const bool areAlike = mCommonType != CellType::Invalid;

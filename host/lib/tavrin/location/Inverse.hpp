@@ -7,11 +7,11 @@
 namespace tavrin
 {
 
-/// The columns of a square matrix, or its rows. Numbers are doubles, or `Lanes` of them.
+/// The columns, or the rows, of a square matrix of doubles or `Lanes`.
 template<std::size_t N, typename Number = double>
 using Columns = std::array<Tensor<Number, N>, N>;
 
-/// The rows of the inverse of a matrix, times its determinant.
+/// The rows of the adjugate of a matrix: of its inverse times its determinant.
 template<std::size_t N, typename Number>
 Columns<N, Number> adjugate(const Columns<N, Number>& columns)
 {
@@ -56,14 +56,15 @@ public:
             row *= factor;
     }
 
-    /// Whether the determinant is more than this share of the product of the lengths of the columns.
-    /// It is not where one of them is no number.
+    /// Whether the determinant is more than a fraction of the product of the lengths of the columns.
+    /// False where one of them is NaN.
     auto isIndependent(double share) const { return mVolume > share * mLengths; }
 
-    /// False where rounding could make the inverse useless for a proof.
+    /// Whether half the digits of the inverse are right: its relative error is about the rounding of
+    /// doubles, 1e-16, divided by this fraction.
     auto isReliable() const { return isIndependent(1e-8); }
 
-    /// False where rounding leaves nothing of the inverse.
+    /// Whether rounding leaves at least a digit or two of the inverse.
     auto exists() const { return isIndependent(1e-14); }
 
     const Tensor<Number, N>& row(std::size_t i) const { return mRows[i]; }
@@ -76,7 +77,7 @@ public:
         return result;
     }
 
-    /// How many times the largest component of a vector that of the product may be.
+    /// The maximum norm of the inverse: a bound on the growth of the largest component of a vector.
     Number growth() const
     {
         using std::abs;

@@ -7,10 +7,10 @@
 namespace tavrin
 {
 
-/// A yes or no for each of a few lanes.
+/// A truth value for each of a few lanes.
 ///
-/// They are kept as numbers, 1 and 0, since g++ 12 compares vectors lane by lane unless it selects
-/// by the outcome at once.
+/// Truth values are kept as the numbers 1 and 0: g++ 12 compares vectors lane by lane unless the
+/// comparison selects between two vectors at once.
 class LaneMask
 {
 public:
@@ -54,7 +54,8 @@ private:
     Numbers mAnswers;
 };
 
-/// A few numbers that are computed with at once, each as if it were alone.
+/// Eight numbers that are computed with at once, with the results that each would have alone. Eight
+/// doubles are one register of AVX-512, two of AVX2.
 class Lanes
 {
 public:
@@ -64,11 +65,11 @@ public:
     using Sources = std::int64_t __attribute__((vector_size(size * sizeof(std::int64_t))));
 
     Lanes() = default;
-    /// The same in each. Not more than half the largest number.
-    // What is plainly a list of equal numbers g++ 12 stores one after the other.
+    /// The same number in each lane; at most half the largest double.
+    // Written as arithmetic, since g++ 12 stores a plain list of equal numbers one by one.
     Lanes(double number) : mNumbers(0.5 * (2.0 * number - Numbers{})) {}
 
-    /// Numbers that lie side by side.
+    /// Eight consecutive numbers.
     static Lanes at(const double* numbers)
     {
         Lanes lanes;
@@ -135,7 +136,7 @@ private:
     Numbers mNumbers;
 };
 
-/// Something made of `Lanes` and masks, with other lanes: lane i is what lane sources[i] was.
+/// An object made of `Lanes` and masks with its lanes rearranged: lane i of the result is lane sources[i].
 template<typename Something>
 Something rearranged(const Something& lanes, const Lanes::Sources& sources)
 {
@@ -163,7 +164,7 @@ inline bool hasBit(std::uint32_t bits, std::size_t lane)
     return (bits >> lane & 1U) != 0;
 }
 
-/// The same as of a mask, of a single answer.
+/// Counterparts of the functions of masks for a single truth value.
 inline bool any(bool mask)
 {
     return mask;
@@ -177,7 +178,7 @@ inline double select(bool mask, double yes, double no)
     return mask ? yes : no;
 }
 
-/// What comparisons of numbers give.
+/// The type of a comparison of numbers: `LaneMask` or `bool`.
 template<typename Number>
 using MaskOf = decltype(Number() < Number());
 

@@ -5,6 +5,7 @@
 #include <tavrin/location/SortedCoordinates.hpp>
 
 #include <array>
+#include <cassert>
 #include <optional>
 #include <span>
 #include <utility>
@@ -13,22 +14,23 @@
 namespace tavrin
 {
 
-/// Goes from leaf to leaf of a tree and finds the positions of a lattice in the boxes of the cells.
-/// That is faster than to search for the positions where the cells among them are not many more.
+/// Visits the leaves of a tree one after the other and finds the positions of a lattice in the box of each
+/// cell. That is faster than searching for each position, unless cells far outnumber positions.
 template<std::size_t D>
 class LatticeSweep
 {
 public:
-    /// The sweep of a tree that keeps boxes of its cells, and of a lattice that is scaled as they are
-    /// and not empty; or nothing where it would not pay.
+    /// The sweep over a tree that keeps boxes of its cells and a lattice that is not empty and scaled as
+    /// the cells are. Nothing where searching for each position is faster.
     static std::optional<LatticeSweep> over(const CellTree<D>& tree, const Lattice<D>& lattice);
 
-    /// So many cells come at once.
+    /// The number of cells in each call of `visit`.
     static constexpr std::size_t cellsAtOnce = CellTree<D>::leafCapacity;
 
-    /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighboring cells, in the end fewer, and as
-    /// many blocks of the lattice: all positions in the bounds of a cell, and few others. Before that
-    /// it calls `fetch(cells)`, while there is time for it. Stops where `abortFlag` reads true.
+    /// Calls `visit(cells, blocks)` with `cellsAtOnce` neighboring cells, fewer in the last call, and one
+    /// block of the lattice for each: the positions inside the bounds of the cell, and few others. Some
+    /// time before that it calls `fetch(cells)`, to prefetch them. Stops soon after `abortFlag` reads
+    /// true.
     template<typename Fetch, typename Visit>
     void run(const Fetch& fetch, const Visit& visit, const volatile bool& abortFlag) const
     {
@@ -59,10 +61,13 @@ public:
 private:
     LatticeSweep() = default;
 
-    /// How many cells there may be for each position, so that it pays to look at all of them.
+    /// The largest number of cells per position for which visiting all of them pays off: looking up a
+    /// cell's block takes about a quarter of the time of searching for one position.
     static constexpr std::size_t cellsPerPosition = 4;
 
-    /// How many leaves ahead the memory is asked for a leaf, and later for the vertices of its cells.
+    /// How many leaves ahead a leaf is prefetched, and later the vertices of its cells. Eight leaves of
+    /// eight cells take longer than the memory needs to deliver; the vertices of two leaves fit into
+    /// the nearest cache.
     static constexpr std::size_t leavesAhead = 8;
     static constexpr std::size_t cellsAhead = 2;
 
@@ -88,6 +93,7 @@ template<std::size_t D>
 std::optional<LatticeSweep<D>> LatticeSweep<D>::over(const CellTree<D>& tree,
                                                      const Lattice<D>& lattice)
 {
+    assert(tree.hasBoxes() && lattice.size() > 0);
     LatticeSweep sweep;
     std::array<float, D> lower;
     std::array<float, D> upper;
@@ -95,7 +101,8 @@ std::optional<LatticeSweep<D>> LatticeSweep<D>::over(const CellTree<D>& tree,
     {
         std::vector<float> mapped(lattice.planes[axis].size());
         std::ranges::transform(lattice.planes[axis], mapped.begin(),
-                               [&](double coordinate) { return tree.map(axis, coordinate); });
+                               [&](double coordinate)
+                               { return tree.space().map(axis, coordinate); });
         const auto& sorted = sweep.mAxes.emplace_back(std::move(mapped));
         lower[axis] = sorted.lowest();
         upper[axis] = sorted.highest();

@@ -2,6 +2,7 @@
 
 #include <tavrin/base/Processors.hpp>
 
+#include <cassert>
 #include <memory>
 
 namespace tavrin
@@ -10,7 +11,7 @@ namespace tavrin
 namespace
 {
 
-/// How far a reference point, as seen from the center, lies outside the cell.
+/// How far a reference point, given relative to the center, lies outside the cell.
 template<std::size_t D>
 Lanes distanceOutside(CellType type, const Tensor<Lanes, D>& u)
 {
@@ -32,7 +33,7 @@ CandidateAnswers<D> answersOf(CellType type, const MultilinearInversion<D, Lanes
     return {bitsOf(isInside), ~bitsOf(isInside | isOutside), found.solution};
 }
 
-// These are inlined as a whole, so that all of it is compiled for each processor.
+// What these functions call is inlined, so that all of it is compiled for each processor.
 
 template<std::size_t D>
 TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void prepare(
@@ -43,15 +44,15 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void prepare(
     affine = inversion.affine();
 }
 
-/// One bit for each position that the cell in a lane may have; those outside the block mean nothing.
+/// One bit for each position that the cell of a lane may contain. Bits outside of the block are arbitrary.
 template<std::size_t D>
 TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] std::uint64_t siftBlock(
     const typename MultilinearInversion<D, Lanes>::Affine& affine, std::size_t lane,
-    const LatticeBlock& block, const Lattice<D>& lattice)
+    const LatticeBlock& block, const PaddedLattice<D>& lattice)
 {
     const auto planesFrom = [&](std::size_t axis, std::size_t index)
     { return &lattice.planes[axis][block.first[axis]] + index; };
-    // What the planes of an axis add to the solution, which is linear.
+    // The solution is linear in the position: these are the terms of one axis, for eight planes.
     const auto termsOf = [&](std::size_t axis, const Lanes& planes)
     {
         const Lanes offset = planes - affine.origin[axis][lane] - affine.constant[axis][lane];
@@ -102,8 +103,10 @@ MultilinearCells<D>::MultilinearCells(CellType type, const Vertices& vertices) :
 
 template<std::size_t D>
 std::uint64_t MultilinearCells<D>::sift(std::size_t lane, const LatticeBlock& block,
-                                        const Lattice<D>& lattice) const
+                                        const PaddedLattice<D>& lattice) const
 {
+    assert(block.length(0) <= planesAtOnce && block.length(1) <= planesAtOnce &&
+           block.length(2) <= planesAtOnce && block.size() > 0);
     const auto upTo = [](std::size_t count) { return ~std::uint64_t{0} >> (64 - count); };
     std::uint64_t mask = upTo(block.length(0));
     mask *= 0x1111 & upTo(4 * block.length(1));

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <tavrin/domain/Lattice.hpp>
 #include <tavrin/location/CandidateQueue.hpp>
 #include <tavrin/location/MultilinearInversion.hpp>
+#include <tavrin/location/PaddedLattice.hpp>
 
 #include <array>
 #include <cstdint>
@@ -10,19 +10,19 @@
 namespace tavrin
 {
 
-/// What a batch of trials says: one bit for each.
+/// The answers for a batch of candidates, with one bit for each.
 template<std::size_t D>
 struct CandidateAnswers
 {
     std::uint32_t isInside = 0;
-    /// The position is near the boundary of the cell, or the cell is too distorted for a quick word.
+    /// The position is near the boundary of the cell, or the cell is too distorted for the quick test.
     std::uint32_t isUndecided = 0;
-    /// As seen from the center of the cell.
+    /// The reference point relative to the center of the cell.
     Tensor<Lanes, D> solution;
 };
 
-/// Quads, prisms or hexahedra of one type, one in each lane. Positions are tried in several of them
-/// at a time; no answer depends on which come together.
+/// Quads, prisms or hexahedra of one type, one in each lane. Positions are tested in several of them at a
+/// time; answers do not depend on which are tested together.
 template<std::size_t D>
 class MultilinearCells
 {
@@ -33,16 +33,16 @@ public:
 
     CellType type() const { return mType; }
 
-    /// So many planes of each axis may a block have to be sifted.
+    /// The maximum number of planes per axis of a block in `sift`: its positions have one bit each in a
+    /// word of 64.
     static constexpr std::uint32_t planesAtOnce = 4;
 
-    /// Says quickly of most positions in a block of a lattice that the cell in a lane does not have
-    /// them: the others have one bit each. Seven numbers behind the planes of the lattice are read,
-    /// too.
+    /// Rules out most positions in a block of a lattice that are not in the cell of a lane. The result
+    /// has one bit for each of the others.
     std::uint64_t sift(std::size_t lane, const LatticeBlock& block,
-                       const Lattice<D>& lattice) const;
+                       const PaddedLattice<D>& lattice) const;
 
-    /// Where in the block the position of a bit is.
+    /// The indices in the block of the position with a bit.
     static std::array<std::uint32_t, 3> offsetOf(int bit)
     {
         const auto number = static_cast<std::uint32_t>(bit);
@@ -50,8 +50,7 @@ public:
                 number / (planesAtOnce * planesAtOnce)};
     }
 
-    /// Finds out of each trial whether the cell contains the position, and where: one answer for each
-    /// batch.
+    /// Tests the candidates of a queue: writes one answer for each batch.
     void find(const CandidateQueue<D>& trials, std::size_t numBatches,
               CandidateAnswers<D>* answers) const;
 

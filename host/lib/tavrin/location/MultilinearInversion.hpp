@@ -4,12 +4,13 @@
 #include <tavrin/location/MultilinearMap.hpp>
 #include <tavrin/location/Tolerance.hpp>
 
+#include <cassert>
 #include <limits>
 
 namespace tavrin
 {
 
-/// Whether some component of a vector is larger than it may be, up or down.
+/// Whether the magnitude of some component of a vector exceeds its limit.
 template<std::size_t D, typename Number>
 MaskOf<Number> isBeyond(const Tensor<Number, D>& vector, const Tensor<Number, D>& limits)
 {
@@ -21,8 +22,8 @@ MaskOf<Number> isBeyond(const Tensor<Number, D>& vector, const Tensor<Number, D>
     return excess > 0.0;
 }
 
-/// Looks for the reference points that a multilinear map takes to positions. Numbers are doubles, or
-/// `Lanes` for several searches side by side, each of which ends as it would alone.
+/// Inverts a multilinear map: finds the reference points of positions. Numbers are doubles, or `Lanes`
+/// for several searches side by side, each of which gives the result that it would give alone.
 template<std::size_t D, typename Number>
 class MultilinearInversion
 {
@@ -30,30 +31,32 @@ public:
     using Mask = MaskOf<Number>;
     using Position = Tensor<Number, D>;
 
-    /// What is known of a position.
+    /// The result for a position.
     struct Answer
     {
-        /// False for a cell whose linear term is too flat to say anything, and for positions so far
-        /// away that they cannot be computed with.
+        /// False for a cell whose linear term is too close to singular, and for positions so far away
+        /// that the computation overflows. The rest then means nothing.
         Mask isRegular;
-        /// Whether it is certain that the cell does not have the position, not even by its tolerance.
+        /// Whether it is proven that the cell does not contain the position, tolerance included.
         Mask isRuledOut;
-        /// Whether `solution` is one, as seen from the center of the cell. It may lie outside.
+        /// Whether `solution` is the reference point, relative to the center of the cell. It may lie
+        /// outside of the cell.
         Mask isFound;
         Position solution;
-        /// How far the solution moves at most with each unit of a change of the position. Of single
-        /// numbers only.
+        /// The largest change of the solution for a unit change of the position. Computed for doubles
+        /// only.
         double inverseNorm = 1.0;
     };
 
     MultilinearInversion() = default;
 
-    /// For a cell whose type is multilinear.
+    /// For a cell of a multilinear type.
     MultilinearInversion(CellType type, const Position* vertices)
         : mMap(mapOf(type, vertices)), mInverse(mMap.linear), mIsRegular(mInverse.isReliable())
     {
+        assert(isMultilinear(type, D));
         const double reach = reachOf(type);
-        // From here on in the coordinates where the linear term is the identity.
+        // From here on in coordinates in which the linear term is the identity.
         mPairs = 0.0;
         mTriple = 0.0;
         Position bounds{};
@@ -67,19 +70,21 @@ public:
             for (std::size_t axis = 0; axis < D; ++axis)
                 bounds[axis] += abs(factor[axis]) * (reach * reach * (isPair ? 1.0 : reach));
         }
-        // A solution in the cell is the affine one but for the products, which are bounded there.
+        // A solution in the cell differs from the affine one by the products, which are bounded there.
+        // One percent more covers the rounding of the bounds and of the affine solution.
         mBound = maximumNorm(bounds);
         for (std::size_t axis = 0; axis < D; ++axis)
             mLimits[axis] = reach + 1.01 * bounds[axis] + largestTolerance;
     }
 
-    /// The part of it that says at once of most positions outside that they are.
+    /// The affine part of the map and its inverse, which rules out most positions outside of the cell.
     struct Affine
     {
         Position origin;
         Position constant;
         Inverse<D, Number> inverse;
-        /// Of the components of the solution. Infinite where it is no proof.
+        /// Bounds on the components of the affine solution for positions in the cell. Infinite where the
+        /// inverse is not accurate enough for a proof.
         Position limits;
 
         Position solution(const Position& position) const
@@ -123,7 +128,7 @@ public:
             const Inverse<D, Number> local(derivatives);
             const Position first = local * (start + mProducts(start) - linearSolution);
             const Position between = clamped(start - first);
-            // By the map itself, so that the rounding of its inverse does not stay.
+            // By the map itself, so that the rounding of its inverse does not remain.
             const Position second = local * (mInverse * (mMap(between) - offset));
             const Position last = clamped(between - second);
 
@@ -143,21 +148,23 @@ public:
         return answer;
     }
 
-    /// By how much derivatives up to a distance from the center differ from those at the center, as
-    /// a share of them. Below 1 no two points have the same position.
+    /// How much derivatives up to a distance from the center differ from those at the center, relative
+    /// to them. Below 1 the map is injective up to that distance.
     Number distortion(const Number& distance) const
     {
         return distance * (2.0 * mPairs + 3.0 * distance * mTriple);
     }
 
 private:
-    /// After a step with new derivatives as short as the first, and one with the same derivatives as
-    /// short as the second, only rounding is left.
+    /// A Newton step shorter than `shortStep` is followed by one with the same derivatives, which are off
+    /// by at most that much times the distortion. Where the second step is shorter than `shortestStep`,
+    /// the error that is left is below 1e-12 times the distortion, far below the tolerance.
     static constexpr double shortStep = 1e-3;
     static constexpr double shortestStep = 1e-9;
     static constexpr int maximumSteps = 20;
 
-    /// So many steps without derivatives leave one with them to most cells.
+    /// Fixed-point steps without derivatives come first. After three of them one Newton step is enough
+    /// for most cells.
     static constexpr int cheapSteps = 3;
 
     static Mask isFinite(const Position& u)
@@ -181,13 +188,12 @@ private:
     Inverse<D, Number> mInverse;
     Mask mIsRegular;
     ProductTerms<D, Number> mProducts;
-    /// Bounds of the products of two coordinates, and of that of three.
+    /// Norms of the factors of products of two coordinates, and of that of three.
     Number mPairs;
     Number mTriple;
-    /// Of all products in the cell.
+    /// A bound on the sum of all products in the cell.
     Number mBound;
-    /// How far from the center the solution without products may be along each axis, for positions in
-    /// the cell.
+    /// Bounds on the components of the affine solution, for positions in the cell.
     Position mLimits;
 };
 

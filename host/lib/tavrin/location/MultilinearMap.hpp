@@ -14,7 +14,7 @@ struct ProductTerms
 {
     using Position = Tensor<Number, D>;
 
-    /// Of the products uv, vw, wu and uvw; in the plane that of uv alone.
+    /// The factors of uv, vw, wu and uvw; in the plane that of uv alone.
     std::array<Position, D == 3 ? 4 : 1> factors;
 
     Position operator()(const Position& u) const
@@ -26,7 +26,7 @@ struct ProductTerms
         return sum;
     }
 
-    /// Their derivatives are added to those of other terms.
+    /// Adds the derivatives of the terms to `columns`.
     void addDerivatives(const Position& u, Columns<D, Number>& columns) const
     {
         columns[0] += u[1] * factors[0];
@@ -40,9 +40,9 @@ struct ProductTerms
     }
 };
 
-/// The map of a quad, prism or hexahedron from reference coordinates, as seen from its center, to
-/// positions as seen from its first vertex. It is the sum of a constant, a linear term, and terms in
-/// the products of different coordinates.
+/// The map of a quad, prism or hexahedron from reference coordinates relative to its center to positions
+/// relative to its first vertex: the sum of a constant, a linear term and terms in the products of
+/// different coordinates.
 template<std::size_t D, typename Number = double>
 struct MultilinearMap
 {
@@ -122,20 +122,20 @@ MultilinearMap<3, Number> mapOfHexahedron(const Tensor<Number, 3>* v)
         {0.5 * (twist0 + twist1), 0.5 * (side1 - side0), 0.5 * (shear1 - shear0), twist1 - twist0}};
 }
 
-/// Whether a cell of this type has such a map and as many dimensions as the space.
+/// Whether cells of this type have such a map and the dimension of the space.
 constexpr bool isMultilinear(CellType type, std::size_t space)
 {
     return (space == 2 && type == CellType::Quads) ||
            (space == 3 && (type == CellType::Prisms || type == CellType::Hexahedra));
 }
 
-/// How far a multilinear cell extends from its center along each reference coordinate, at most.
+/// The largest distance of a multilinear cell's points from its center along a reference coordinate.
 constexpr double reachOf(CellType type)
 {
     return type == CellType::Prisms ? 2.0 / 3.0 : 0.5;
 }
 
-/// The map of a cell that has one.
+/// The map of a cell of a multilinear type.
 template<std::size_t D, typename Number>
 MultilinearMap<D, Number> mapOf(CellType type, const Tensor<Number, D>* vertices)
 {

@@ -4,7 +4,7 @@ namespace tavrin
 {
 
 template<std::size_t D>
-RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid) : mCells(grid.size())
+RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid) : mCells(grid.numbering())
 {
     for (std::size_t i = 0; i < D; ++i)
     {
@@ -37,7 +37,7 @@ template<std::size_t D>
 bool RectilinearLocator<D>::locateOne(const Position& position, Location& location,
                                       Hint& hint) const
 {
-    StructuredCell::Place place(mCells);
+    StructuredCell::Builder builder(mCells);
     double across = 0.0;
     for (std::size_t i = 0; i < D; ++i)
     {
@@ -61,7 +61,7 @@ bool RectilinearLocator<D>::locateOne(const Position& position, Location& locati
         while (cell > 0 && axis.share(cell - 1, x) <= 1.0 + axis.tolerance(cell - 1))
             share = axis.share(--cell, x);
         across = std::max(across, axis.width(cell));
-        place.set(i, cell, share);
+        builder.set(i, cell, share);
     }
     for (std::size_t i = 0; i < D; ++i)
     {
@@ -71,7 +71,7 @@ bool RectilinearLocator<D>::locateOne(const Position& position, Location& locati
             !(distance <= locationTolerance * across + axis.rounding(0)))
             return false;
     }
-    place.fill(location);
+    builder.fill(location);
     return true;
 }
 
@@ -89,7 +89,7 @@ Box<D> RectilinearLocator<D>::bounds() const
             std::max(mAxes[i].sign * coordinates.front(), mAxes[i].sign * coordinates.back());
         widest = std::max(widest, box.upper[i] - box.lower[i]);
     }
-    // Tolerances are much less than a thousandth of a cell.
+    // A tolerance is at most a thousandth of a cell, or the rounding of a coordinate.
     for (std::size_t i = 0; i < D; ++i)
     {
         const double margin = 1e-3 * widest + coordinateRounding * std::max(std::abs(box.lower[i]),

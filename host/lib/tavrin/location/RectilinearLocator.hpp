@@ -23,7 +23,7 @@ public:
     std::size_t memory() const override;
 
 private:
-    /// The coordinates along an axis, which ascend, or ascend when their sign is changed.
+    /// The coordinates along an axis, multiplied by `sign` so that they ascend.
     struct Axis
     {
         double sign;
@@ -31,7 +31,7 @@ private:
 
         std::size_t lastCell() const { return coordinates.size() - 2; }
 
-        /// How far through a cell a coordinate is.
+        /// The reference coordinate of x in a cell.
         double share(std::size_t cell, double x) const
         {
             return (x - coordinates[cell]) / width(cell);

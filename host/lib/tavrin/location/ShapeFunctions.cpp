@@ -1,7 +1,7 @@
 #include <tavrin/location/ShapeFunctions.hpp>
 
 #include <algorithm>
-#include <stdexcept>
+#include <cassert>
 
 namespace tavrin
 {
@@ -9,9 +9,9 @@ namespace tavrin
 namespace
 {
 
-using enum CellType;
+using enum CellShape;
 
-/// A number with its derivatives by r, s and t, so that each formula stands here once.
+/// A number with its derivatives by r, s and t: differentiates formulas by evaluating them.
 struct Dual
 {
     double value = 0.0;
@@ -36,8 +36,8 @@ struct Dual
     }
 };
 
-/// coordinate / height, as it is inside a pyramid: where a position is about to leave through the
-/// apex the quotient is kept from running away.
+/// coordinate / height in a pyramid. Near the apex, where the quotient of points outside of the cell
+/// diverges, it is limited to the neighborhood of the range 0 ... 1 that it has inside.
 double quotient(double coordinate, double height)
 {
     return std::clamp(coordinate / height, -1.0, 2.0);
@@ -51,8 +51,8 @@ Dual quotient(const Dual& coordinate, const Dual& height)
     return result;
 }
 
-/// At least this height is left at the apex of a pyramid, so that it can be divided by. Beyond the apex
-/// heights are negative, and the weights still sum to 1.
+/// The height below the apex of a pyramid that stands for 0, so that it can be a divisor. Beyond the apex
+/// heights are negative; the weights sum to 1 there, too.
 constexpr double leastHeight = 1e-150;
 
 double heightBelowApex(double t)
@@ -70,7 +70,7 @@ Dual heightBelowApex(const Dual& t)
 template<typename Number>
 using Coordinates = std::array<Number, 3>;
 
-/// The two linear functions of a coordinate from 0 to 1, and the quadratic one of its middle.
+/// The linear functions of both ends of the interval 0 ... 1 and the quadratic one of its midpoint.
 template<typename Number>
 struct Along
 {
@@ -79,231 +79,175 @@ struct Along
     std::array<Number, 2> ends;
     Number middle;
 
-    /// The quadratic function of the start, the middle and the end.
+    /// The quadratic Lagrange polynomial of the start, the middle or the end.
     Number lagrange(std::size_t i) const
     {
         return i == 1 ? middle : ends[i / 2] * (2.0 * ends[i / 2] - 1.0);
     }
 };
 
-struct Edge
-{
-    std::size_t a;
-    std::size_t b;
-};
-
-constexpr std::array<Edge, 1> lineEdges{{{0, 1}}};
-constexpr std::array<Edge, 3> triangleEdges{{{0, 1}, {1, 2}, {2, 0}}};
-constexpr std::array<Edge, 4> quadEdges{{{0, 1}, {1, 2}, {2, 3}, {3, 0}}};
-constexpr std::array<Edge, 6> tetrahedronEdges{{{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}};
-constexpr std::array<Edge, 8> pyramidEdges{
-    {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}}};
-constexpr std::array<Edge, 9> prismEdges{
-    {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}}};
-constexpr std::array<Edge, 12> hexahedronEdges{{{0, 1},
-                                                {1, 2},
-                                                {2, 3},
-                                                {3, 0},
-                                                {4, 5},
-                                                {5, 6},
-                                                {6, 7},
-                                                {7, 4},
-                                                {0, 4},
-                                                {1, 5},
-                                                {2, 6},
-                                                {3, 7}}};
-
-std::span<const Edge> edgesOf(CellType linear)
-{
-    switch (linear)
-    {
-    case Lines:
-        return lineEdges;
-    case Triangles:
-        return triangleEdges;
-    case Quads:
-        return quadEdges;
-    case Tetrahedra:
-        return tetrahedronEdges;
-    case Pyramids:
-        return pyramidEdges;
-    case Prisms:
-        return prismEdges;
-    case Hexahedra:
-        return hexahedronEdges;
-    default:
-        return {};
-    }
-}
-
-/// Where the corners of quads and hexahedra lie along r, s and t.
-constexpr std::array<std::array<std::size_t, 3>, 8> cornerOfCube{
-    {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}}};
-
-/// The weights of the linear cell with the same corners.
+/// The weights of the vertices of a linear cell.
 template<typename Number>
-void linearFunctions(CellType linear, const Coordinates<Number>& at, Number* weights)
+void linearFunctions(CellShape shape, const Coordinates<Number>& at, Number* weights)
 {
     const auto& [r, s, t] = at;
-    switch (linear)
+    switch (shape)
     {
-    case Points:
+    case Point:
         weights[0] = 1.0;
         break;
-    case Lines:
+    case Line:
         weights[0] = 1.0 - r;
         weights[1] = r;
         break;
-    case Triangles:
+    case Triangle:
         weights[0] = 1.0 - r - s;
         weights[1] = r;
         weights[2] = s;
         break;
-    case Tetrahedra:
+    case Tetrahedron:
         weights[0] = 1.0 - r - s - t;
         weights[1] = r;
         weights[2] = s;
         weights[3] = t;
         break;
-    case Prisms:
-        linearFunctions(Triangles, at, weights);
+    case Prism:
+        linearFunctions(Triangle, at, weights);
         for (std::size_t k = 0; k < 3; ++k)
         {
             weights[k + 3] = weights[k] * t;
             weights[k] = weights[k] * (1.0 - t);
         }
         break;
-    case Pyramids:
+    case Pyramid:
     {
         const Number height = heightBelowApex(t);
-        linearFunctions(Quads, Coordinates<Number>{quotient(r, height), quotient(s, height), t},
+        linearFunctions(Quad, Coordinates<Number>{quotient(r, height), quotient(s, height), t},
                         weights);
         for (std::size_t k = 0; k < 4; ++k)
             weights[k] = weights[k] * height;
         weights[4] = t;
         break;
     }
-    case Quads:
-    case Hexahedra:
+    case Quad:
+    case Hexahedron:
     {
         const std::array<Number, 4> quad{(1.0 - r) * (1.0 - s), r * (1.0 - s), r * s,
                                          (1.0 - r) * s};
-        const bool isQuad = linear == Quads;
+        const bool isQuad = shape == Quad;
         for (std::size_t k = 0; k < 4; ++k)
             weights[k] = isQuad ? quad[k] : quad[k] * (1.0 - t);
         for (std::size_t k = 0; k < 4 && !isQuad; ++k)
             weights[k + 4] = quad[k] * t;
         break;
     }
-    default:
-        throw std::logic_error("a cell of no type has no shape functions");
     }
 }
 
-/// The functions of the middles of the edges, in the order of the edges.
+/// Products of the functions of r, s and t that belong to a vertex of a quad or hexahedron: linear
+/// ones for its coordinates 0 and 1, the quadratic one of the midpoint for 1/2.
 template<typename Number>
-void edgeFunctions(CellType linear, const Coordinates<Number>& at, Number* middles)
+Number serendipityFunction(const std::array<Along<Number>, 3>& along, const HalfReference& vertex,
+                           std::size_t dimension)
+{
+    Number product = 1.0;
+    for (std::size_t axis = 0; axis < dimension; ++axis)
+        product =
+            product * (vertex[axis] == 1 ? along[axis].middle : along[axis].ends[vertex[axis] / 2]);
+    return product;
+}
+
+/// The functions of the edges' midpoints, in the order of the edges of a quadratic type.
+template<typename Number>
+void edgeFunctions(CellType type, const Coordinates<Number>& at, Number* midpoints)
 {
     const auto& [r, s, t] = at;
-    switch (linear)
+    const CellShape shape = shapeOf(type);
+    const auto edges = edgesOf(type);
+    switch (shape)
     {
-    case Lines:
-    case Triangles:
-    case Tetrahedra:
+    case Point:
+        break;
+    case Line:
+    case Triangle:
+    case Tetrahedron:
     {
         std::array<Number, 4> corners;
-        linearFunctions(linear, at, corners.data());
-        for (const Edge& edge : edgesOf(linear))
-            *middles++ = 4.0 * corners[edge.a] * corners[edge.b];
+        linearFunctions(shape, at, corners.data());
+        for (const auto& [a, b] : edges)
+            *midpoints++ = 4.0 * corners[a] * corners[b];
         break;
     }
-    case Prisms:
+    case Prism:
     {
         std::array<Number, 3> triangle;
-        edgeFunctions(Triangles, at, triangle.data());
+        edgeFunctions(CellType::QuadraticTriangle, at, triangle.data());
         for (std::size_t k = 0; k < 3; ++k)
         {
-            middles[k] = triangle[k] * (1.0 - t);
-            middles[k + 3] = triangle[k] * t;
+            midpoints[k] = triangle[k] * (1.0 - t);
+            midpoints[k + 3] = triangle[k] * t;
         }
-        linearFunctions(Triangles, at, triangle.data());
+        linearFunctions(Triangle, at, triangle.data());
         for (std::size_t k = 0; k < 3; ++k)
-            middles[k + 6] = 4.0 * t * (1.0 - t) * triangle[k];
+            midpoints[k + 6] = 4.0 * t * (1.0 - t) * triangle[k];
         break;
     }
-    case Pyramids:
+    case Pyramid:
     {
         const Number height = heightBelowApex(t);
         const Coordinates<Number> onBase{quotient(r, height), quotient(s, height), t};
-        edgeFunctions(Quads, onBase, middles);
-        linearFunctions(Quads, onBase, middles + 4);
+        edgeFunctions(CellType::QuadraticQuad, onBase, midpoints);
+        linearFunctions(Quad, onBase, midpoints + 4);
         for (std::size_t k = 0; k < 4; ++k)
         {
-            middles[k] = middles[k] * height * height;
-            middles[k + 4] = 4.0 * t * height * middles[k + 4];
+            midpoints[k] = midpoints[k] * height * height;
+            midpoints[k + 4] = 4.0 * t * height * midpoints[k + 4];
         }
         break;
     }
-    default:
+    case Quad:
+    case Hexahedron:
     {
         const std::array along{Along<Number>(r), Along<Number>(s), Along<Number>(t)};
-        for (const Edge& edge : edgesOf(linear))
-        {
-            Number product = 1.0;
-            for (std::size_t axis = 0; axis < dimensionOf(linear); ++axis)
-            {
-                const std::size_t a = cornerOfCube[edge.a][axis];
-                const std::size_t b = cornerOfCube[edge.b][axis];
-                product = product * (a == b ? along[axis].ends[a] : along[axis].middle);
-            }
-            *middles++ = product;
-        }
+        const auto corners = numVerticesOf(linearTypeOf(type));
+        for (const HalfReference& vertex : verticesOf(type).subspan(corners, edges.size()))
+            *midpoints++ = serendipityFunction(along, vertex, dimensionOf(type));
     }
     }
 }
-
-/// Where the vertices of the triquadratic hexahedron lie along r, s and t, in halves; the first nine
-/// but for the order are those of the biquadratic quad.
-constexpr std::array<std::array<std::size_t, 3>, 27> vertexOfTriquadratic{
-    {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}, {0, 0, 2}, {2, 0, 2}, {2, 2, 2},
-     {0, 2, 2}, {1, 0, 0}, {2, 1, 0}, {1, 2, 0}, {0, 1, 0}, {1, 0, 2}, {2, 1, 2},
-     {1, 2, 2}, {0, 1, 2}, {0, 0, 1}, {2, 0, 1}, {2, 2, 1}, {0, 2, 1}, {0, 1, 1},
-     {2, 1, 1}, {1, 0, 1}, {1, 2, 1}, {1, 1, 0}, {1, 1, 2}, {1, 1, 1}}};
-constexpr std::array<std::array<std::size_t, 2>, 9> vertexOfBiquadratic{
-    {{0, 0}, {2, 0}, {2, 2}, {0, 2}, {1, 0}, {2, 1}, {1, 2}, {0, 1}, {1, 1}}};
 
 template<typename Number>
 void evaluate(CellType type, const Coordinates<Number>& at, Number* weights)
 {
-    const CellType linear = linearTypeOf(type);
-    if (type == BiquadraticQuad || type == TriquadraticHexahedron)
+    if (type == CellType::BiquadraticQuad || type == CellType::TriquadraticHexahedron)
     {
         const std::array along{Along<Number>(at[0]), Along<Number>(at[1]), Along<Number>(at[2])};
-        if (type == BiquadraticQuad)
-            for (const auto& [i, j] : vertexOfBiquadratic)
-                *weights++ = along[0].lagrange(i) * along[1].lagrange(j);
-        else
-            for (const auto& [i, j, k] : vertexOfTriquadratic)
-                *weights++ = along[0].lagrange(i) * along[1].lagrange(j) * along[2].lagrange(k);
+        for (const auto& [i, j, k] : verticesOf(type))
+        {
+            *weights = along[0].lagrange(i) * along[1].lagrange(j);
+            if (type == CellType::TriquadraticHexahedron)
+                *weights = *weights * along[2].lagrange(k);
+            ++weights;
+        }
         return;
     }
-    linearFunctions(linear, at, weights);
+    linearFunctions(shapeOf(type), at, weights);
+    const CellType linear = linearTypeOf(type);
     if (type == linear)
         return;
-    Number* const middles = weights + numVerticesOf(linear);
-    edgeFunctions(linear, at, middles);
-    const auto edges = edgesOf(linear);
+    Number* const midpoints = weights + numVerticesOf(linear);
+    edgeFunctions(type, at, midpoints);
+    const auto edges = edgesOf(type);
     for (std::size_t e = 0; e < edges.size(); ++e)
-    {
-        weights[edges[e].a] = weights[edges[e].a] - 0.5 * middles[e];
-        weights[edges[e].b] = weights[edges[e].b] - 0.5 * middles[e];
-    }
+        for (const std::size_t corner : edges[e])
+            weights[corner] = weights[corner] - 0.5 * midpoints[e];
 }
 
 }
 
 void shapeFunctions(CellType type, const Reference& at, std::span<double> weights)
 {
+    assert(weights.size() >= numVerticesOf(type));
     evaluate<double>(type, at, weights.data());
 }
 
@@ -324,86 +268,59 @@ void shapeDerivatives(CellType type, const Reference& at,
 
 Reference vertexReference(CellType type, std::size_t k)
 {
-    const CellType linear = linearTypeOf(type);
-    const auto halves = [](const auto& numbers)
-    {
-        Reference reference{};
-        std::ranges::transform(numbers, reference.begin(),
-                               [](std::size_t number)
-                               { return 0.5 * static_cast<double>(number); });
-        return reference;
-    };
-    if (type == BiquadraticQuad)
-        return halves(vertexOfBiquadratic[k]);
-    if (type == TriquadraticHexahedron)
-        return halves(vertexOfTriquadratic[k]);
-    const std::size_t corners = numVerticesOf(linear);
-    if (k >= corners)
-    {
-        const Edge edge = edgesOf(linear)[k - corners];
-        Reference middle = vertexReference(linear, edge.a);
-        const Reference end = vertexReference(linear, edge.b);
-        for (std::size_t i = 0; i < 3; ++i)
-            middle[i] = 0.5 * (middle[i] + end[i]);
-        return middle;
-    }
-    constexpr std::array<Reference, 6> triangular{
-        {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}}};
-    switch (linear)
-    {
-    case Triangles:
-    case Tetrahedra:
-    case Prisms:
-        return triangular[k];
-    case Pyramids:
-        if (k == 4)
-            return {0, 0, 1};
-        [[fallthrough]];
-    default:
-        return {static_cast<double>(cornerOfCube[k][0]), static_cast<double>(cornerOfCube[k][1]),
-                static_cast<double>(cornerOfCube[k][2])};
-    }
+    Reference reference;
+    std::ranges::transform(verticesOf(type)[k], reference.begin(),
+                           [](unsigned char half) { return 0.5 * half; });
+    return reference;
 }
 
 Reference centerReference(CellType type)
 {
-    switch (linearTypeOf(type))
+    switch (shapeOf(type))
     {
-    case Triangles:
+    case Point:
+        return {0.0, 0.0, 0.0};
+    case Line:
+        return {0.5, 0.0, 0.0};
+    case Triangle:
         return {1.0 / 3.0, 1.0 / 3.0, 0.0};
-    case Tetrahedra:
+    case Quad:
+        return {0.5, 0.5, 0.0};
+    case Tetrahedron:
         return {0.25, 0.25, 0.25};
-    case Prisms:
-        return {1.0 / 3.0, 1.0 / 3.0, 0.5};
-    case Pyramids:
+    case Pyramid:
         return {0.375, 0.375, 0.25};
-    default:
+    case Prism:
+        return {1.0 / 3.0, 1.0 / 3.0, 0.5};
+    case Hexahedron:
         return {0.5, 0.5, 0.5};
     }
+    return {};
 }
 
 double distanceOutside(CellType type, const Reference& at)
 {
     const auto& [r, s, t] = at;
-    switch (linearTypeOf(type))
+    switch (shapeOf(type))
     {
-    case Points:
+    case Point:
         return 0.0;
-    case Lines:
+    case Line:
         return std::max(-r, r - 1.0);
-    case Triangles:
+    case Triangle:
         return std::max({-r, -s, r + s - 1.0});
-    case Quads:
+    case Quad:
         return std::max({-r, -s, r - 1.0, s - 1.0});
-    case Tetrahedra:
+    case Tetrahedron:
         return std::max({-r, -s, -t, r + s + t - 1.0});
-    case Prisms:
-        return std::max({-r, -s, r + s - 1.0, -t, t - 1.0});
-    case Pyramids:
+    case Pyramid:
         return std::max({-r, -s, -t, r + t - 1.0, s + t - 1.0});
-    default:
+    case Prism:
+        return std::max({-r, -s, r + s - 1.0, -t, t - 1.0});
+    case Hexahedron:
         return std::max({-r, -s, -t, r - 1.0, s - 1.0, t - 1.0});
     }
+    return 0.0;
 }
 
 }

@@ -9,22 +9,17 @@
 namespace tavrin
 {
 
-/// Reference coordinates r, s, t in a cell; those beyond the cell's dimension do not count.
-///
-/// - lines, quads, hexahedra: 0 to 1 each; vertex 1 is at r = 1, vertex 3 of a quad at s = 1, vertex
-///   4 of a hexahedron at t = 1
-/// - triangles, tetrahedra: the weights of vertices 1, 2 and 3 of the linear cell
-/// - prisms: r and s as in triangle 0 1 2, t from there to triangle 3 4 5
-/// - pyramids: r and s from 0 to 1 - t over the base, t from the base to the apex (0, 0, 1)
+/// Reference coordinates r, s, t in a cell, as `verticesOf` defines them; those beyond the cell's dimension
+/// are ignored.
 using Reference = std::array<double, 3>;
 
 /// The weights of the cell's vertices at a reference point. They sum to 1, and each is 1 at its own
 /// vertex and 0 at the others. `weights` has `numVerticesOf(type)` entries.
 ///
 /// Linear cells: products of linear functions; for the pyramid divided by 1 - t [1]. Quadratic cells
-/// without inner vertices (serendipity): the function of an edge's middle is 4 times the product of
-/// the linear functions that vanish at its ends, times those that vanish on the sides across; half
-/// of it is taken off the linear functions of both ends [2]. Cells with inner vertices: products of
+/// without inner vertices (serendipity): the function of an edge's midpoint is 4 times the product of
+/// the linear functions that vanish at its ends, times those that vanish on the opposite sides; half
+/// of it is subtracted from the linear functions of both ends [2]. Cells with inner vertices: products of
 /// quadratic Lagrange polynomials. A subparametric cell has the functions of its quadratic kind.
 ///
 /// [1] G. Bedrosian, Shape functions and integration formulas for three-dimensional finite element
@@ -39,7 +34,7 @@ TAVRIN_API void shapeDerivatives(CellType type, const Reference& at,
 /// Where vertex k of a cell lies in its reference coordinates.
 TAVRIN_API Reference vertexReference(CellType type, std::size_t k);
 
-/// The middle of the reference cell.
+/// The centroid of the reference cell.
 TAVRIN_API Reference centerReference(CellType type);
 
 /// How far a reference point lies outside the cell, in reference coordinates; negative inside.

@@ -1,30 +1,37 @@
 #include <tavrin/location/ShapeTable.hpp>
 
+#include <cassert>
+
 namespace tavrin
 {
 
 Reference collapsedReference(CellType type, const Reference& inCube)
 {
     const auto& [a, b, c] = inCube;
-    switch (linearTypeOf(type))
+    switch (shapeOf(type))
     {
-    case CellType::Triangles:
-    case CellType::Prisms:
+    case CellShape::Triangle:
+    case CellShape::Prism:
         return {a * (1.0 - b), b, c};
-    case CellType::Tetrahedra:
+    case CellShape::Tetrahedron:
         return {a * (1.0 - b) * (1.0 - c), b * (1.0 - c), c};
-    case CellType::Pyramids:
+    case CellShape::Pyramid:
         return {a * (1.0 - c), b * (1.0 - c), c};
-    default:
-        return inCube;
+    case CellShape::Point:
+    case CellShape::Line:
+    case CellShape::Quad:
+    case CellShape::Hexahedron:
+        break;
     }
+    return inCube;
 }
 
 namespace
 {
 
-/// Over the cube every cell is a polynomial of second degree in each coordinate, which its
-/// values at starts, middles and ends define.
+/// Over the cube every shape function is a polynomial of second degree in each coordinate. Its values at 0,
+/// 1/2 and 1 determine its Bernstein coefficients: those at the ends are the values there, the middle one
+/// is twice the value in the middle less the mean of the ends.
 std::vector<double> controlWeightsOf(CellType type)
 {
     const std::size_t vertices = numVerticesOf(type);
@@ -79,6 +86,7 @@ std::vector<ShapeTable> makeTables()
 
 const ShapeTable& shapeTableOf(CellType type)
 {
+    assert(type != CellType::Invalid);
     static const std::vector<ShapeTable> tables = makeTables();
     return tables[static_cast<std::size_t>(type)];
 }

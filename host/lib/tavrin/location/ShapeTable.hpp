@@ -8,7 +8,7 @@
 namespace tavrin
 {
 
-/// What can be known of a cell type before its vertices have positions.
+/// Properties of a cell type that do not depend on the positions of vertices.
 struct ShapeTable
 {
     std::size_t numVertices = 0;
@@ -18,14 +18,14 @@ struct ShapeTable
     std::vector<double> centerWeights;
     std::vector<std::array<double, 3>> centerDerivatives;
 
-    /// The weights of the vertices in control points, row after row. The control points are those of
-    /// Bernstein's form, three along each axis of a cube that may be collapsed to the cell; the cell
-    /// lies in their convex hull.
+    /// The weights of the vertices in the control points, row after row. Control points are those of the
+    /// Bernstein form over the cube that the cell is a collapsed image of, three along each axis. The
+    /// cell lies in their convex hull.
     std::vector<double> controlWeights;
 
     std::size_t numControlPoints() const { return controlWeights.size() / numVertices; }
 
-    /// Control point i, in the cube, of the cell whose vertices are at these positions.
+    /// Control point i of a cell with these vertices.
     template<std::size_t D>
     Tensor<double, D> controlPoint(std::size_t i, const Tensor<double, D>* vertices) const
     {
@@ -36,7 +36,7 @@ struct ShapeTable
     }
 };
 
-/// The point of the reference cell at a point of the unit cube, some of whose sides collapse.
+/// The image in the reference cell of a point of the unit cube, some of whose sides collapse.
 Reference collapsedReference(CellType type, const Reference& inCube);
 
 /// The table of a type that is not `Invalid`.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -13,19 +14,20 @@
 namespace tavrin
 {
 
-/// Ascending coordinates, to find those in intervals. It has a table of equal intervals, of which each
-/// knows where its coordinates begin.
+/// Counts ascending coordinates below bounds. A table of equal intervals, with the first coordinate of
+/// each, makes this take constant time where coordinates are evenly spread.
 class SortedCoordinates
 {
 public:
-    /// So many bounds are looked up at once.
+    /// The number of bounds in a query: one for each cell of a leaf of a tree.
     static constexpr std::size_t boundsAtOnce = 8;
     using Counts = std::array<std::uint32_t, boundsAtOnce>;
 
-    /// At least one. They may be infinite.
+    /// Takes at least one coordinate. Coordinates may be infinite.
     explicit SortedCoordinates(std::vector<float> coordinates)
         : mCoordinates(std::move(coordinates))
     {
+        assert(!mCoordinates.empty() && std::ranges::is_sorted(mCoordinates));
         const std::size_t numIntervals = std::min(2 * mCoordinates.size(), mostIntervals);
         mLast = static_cast<float>(numIntervals - 1);
         mPerUnit = mLast / (highest() - lowest());
@@ -42,7 +44,7 @@ public:
     float lowest() const { return mCoordinates.front(); }
     float highest() const { return mCoordinates.back(); }
 
-    /// The numbers of those below each bound, or not above it.
+    /// For each of `boundsAtOnce` bounds, how many coordinates are below it, or not above it.
     Counts numBelow(const float* bounds) const
     {
         return numWhere(bounds, [](float x, float bound) { return x < bound; });
@@ -53,10 +55,10 @@ public:
     }
 
 private:
-    /// Single precision counts them exactly.
+    /// Single precision represents these numbers exactly, up to 2^24; the table then takes at most 8 MB.
     static constexpr std::size_t mostIntervals = std::size_t{1} << 20;
 
-    /// The first coordinate in an interval or behind it, and its number.
+    /// The first coordinate in an interval or after it, and its number.
     struct Interval
     {
         std::uint32_t begin;
@@ -65,7 +67,7 @@ private:
 
     using FourFloats = detail::FourFloats;
 
-    /// Those of four coordinates. Rounding keeps the order of coordinates, and so does this.
+    /// The intervals of four coordinates. This is monotonic, rounding included.
     detail::FourIntegers intervals(const FourFloats& coordinates) const
     {
         const FourFloats intervals = (coordinates - lowest()) * mPerUnit;

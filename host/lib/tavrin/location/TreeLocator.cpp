@@ -86,16 +86,7 @@ std::unique_ptr<FoundPositions> TreeLocator<D>::find(const Lattice<D>& lattice,
 {
     if (!mTree.hasBoxes() || lattice.size() == 0)
         return nullptr;
-    std::array<std::vector<double>, D> planes;
-    Lattice<D> scaled;
-    for (std::size_t axis = 0; axis < D; ++axis)
-    {
-        for (const double coordinate : lattice.planes[axis])
-            planes[axis].push_back(mCells.scale() * coordinate);
-        // The candidates read behind them.
-        planes[axis].resize(planes[axis].size() + Lanes::size);
-        scaled.planes[axis] = std::span(planes[axis]).first(lattice.planes[axis].size());
-    }
+    const PaddedLattice<D> scaled(lattice, mCells.scale());
     const auto sweep = LatticeSweep<D>::over(mTree, scaled);
     if (!sweep)
         return nullptr;

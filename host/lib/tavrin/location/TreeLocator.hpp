@@ -7,7 +7,7 @@
 namespace tavrin
 {
 
-/// Finds positions in a grid with stored points, by a tree of its cells.
+/// Finds the cell that contains a position in a grid with stored points, by a tree of its cells.
 template<std::size_t D>
 class TreeLocator final : public CellLocator<D>
 {

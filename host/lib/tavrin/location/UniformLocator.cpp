@@ -13,7 +13,7 @@ namespace tavrin
 namespace
 {
 
-/// Gives each flat axis a unit vector at right angles to all others.
+/// Gives each axis with one point a unit vector at right angles to all others.
 template<std::size_t D>
 void completeBasis(Columns<D>& columns, const std::array<bool, D>& isFlat)
 {
@@ -44,12 +44,12 @@ void completeBasis(Columns<D>& columns, const std::array<bool, D>& isFlat)
         }
 }
 
-/// The inverse of the matrix with these columns; not a number where there is none. An axis without
-/// extent gets a unit vector at right angles to the others.
+/// The inverse of the matrix with these columns; NaN where there is none. An axis with one point gets a unit
+/// vector at right angles to the others.
 template<std::size_t D>
 Tensor<double, D, D> inverseOf(Columns<D> columns, const std::array<bool, D>& isFlat)
 {
-    // Columns of the order of 1, so that no product of them leaves the range of numbers.
+    // Columns of the order of 1, so that their products neither overflow nor underflow.
     Tensor<double, D> lengths;
     for (std::size_t axis = 0; axis < D; ++axis)
     {
@@ -70,7 +70,7 @@ Tensor<double, D, D> inverseOf(Columns<D> columns, const std::array<bool, D>& is
 
 template<std::size_t D>
 UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
-    : mCells(grid.size()), mStart(grid.point(0)), mIsOriented(grid.isOriented())
+    : mCells(grid.numbering()), mStart(grid.point(0)), mIsOriented(grid.isOriented())
 {
     const auto& layout = grid.layout();
     Columns<D> columns;
@@ -104,7 +104,7 @@ UniformLocator<D>::UniformLocator(const UniformGrid<D>& grid)
                                          : toleranceIn(1.0 / growth, rounding);
         mLimit[axis] = static_cast<double>(cells) + mTolerance[axis];
     }
-    // A whole step more than the tolerance, which is much less.
+    // A whole cell beyond the tolerance, which is at most a thousandth of a cell.
     for (std::size_t corner = 0; corner < std::size_t{1} << D; ++corner)
     {
         Position position = mStart;
@@ -125,8 +125,8 @@ template<std::size_t D>
 inline typename UniformLocator<D>::Along UniformLocator<D>::along(std::size_t axis,
                                                                   double index) const
 {
-    // Without branches, of which each would be a guess about random positions, and through signed
-    // numbers, which processors convert to and from in one instruction.
+    // Without branches, which would be mispredicted for random positions, and through signed integers,
+    // to and from which processors convert in one instruction.
     const double within = index > 0.0 ? index : 0.0;
     auto cell = static_cast<std::int64_t>(std::min(within, static_cast<double>(mLastCell[axis])));
     double share = index - static_cast<double>(cell);
@@ -164,8 +164,8 @@ TAVRIN_FOR_SEVERAL_PROCESSORS [[gnu::flatten]] void UniformLocator<D>::locateInB
             isIn &= index >= -mTolerance[axis];
             isIn &= index <= mLimit[axis];
             const auto [number, share] = along(axis, index);
-            cell += number * mCells.cellStep(axis);
-            corner += number * mCells.pointStep(axis);
+            cell += number * mCells.cellStride(axis);
+            corner += number * mCells.pointStride(axis);
             shares[axis] = share;
         }
         isInside[k] = isIn ? 1 : 0;
@@ -184,7 +184,7 @@ bool UniformLocator<D>::locateOne(const Position& position, Location& location) 
         for (std::size_t axis = 0; axis < D; ++axis)
             indices[axis] = mToIndices(axis, axis) * offset[axis];
 
-    StructuredCell::Place place(mCells);
+    StructuredCell::Builder builder(mCells);
     for (std::size_t axis = 0; axis < D; ++axis)
     {
         const double index = indices[axis];
@@ -193,9 +193,9 @@ bool UniformLocator<D>::locateOne(const Position& position, Location& location) 
         if (mIsFlat[axis])
             continue;
         const auto [cell, share] = along(axis, index);
-        place.set(axis, cell, share);
+        builder.set(axis, cell, share);
     }
-    place.fill(location);
+    builder.fill(location);
     return true;
 }
 

@@ -7,7 +7,7 @@
 namespace tavrin
 {
 
-/// Computes where in a uniform grid a position lies.
+/// Computes the cell of a uniform grid that contains a position.
 template<std::size_t D>
 class UniformLocator final : public CellLocator<D>
 {
@@ -25,19 +25,20 @@ public:
 private:
     using Matrix = Tensor<double, D, D>;
 
-    /// A cell along an axis, and the share of the way through it.
+    /// A cell along an axis, and the reference coordinate in it.
     struct Along
     {
         std::size_t cell;
         double share;
     };
 
-    /// Where an index lies; on a face in the lower cell. Any cell for an index outside.
+    /// The cell of a fractional index, on a face the lower of both cells. Arbitrary for an index outside
+    /// of the grid.
     Along along(std::size_t axis, double index) const;
 
     bool locateOne(const Position& position, Location& location) const;
 
-    /// The same for a grid whose axes are those of space and have more than one point each.
+    /// `locate` for a grid whose axes are those of the coordinates and have more than one point each.
     TAVRIN_FOR_SEVERAL_PROCESSORS void locateInBox(std::span<const Position> positions,
                                                    Location* locations,
                                                    std::uint8_t* isInside) const;
@@ -46,8 +47,8 @@ private:
     Position mStart;
     bool mIsOriented;
     bool mIsBox;
-    /// From a position relative to the start to the index along each axis; along an axis with one
-    /// point, to the distance from the grid. Not a number where the grid has no such inverse.
+    /// Maps a position relative to the start to the fractional index along each axis; along an axis with
+    /// one point, to the distance from the grid. NaN where the grid has no inverse.
     Matrix mToIndices{};
     std::array<bool, D> mIsFlat;
     std::array<std::int64_t, D> mLastCell;

@@ -12,42 +12,6 @@ using namespace tavrin;
 constexpr std::size_t maximumCells = 800;
 constexpr std::size_t maximumPoints = 10000;
 
-/// Two vertices of a cell.
-using Edge = std::pair<std::size_t, std::size_t>;
-
-constexpr Edge line[] = {{0, 1}};
-constexpr Edge triangle[] = {{0, 1}, {1, 2}, {2, 0}};
-constexpr Edge quad[] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}};
-constexpr Edge tetrahedron[] = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
-constexpr Edge pyramid[] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}};
-constexpr Edge prism[] = {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}};
-constexpr Edge hexahedron[] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
-                               {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
-
-/// Between the corners of a cell.
-std::span<const Edge> edgesOf(CellType type)
-{
-    switch (linearTypeOf(type))
-    {
-    case CellType::Lines:
-        return line;
-    case CellType::Triangles:
-        return triangle;
-    case CellType::Quads:
-        return quad;
-    case CellType::Tetrahedra:
-        return tetrahedron;
-    case CellType::Pyramids:
-        return pyramid;
-    case CellType::Prisms:
-        return prism;
-    case CellType::Hexahedra:
-        return hexahedron;
-    default:
-        return {};
-    }
-}
-
 /// Calls `visit` for all indices below `size`, or for `maximum` of them that follow no pattern of
 /// a grid.
 template<typename Visit>

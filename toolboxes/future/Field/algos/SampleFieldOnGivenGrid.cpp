@@ -1,12 +1,11 @@
-#include "Sampler.hpp"
-
 #include <BundleTools/ListParser.hpp>
 #include <BundleTools/WalkLimits.hpp>
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/base/Memory.hpp>
+#include <tavrin/field/FieldSampler.hpp>
 #include <tavrin/function/visit.hpp>
 
-#include <iomanip>
+#include <iostream>
 #include <sstream>
 
 namespace
@@ -36,21 +35,6 @@ struct Sampled<3>
 {
     using Types = TypeList<Scalar, Vector1, Vector2, Vector3, Matrix1, Matrix2, Matrix3, Vector375>;
 };
-
-/// Throws `runtime_error` where so many samples take more memory than there is.
-void requireMemory(std::size_t points, std::size_t times, std::size_t bytesPerSample)
-{
-    const double bytes = static_cast<double>(points) * static_cast<double>(times) *
-                         static_cast<double>(bytesPerSample);
-    const std::size_t available = availableMemory();
-    if (bytes <= static_cast<double>(available))
-        return;
-    std::ostringstream text;
-    text << "sampling " << points << " points at " << times << (times == 1 ? " time" : " times")
-         << " takes " << std::fixed << std::setprecision(0) << bytes << " bytes, and only "
-         << available << " bytes of memory are available";
-    throw runtime_error(text.str());
-}
 
 /// "[0, 0] to [2, 1]"
 std::string describe(const PointSetBase::BoundingBox& box)
@@ -159,7 +143,7 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
 
     // At least one, so that a grid which is too large is reported as such.
     const std::size_t numPoints = dynamic_cast<const PointSetBase&>(*grid).numPoints();
-    const std::size_t maximum = availableMemory() / Sampler<3, Scalar>::bytesPerSample /
+    const std::size_t maximum = availableMemory() / FieldSampler<3, Scalar>::bytesPerSample /
                                 std::max<std::size_t>(1, numPoints);
     const auto times =
         readTimes(options.get<std::string>("Time"), std::max<std::size_t>(1, maximum));
@@ -227,25 +211,27 @@ std::shared_ptr<const Function<T>> SampleFieldOnGivenGridAlgorithm::exec(
     std::shared_ptr<const PointSet<G>> grid, const Field<D, T>& field,
     const std::vector<double>& times, const volatile bool& abortFlag)
 {
-    using FieldSampler = Sampler<D, T>;
     const std::size_t n = grid->numPoints();
-    requireMemory(n, times.size(), FieldSampler::bytesPerSample);
+    requireMemoryForSamples(n, times.size(), FieldSampler<D, T>::bytesPerSample);
     announceResult("Sampled Field", *grid, times.size());
-    // Places are kept where they are slow to find and take little beside the result.
-    const std::size_t bytesPerPosition = times.size() * FieldSampler::bytesPerSample;
-    const bool keepsPlaces =
-        field.isSearched() && 4 * FieldSampler::bytesPerPlace <= bytesPerPosition &&
-        n <= availableMemory() / (bytesPerPosition + FieldSampler::bytesPerPlace);
-    FieldSampler sampler(field, times, positionsOf<D>(*grid), keepsPlaces);
+    std::size_t outside = 0;
+    LargeVector<T> values;
+    const auto validity = std::make_shared<ValidityMask>();
     {
         Progress progress(*this, "computing", n * times.size(), true);
-        sampler.run(progress, abortFlag);
+        FieldSampler<D, T> sampler(field, positionsOf<D>(*grid), times.size());
+        values = LargeVector<T>(n * times.size());
+        *validity = ValidityMask(values.size());
+        for (std::size_t k = 0; k < times.size() && !abortFlag; ++k)
+            outside +=
+                sampler.valuesAt(times[k], std::span(values).subspan(k * n, n),
+                                 std::span(*validity).subspan(k * n, n), progress, abortFlag);
     }
     if (abortFlag)
         return nullptr;
-    reportSamples(*grid, field, times, sampler.numOutside());
-    return addData(std::move(grid), PointSetBase::Points, sampler.takeValues(), Precision::Float64,
-                   times, field.name(), sampler.validity());
+    reportSamples(*grid, field, times, outside);
+    return addData(std::move(grid), PointSetBase::Points, std::move(values), Precision::Float64,
+                   times, field.name(), validity);
 }
 
 void SampleFieldOnGivenGridAlgorithm::reportSamples(const PointSetBase& grid,

@@ -13,11 +13,9 @@ layout(location = 1) out vec4 out_weight;
 // Interpolation and the eight bits of a color leave a full alpha just below 1.
 const float opaqueAlpha = 254.5 / 255.0;
 
-void writeColor(vec4 color)
+// Writes a color of which the pass is known to draw all.
+void writeColorOfPass(vec4 color)
 {
-    bool isOpaque = color.a >= opaqueAlpha;
-    if (u_pass == 1 && !isOpaque || u_pass == 2 && (isOpaque || color.a <= 0.0))
-        discard;
     if (u_pass == 2)
     {
         float perspectiveDepth = (1.0 / gl_FragCoord.w - u_depth.x) / (u_depth.y - u_depth.x);
@@ -31,4 +29,13 @@ void writeColor(vec4 color)
         out_color = vec4(color.rgb, 1.0);
         out_weight = vec4(0.0);
     }
+}
+
+// Writes a color if the pass draws it. Drivers test the depth of a fragment late where it may be discarded.
+void writeColor(vec4 color)
+{
+    bool isOpaque = color.a >= opaqueAlpha;
+    if (u_pass == 1 && !isOpaque || u_pass == 2 && (isOpaque || color.a <= 0.0))
+        discard;
+    writeColorOfPass(color);
 }

@@ -23,5 +23,5 @@ void main()
     float rim = mix(0.7, 1.0, smoothstep(0.0, 0.4, facing));
 
     vec3 color = v_color.rgb * (0.5 + 0.55 * diffuse) * rim + vec3(0.16 * specular * (1.0 - u_isFlat));
-    writeColor(vec4(min(color, 1.0), v_color.a));
+    writeColorOfPass(vec4(min(color, 1.0), v_color.a));
 }
