@@ -3,7 +3,6 @@
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/NormRange.hpp>
 #include <tavrin/field/FieldBase.hpp>
-#include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
 
