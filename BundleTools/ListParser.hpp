@@ -15,15 +15,22 @@ namespace tavrin
 /// Turns a text such as `0,0.5,2`, `[0:10#0.5]` or `[0:10]-{3,4}` into ascending numbers, without
 /// ever holding all of them: `parse` makes the sets, `valid`, `value` and `next` walk their values.
 ///
-/// A text that begins with a digit is a list of numbers. Otherwise it is made of lists `{1,2}`,
-/// ranges `[start:end#step]` (the end belongs to it, the step is 1 where it is left out) and the
-/// operators `+` (union), `&` (intersection) and `-` (difference), which are applied from left to
-/// right. Sets without an operator in between are united. What is not understood is skipped, and a
-/// number that cannot be read is 0. No value at or below -1 is ever walked.
+/// A text that begins with a digit is a list of numbers. Any other text consists of lists `{1,2}`,
+/// ranges `[start:end#step]` (the end is included, the default step is 1) and the operators `+`
+/// (union), `&` (intersection) and `-` (difference), which are applied from left to right. Sets
+/// without an operator between them are united. Other characters are skipped. A number that cannot
+/// be read is 0, and one that is too large is infinity. Values less than or equal to -1 are left out
+/// of the walk.
 ///
-/// Parsing traces its way on standard output. The time that it and a walk take is bounded: when all
-/// sets together have moved `maximumSteps` times, the walk ends with an error text. A range whose
-/// step is zero or negative is accepted, and `collectValues` (WalkLimits.hpp) refuses to walk it.
+/// Parsing writes a trace to standard output. The time that parsing and walking take is bounded: when
+/// all sets together have moved `maximumSteps` times, the walk ends with an error text. A range that
+/// never ends, as with a step of zero, is accepted, and its walk is refused only if it goes on until
+/// the steps are used up: `[0:1e999]&{1}` is {1}.
+///
+///     ListParser<double> parser;
+///     if (parser.parse("[0:1#0.5]"))
+///         for (; parser.valid(); parser.next())
+///             use(parser.value()); // 0, 0.5, 1
 template<typename T>
 class ListParser
 {
@@ -36,7 +43,7 @@ public:
     using Difference = sets::Difference<T>;
     using Stack = std::vector<std::unique_ptr<Set>>;
 
-    /// The syntax, for a user to read.
+    /// The syntax as it is shown to users.
     static constexpr const char* grammar = "SETDEF\n"
                                            "SETDEF = SET | SetList | SetRange\n"
                                            "SET = SETDEF { OP SETDEF }\n"
@@ -47,9 +54,9 @@ public:
                                            "SetRange = \"[\" NUM \":\" NUM [\"#\" NUM ]\"]\"\n"
                                            "NUM = a number\n";
 
-    /// About half a second of walking.
+    /// They take about half a second.
     static constexpr std::size_t defaultSteps = 50'000'000;
-    /// How deep sets may be nested, which bounds the depth of recursion.
+    /// The maximum depth of nested sets, which bounds the depth of recursion.
     static constexpr std::size_t maximumOperators = 10'000;
 
     explicit ListParser(std::size_t maximumSteps = defaultSteps)
@@ -59,47 +66,47 @@ public:
     ListParser(const ListParser&) = delete;
     ListParser& operator=(const ListParser&) = delete;
 
-    /// Replaces the sets by those of the text and moves to their first value. Returns false, with
-    /// the error text set, where the text is wrong or the first value is too many steps away. An
-    /// operand of an operator that is wrong sets the error text, but ends the parsing only at the
-    /// next character that begins no set: at the end of the text the result is true.
-    /// Throws `assertion_failed` for a range without its closing bracket.
+    /// Replaces the sets by those of the text and moves to their first value. Returns false and sets
+    /// the error text if the text is wrong or the first value is too many steps away. A wrong operand
+    /// of an operator sets the error text, but parsing ends only at the next character that does not
+    /// begin a set; if the text ends before, the result is true.
+    /// Throws `assertion_failed` for a range without a closing bracket.
     bool parse(const std::string& text);
 
     bool valid() const { return mValid; }
     T value() const { return mValue; }
-    /// Moves to the next greater value of all sets; does nothing without a current value. Ends the
-    /// walk with an error text when the steps are used up.
+    /// Moves to the next greater value of all sets; does nothing without a current value. When the
+    /// steps are used up, the walk ends with an error text.
     void next()
     {
         if (mValid)
             step();
     }
 
-    /// One sentence, or empty while nothing was wrong.
+    /// One sentence, or empty if there was no error.
     const std::string& errorText() const { return mErrorText; }
-    /// The sets in the order in which they were made; the walk moves them.
+    /// The sets in the order in which they were made. Walking moves them.
     const Stack& stack() const { return mStack; }
-    /// Why the walk would never end: a sentence about the first such range of the text, or empty.
+    /// One sentence about the first range of the text that never ends, or empty.
     const std::string& obstacle() const { return mObstacle; }
 
-    /// These read one set at `cursor`, put it on the stack and leave the cursor on its last
-    /// character. False with an error text, the stack and the cursor as they were, for a wrong one.
-    /// Throw `assertion_failed` where the cursor is not on the bracket that begins such a set;
-    /// `parseBasicSet`, which takes both kinds, returns false then.
+    /// These functions read one set at `cursor`, push it onto the stack and leave the cursor on its
+    /// last character. For a wrong set they set the error text and return false, with the stack and
+    /// the cursor unchanged. They throw `assertion_failed` if the cursor is not on the opening bracket
+    /// of such a set, except `parseBasicSet`, which reads both kinds and returns false then.
     bool parseRange(Stack& stack, const char*& cursor, const char* end);
     bool parseList(Stack& stack, const char*& cursor, const char* end);
     bool parseBasicSet(Stack& stack, const char*& cursor, const char* end);
 
-    /// Reads numbers with commas in between, up to the end, as one list. Always true. Throws
+    /// Reads numbers separated by commas, up to the end, as one list. Always returns true. Throws
     /// `assertion_failed` for an empty text.
     bool parseNumbers(Stack& stack, const char*& cursor, const char* end);
 
-    /// The number at the beginning of a text that ends with a null character, after blanks; 0 where
-    /// there is none. One that is too large is the largest that there is.
+    /// The number at the beginning of a null-terminated text. Leading blanks are skipped. The result is
+    /// 0 if there is no number, and infinite if the number is too large for T.
     static T getNum(const char* text);
 
-    /// Puts a list of these values on the stack, sorted and without duplicates.
+    /// Pushes a list of these values, sorted and without duplicates, onto the stack.
     static void addList(Stack& stack, std::vector<T> values)
     {
         stack.push_back(std::make_unique<List>(std::move(values)));
@@ -175,8 +182,8 @@ bool ListParser<T>::parseSets(Stack& stack, const char* begin, const char* end)
     return true;
 }
 
-/// Reads an operator and its operand, and combines the two top sets: where there was no operand,
-/// the two before it.
+/// Reads an operator and its operand, and combines the two topmost sets. Without an operand these are
+/// the two sets before the operator.
 template<typename T>
 bool ListParser<T>::parseOperation(Stack& stack, const char*& cursor, const char* end)
 {
@@ -280,7 +287,7 @@ bool ListParser<T>::parseNumbers(Stack& stack, const char*& cursor, const char* 
     return true;
 }
 
-/// The numbers between commas. Nothing between two commas is no number.
+/// The numbers between commas. Nothing between two commas is skipped.
 template<typename T>
 std::vector<T> ListParser<T>::numbersIn(const char* begin, const char* end)
 {
@@ -298,17 +305,20 @@ std::vector<T> ListParser<T>::numbersIn(const char* begin, const char* end)
 template<typename T>
 T ListParser<T>::getNum(const char* text)
 {
-    // Copying more than what can belong to the number would take quadratic time for a long list.
+    // Copying all of the text for each number would take quadratic time for a long list.
     const std::size_t length = std::strspn(text, " \t\n\v\f\r+-.0123456789eE");
     std::istringstream stream(std::string(text, length));
     stream.imbue(std::locale::classic());
     T number = T(0);
     stream >> number;
+    // The stream reads a number that is too large as the largest number, and fails.
+    if (stream.fail() && std::abs(number) == std::numeric_limits<T>::max())
+        number = std::copysign(std::numeric_limits<T>::infinity(), number);
     std::cout << text << " -> " << number << '\n';
     return number;
 }
 
-/// The line is the check's number in error reports: it stays when the code around it moves.
+/// The line identifies the check in error reports. It does not change when the code around it moves.
 template<typename T>
 void ListParser<T>::check(bool holds, const char* what, int line)
 {

@@ -14,14 +14,14 @@
 namespace tavrin::sets
 {
 
-/// How often the sets of a parser may still be moved. The sets of a short text can take longer than
-/// anyone waits.
+/// The number of moves that the sets of a parser have left. A short text can describe sets that take
+/// hours to walk.
 class StepBudget
 {
 public:
     explicit StepBudget(std::size_t steps) : mLeft(steps) {}
 
-    /// False when fewer are left.
+    /// Takes some of the steps. Returns false, and takes all, when fewer are left.
     bool take(std::size_t steps = 1)
     {
         const bool isEnough = steps <= mLeft;
@@ -34,15 +34,7 @@ private:
     std::size_t mLeft;
 };
 
-/// Whether a number is infinite or the largest that there is, as which numbers too large for T are
-/// read.
-template<typename T>
-bool isTooLarge(T number)
-{
-    return !(std::abs(number) < std::numeric_limits<T>::max());
-}
-
-/// Values in ascending order, and a place in them.
+/// Values in ascending order, and a position in them.
 template<typename T>
 class Set
 {
@@ -54,9 +46,9 @@ public:
 
     /// Whether there is a current value.
     virtual bool valid() const = 0;
-    /// Moves to the following value. Safe to call where there is no current one.
+    /// Moves to the following value; does nothing without a current value.
     virtual void next() = 0;
-    /// The current value. Without one, a number that only serves comparisons.
+    /// The current value. At the end, a number that is compared with others but is not in the set.
     virtual T value() const = 0;
     virtual void print(std::ostream& out) const = 0;
 };
@@ -75,7 +67,7 @@ public:
 
     bool valid() const override { return mCursor < mValues.size(); }
     void next() override { mCursor += valid() ? 1 : 0; }
-    /// Infinity at the end of the list, so that any other set's value is the smaller one.
+    /// At the end infinity, so that the value of any other set is smaller.
     T value() const override
     {
         return valid() ? mValues[mCursor] : std::numeric_limits<T>::infinity();
@@ -93,8 +85,8 @@ private:
     std::size_t mCursor = 0;
 };
 
-/// The numbers that repeated addition of a step reaches, the end included. A step that is not positive
-/// never reaches it.
+/// The numbers from a start to an end, which is included, by repeated addition of a step. A step that
+/// is not positive never reaches the end.
 template<typename T>
 class Range : public Set<T>
 {
@@ -113,14 +105,14 @@ public:
         out << "RANGE[ " << mCurrent << ":" << mEnd << "#" << mStep << " ] ";
     }
 
-    /// Why walking from here would never reach the end, in one sentence, or empty.
+    /// Why a walk from the current value never reaches the end, in one sentence, or empty.
     std::string obstacle() const
     {
-        if (isTooLarge(mCurrent) || isTooLarge(mEnd) || isTooLarge(mStep))
-            return "A number of a range is too large.";
         if (!(mStep > T(0)))
             return "The step of a range must be greater than zero.";
-        // Rounding takes away at most half of the gap between neighboring numbers.
+        if (std::isinf(mCurrent) || std::isinf(mEnd))
+            return "A range with an infinite start or end never ends.";
+        // Adding a step rounds to the nearest number, at most half of the gap between numbers away.
         const T largest = std::max(std::abs(mCurrent), std::abs(mEnd));
         const T gap = std::nextafter(largest, std::numeric_limits<T>::infinity()) - largest;
         if (mStep <= gap / 2)
@@ -134,8 +126,8 @@ private:
     T mStep;
 };
 
-/// A set made of two. It remembers whether it is valid and its value, since asking all sets below
-/// each time would make a walk quadratic in the number of operators.
+/// A set made of two. It remembers whether it is valid and its value: asking its operands each time
+/// would make a walk quadratic in the number of operators.
 template<typename T>
 class Composite : public Set<T>
 {
@@ -161,8 +153,9 @@ protected:
     Set<T>& a() const { return *mA; }
     Set<T>& b() const { return *mB; }
     bool areBothValid() const { return mA->valid() && mB->valid(); }
+    StepBudget& steps() const { return mSteps; }
 
-    /// False where no steps are left: then no loop goes on, and the parser gives up the walk.
+    /// Returns false when no steps are left. Then all loops end, and the parser gives up the walk.
     bool advance(Set<T>& operand)
     {
         const bool mayMove = mSteps.take();
@@ -227,8 +220,14 @@ private:
     T smallerValue() const { return std::min(a().value(), b().value()); }
 };
 
-/// The values of A from which on B has caught up with A once. B is not moved again when A then
-/// passes it, so a value of A that B lacks may be among them: {1,3,5}&{2,5} has 3 and 5.
+/// The values of A at which B has caught up with A, and then A with B. This happens once per value: B
+/// does not move again when A passes it, so values of A that B lacks may be among them:
+/// {1,3,5}&{2,5} has 3 and 5.
+///
+/// The intersection ends with either operand. When B ends first, A still has to catch up with the
+/// value that B ended on: a union made of this set compares with the value that A ends on, and
+/// `print` shows it. Since A may have billions of values left and nobody may ask for the last one,
+/// A catches up only when asked.
 template<typename T>
 class Intersection : public Composite<T>
 {
@@ -241,10 +240,29 @@ public:
 
     void next() override
     {
+        if (!this->valid())
+            return;
         const T previous = truncated(this->value());
         this->advance(a());
         this->advanceWhile(a(), [&] { return a().value() == previous; });
         catchUp();
+    }
+
+    T value() const override
+    {
+        if (this->valid())
+            return Composite<T>::value();
+        moveToEnd(this->steps());
+        return a().value();
+    }
+
+    void print(std::ostream& out) const override
+    {
+        // Showing a set takes no steps from the walk of others.
+        StepBudget steps = this->steps();
+        if (!this->valid())
+            moveToEnd(steps);
+        Composite<T>::print(out);
     }
 
 private:
@@ -254,11 +272,19 @@ private:
     void catchUp()
     {
         this->advanceWhile(b(), [&] { return a().valid() && b().value() < a().value(); });
-        this->advanceWhile(a(), [&] { return a().value() < b().value(); });
-        this->remember(this->areBothValid(), a().value());
+        if (b().valid())
+            this->advanceWhile(a(), [&] { return a().value() < b().value(); });
+        const bool isValid = this->areBothValid();
+        this->remember(isValid, isValid ? a().value() : T(0));
     }
 
-    /// A number cut off to a 32-bit integer: the nearest one for numbers beyond, 0 for NaN.
+    void moveToEnd(StepBudget& steps) const
+    {
+        while (a().valid() && a().value() < b().value() && steps.take())
+            a().next();
+    }
+
+    /// A number truncated to a 32-bit integer: the nearest one for numbers out of range, 0 for NaN.
     static T truncated(T number)
     {
         using Limits = std::numeric_limits<std::int32_t>;
@@ -287,6 +313,8 @@ public:
         skipCommonValues();
     }
 
+    T value() const override { return this->valid() ? Composite<T>::value() : a().value(); }
+
 private:
     using Composite<T>::a;
     using Composite<T>::b;
@@ -298,7 +326,7 @@ private:
         catchUp();
         while (this->areBothValid() && a().value() == b().value() && this->advance(a()))
             catchUp();
-        this->remember(a().valid(), a().value());
+        this->remember(a().valid(), a().valid() ? a().value() : T(0));
     }
 };
 

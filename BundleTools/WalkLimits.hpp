@@ -5,7 +5,7 @@
 namespace tavrin
 {
 
-/// The values of a walk, or one sentence that says why they are refused.
+/// The values of a walk, or one sentence that says why it was refused.
 template<typename T>
 struct CollectedValues
 {
@@ -13,26 +13,25 @@ struct CollectedValues
     std::string errorText;
 };
 
-/// Walks a parser from where it stands to the end. All values or none: refused are a parser with an
-/// error text (which is passed on), a range whose end is never reached (its step is not positive, or
-/// lost in rounding, or a number too large for T), values too large for T, more than `maximum`
-/// values, and a walk of more steps than the parser allows. Never holds more than `maximum` values.
+/// Walks a parser from its current value to the end. Gives all values or none: a parser with an error
+/// text (which is passed on), more than `maximum` values and a walk of more steps than the parser
+/// allows are refused. Where a range of the text never ends, the refusal says why. Never holds more
+/// than `maximum` values.
 template<typename T>
 CollectedValues<T> collectValues(ListParser<T>& parser, std::size_t maximum)
 {
     if (!parser.errorText().empty())
         return {{}, parser.errorText()};
-    if (!parser.obstacle().empty())
-        return {{}, parser.obstacle()};
 
     std::vector<T> values;
     for (; parser.valid(); parser.next())
     {
-        if (values.size() == maximum)
+        if (values.size() < maximum)
+            values.push_back(parser.value());
+        else if (!parser.obstacle().empty())
+            return {{}, parser.obstacle()};
+        else
             return {{}, "The sets have more than " + std::to_string(maximum) + " values."};
-        if (sets::isTooLarge(parser.value()))
-            return {{}, "A number of a list is too large."};
-        values.push_back(parser.value());
     }
     if (!parser.errorText().empty())
         return {{}, parser.errorText()};

@@ -4,6 +4,7 @@
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/function/Function.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
 #include <omp.h>

@@ -6,6 +6,7 @@
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 #include <tavrin/base/LargeVector.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
+#include <tavrin/function/Function.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
 #include <omp.h>

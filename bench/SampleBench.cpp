@@ -7,6 +7,7 @@
 #include <tavrin/domain/CurvilinearGrid.hpp>
 #include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
+#include <tavrin/function/Function.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
 #include <omp.h>

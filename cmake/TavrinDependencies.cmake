@@ -1,4 +1,5 @@
-# Everything from outside, found once for the whole tree; each folder links what it uses. All of it is in packages.txt.
+# All external libraries, found once for the whole tree. Each folder links those that it uses. packages.txt lists their
+# packages.
 find_package(PkgConfig REQUIRED)
 
 find_package(fmt REQUIRED)

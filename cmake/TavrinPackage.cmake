@@ -1,4 +1,4 @@
-# The libraries that were published, under their names with tavrin:: before, for find_package(tavrin).
+# The package for find_package(tavrin): the published libraries, as targets with the prefix tavrin::.
 include(CMakePackageConfigHelpers)
 
 set(packageFolder "${CMAKE_INSTALL_LIBDIR}/cmake/tavrin")

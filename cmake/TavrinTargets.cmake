@@ -1,5 +1,5 @@
 # tavrin_add_plugin(<name> <sources>...)
-# A plug-in library lib<name>.so, put where the executable looks for plug-ins.
+# A plug-in library lib<name>.so, in the folder where the program looks for plug-ins.
 function(tavrin_add_plugin name)
     add_library(${name} MODULE ${ARGN})
     target_link_libraries(${name} PRIVATE tavrin_flags)
@@ -24,7 +24,7 @@ function(tavrin_publish_library name headers)
 endfunction()
 
 # tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])
-# One GoogleTest program; ctest knows each of its tests by itself.
+# A GoogleTest program. Each of its tests is a test of ctest.
 function(tavrin_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})

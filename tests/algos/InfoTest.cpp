@@ -24,7 +24,7 @@ protected:
         return run.infoLog();
     }
 
-    /// Without the line of the bounding box.
+    /// The report without the line of the bounding box.
     std::string statisticsOf(std::shared_ptr<const DataObject> field, bool extremes, bool median)
     {
         run.setText("Compute grid bounding box", "false");
@@ -135,7 +135,7 @@ TEST_F(InfoTest, ShowsTheBoxOptionForPointSetsOnly)
     const auto onPart = fieldOf<Scalar>({1.0}, part);
     run.connect("Field", onPart);
     EXPECT_FALSE(isBoxOptionVisible());
-    // Hidden, but still true: it is the domain that has no box.
+    // The hidden option is still true, but the domain has no box.
     EXPECT_EQ(reportOf(onPart, false, false), "");
 }
 
@@ -144,19 +144,101 @@ TEST_F(InfoTest, LeavesOutWhatIsNotANumberAndSaysSo)
     EXPECT_EQ(statisticsOf(fieldOf<Scalar>({2.0, nan, 7.0, nan, 1.0}), true, false),
               "A tensor with minimal norm has the norm 1, the value [1] at index 4 of Points\n"
               "A tensor with maximal norm has the norm 7, the value [7] at index 2 of Points\n");
-    EXPECT_EQ(run.debugLog(), "hint: 2 of 5 values are not a number; they are neither minimal nor "
-                              "maximal, and the median means little\n");
-    // Nothing compares with a first value that is not a number.
+    EXPECT_EQ(run.hints(), std::vector<std::string>{"2 of 5 values are not a number; they are "
+                                                    "neither minimal nor maximal"});
+    // A first value that is not a number stays the minimum, because no comparison with it holds.
     EXPECT_NE(
         statisticsOf(fieldOf<Scalar>({nan, 1.0}), true, true).find("the value [nan] at index 0"),
         std::string::npos);
-    EXPECT_EQ(run.debugLog(), "hint: 1 of 2 values are not a number; the first is one of them, and "
-                              "nothing compares with it, and the median means little\n");
+    EXPECT_EQ(run.hints(), std::vector<std::string>{
+                               "1 of 2 values are not a number; the first is one of them, and no "
+                               "norm is less or greater than it; the median depends on where they "
+                               "stand"});
+    static_cast<void>(statisticsOf(fieldOf<Scalar>({1.0, nan, 2.0}), false, true));
+    EXPECT_EQ(run.hints(), std::vector<std::string>{"1 of 3 values are not a number; the median "
+                                                    "depends on where they stand"});
+}
+
+TEST_F(InfoTest, LeavesOutWhatAMaskMarks)
+{
+    // More values than are read together; those that count are 3000, 3, 2, 1 and 7.
+    std::vector<Scalar> values(2000, -1e9);
+    auto mask = std::make_shared<ValidityMask>(values.size(), std::uint8_t{0});
+    const auto set = [&](std::size_t index, double value)
+    {
+        values[index] = value;
+        (*mask)[index] = 1;
+    };
+    set(5, 3000.0);
+    set(600, 3.0);
+    set(601, 2.0);
+    set(1400, 1.0);
+    set(1999, 7.0);
+    const auto line = lineOf(values.size());
+    const auto maskedBy = [&](std::shared_ptr<const ValidityMask> validity)
+    {
+        return addData(std::shared_ptr<const Domain>(line), PointSetBase::Points, values,
+                       Precision::Float64, {}, "masked", std::move(validity));
+    };
+    EXPECT_EQ(
+        statisticsOf(maskedBy(mask), true, true),
+        "A tensor with minimal norm has the norm 1, the value [1] at index 1400 of Points\n"
+        "A tensor with maximal norm has the norm 3000, the value [3000] at index 5 of Points\n"
+        "The median value of the field is [5] with norm 5\n");
+    EXPECT_EQ(run.hints(),
+              std::vector<std::string>{"1995 of 2000 values are marked as outside and left out"});
+    EXPECT_EQ(
+        statisticsOf(maskedBy(std::make_shared<ValidityMask>(2000, std::uint8_t{0})), true, true),
+        "Field does not contain any values\n");
+}
+
+TEST_F(InfoTest, ReportsAtFullPrecision)
+{
+    static_cast<void>(reportOf(fieldOf<Vector2>({{0.1, 0.2}, {1.0 / 3.0, 0.0}, {}}), true, true));
+    const double third = 1.0 / 3.0;
+    using Numbers = ReportValue::Numbers;
+    const ReportValue::Members expected{
+        {"box", {{"minimum", Numbers{0.0}}, {"maximum", Numbers{2.0}}}},
+        {"minimum",
+         {{"norm", 0.0},
+          {"value", Numbers{0.0, 0.0}},
+          {"index", std::size_t{2}},
+          {"position", Numbers{2.0}}}},
+        {"maximum",
+         {{"norm", third},
+          {"value", Numbers{third, 0.0}},
+          {"index", std::size_t{1}},
+          {"position", Numbers{1.0}}}},
+        {"median",
+         {{"value", Numbers{(0.1 + third) * 0.5, 0.1}},
+          {"norm", norm(Vector2{(0.1 + third) * 0.5, 0.1})}}},
+        {"counts",
+         {{"values", std::size_t{3}},
+          {"invalid", std::size_t{0}},
+          {"notANumber", std::size_t{0}},
+          {"infinite", std::size_t{0}}}}};
+    EXPECT_EQ(run.results(), expected);
+}
+
+TEST_F(InfoTest, AnAbortEndsAMedianInTheMiddle)
+{
+    // The flag is set by the progress report, which is opened after the list is filled.
+    struct Aborting : RunObserver
+    {
+        void opened(const ProgressReport&) override { flag = true; }
+        volatile bool flag = false;
+    };
+    Aborting observer;
+    run.connect("Field", fieldOf<Scalar>({3.0, 1.0, 2.0}));
+    run.setText("Compute min, max, average", "false");
+    run.setText("Compute median", "true");
+    run.execute(observer.flag, &observer);
+    EXPECT_EQ(run.infoLog().find("median"), std::string::npos);
 }
 
 TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
 {
-    // Extremes in every place of the blocks that are looked at together, twice each.
+    // Extremes at every position in the blocks of the loop, each twice.
     std::vector<Vector3> values(2000, Vector3(3.0, 4.0, 0.0));
     for (const std::size_t index : {1U, 31U, 511U, 512U, 1023U, 1500U, 1998U})
     {
@@ -171,7 +253,7 @@ TEST_F(InfoTest, FindsTheFirstExtremesInAnyBlock)
                   std::string::npos)
             << text;
     }
-    // The absolute value of a scalar has no square that could vanish.
+    // The norm of a scalar is its absolute value, without a square that could underflow.
     EXPECT_EQ(statisticsOf(fieldOf<Scalar>({-1e200, 2e-200, 1e-200}), true, false),
               "A tensor with minimal norm has the norm 1e-200, the value [1e-200] at index 2 of "
               "Points\n"

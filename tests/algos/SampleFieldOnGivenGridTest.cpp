@@ -15,7 +15,7 @@ using namespace tavrin;
 
 const char* const port = "Sampled Field";
 
-/// 0, 1, 2 on the line from 0 to 2.
+/// A function with the values 0, 1, 2 on the line from 0 to 2, and 10 more at each further time.
 std::shared_ptr<const Function<Scalar>> ramp(std::vector<double> times = {})
 {
     std::vector<Scalar> values;
@@ -50,7 +50,9 @@ TEST_F(SampleTest, SamplesByHand)
     EXPECT_EQ(run.debugLog(), "Found 1 time values.\n"
                               "1 of 3 samples lie outside the domain of the field.\n"
                               "0 of 1 times lie outside the range of the field.\n");
-    EXPECT_EQ(run.statistics(), (Statistics{{"samples", {{"total", 3}, {"outside", 1}}}}));
+    EXPECT_EQ(run.results(),
+              (ReportValue::Members{
+                  {"samples", {{"total", std::size_t{3}}, {"outside", std::size_t{1}}}}}));
 }
 
 TEST_F(SampleTest, SamplesStepAfterStep)
@@ -65,23 +67,23 @@ TEST_F(SampleTest, SamplesStepAfterStep)
     EXPECT_TRUE(logged("Found 7 time values.\n"));
     EXPECT_TRUE(logged("0 of 6 samples lie outside the domain of the field.\n"
                        "4 of 7 times lie outside the range of the field.\n"));
-    EXPECT_FALSE(logged("hint: "));
+    EXPECT_EQ(hints(), "");
 }
 
 TEST_F(SampleTest, WarnsWhenNothingWasMet)
 {
     connect(ramp(), cloudOf<2>({{-1.0, 0.0}, {3.0, 2.0}}));
     execute();
-    EXPECT_TRUE(logged("hint: all samples are 0, since no point lies in the domain of the field: "
+    EXPECT_TRUE(hinted("all samples are 0, since no point lies in the domain of the field: "
                        "the field spans [0] to [2], the grid [-1, 0] to [3, 2]\n"));
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.0, 0.0}));
     connect(ramp({1.0, 3.0}), cloudOf<2>({{1.0, 0.0}}));
     execute();
-    EXPECT_TRUE(logged("hint: all samples are 0, since no time lies in the range of the field, 1 "
+    EXPECT_TRUE(hinted("all samples are 0, since no time lies in the range of the field, 1 "
                        "to 3\n"));
 }
 
-/// Component c is c + x + 10 y + 100 z + 1000 t.
+/// A field whose component c is c + x + 10 y + 100 z + 1000 t.
 template<std::size_t D, typename T>
 std::shared_ptr<const DataObject> coordinateField()
 {
@@ -162,10 +164,10 @@ TEST_F(SampleTest, RefusesOtherFields)
         const std::string text = errorOf<logic_error>([&] { execute(); });
         EXPECT_EQ(text, "unsupported field type occurred.");
         EXPECT_EQ(run.result(port), nullptr);
-        const std::string log = run.debugLog();
-        const auto start = log.find("hint: the field given is ");
-        return start == std::string::npos ? log
-                                          : log.substr(start + 25, log.find(';') - start - 25);
+        const std::string hint = hints();
+        const std::string before = "the field given is ";
+        return hint.starts_with(before) ? hint.substr(before.size(), hint.find(';') - before.size())
+                                        : hint;
     };
     EXPECT_EQ(refusal(coordinateField<3, Vector242>()), "a field of type 242-D Vector in 3-D");
     EXPECT_EQ(refusal(coordinateField<2, Vector375>()), "a field of type 375-D Vector in 2-D");
@@ -191,11 +193,11 @@ TEST_F(SampleTest, SamplesABundleAsOneField)
     execute();
     EXPECT_EQ(values<Scalar>(), (std::vector<Scalar>{0.5, 1.5, 30.0, 0.0}));
 
-    // One that is no field, and be it the last, spoils it.
+    // One member that is not a field makes the bundle unsupported, even if it is the last.
     run.connect("Field", std::make_shared<DataObjectBundle>(DataObjectBundle::Members{
                              ramp(), fieldOf<Vector2>(std::vector<Vector2>(3))}));
     EXPECT_EQ(errorOf<logic_error>([&] { execute(); }), "unsupported field type occurred.");
-    EXPECT_TRUE(logged("values of type Scalar on the Points of a 1-D grid; values of type 2-D "
+    EXPECT_TRUE(hinted("values of type Scalar on the Points of a 1-D grid; values of type 2-D "
                        "Vector on the Points of a 1-D grid"));
 }
 
@@ -212,7 +214,7 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
         execute();
         EXPECT_EQ(run.result(port), nullptr) << times;
         EXPECT_TRUE(logged("Found 0 time values.\n")) << times;
-        EXPECT_TRUE(run.statistics().empty());
+        EXPECT_TRUE(run.results().empty());
         return run.infoLog();
     };
     const auto quoted = [](const std::string& text)
@@ -221,13 +223,13 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
               quoted("First number in range must be smaller than the second number."));
     EXPECT_EQ(complaint("{1,2"), quoted("missing closing bracket \"}\"."));
     EXPECT_EQ(complaint("-3,4"), quoted("Binary Operator - requires previous set."));
-    // Too late for the parser to stop, but not for the caller.
+    // An error that does not end the parsing is reported all the same.
     EXPECT_EQ(complaint("{1}+[2 3]").substr(0, 33), "ListParser encountered an error: ");
     for (const char* const endless : {"[0:1#0]", "[0:1#-1]", "[0:1#1e-300]", "[0:1e300]"})
         EXPECT_NE(complaint(endless), "") << endless;
 
     EXPECT_EQ(complaint("{}"), "");
-    EXPECT_TRUE(logged("hint: the time list has no values above -1, so nothing is sampled\n"));
+    EXPECT_TRUE(hinted("the time list has no values above -1, so nothing is sampled"));
     EXPECT_EQ(complaint("{-2,-1}"), "");
     EXPECT_EQ(complaint(""), "");
     EXPECT_EQ(execute(), "EMPTY\n");
@@ -261,7 +263,7 @@ TEST_F(SampleTest, TakesAGridWithoutPoints)
     execute();
     EXPECT_TRUE(values<Scalar>().empty());
     EXPECT_EQ(result<Scalar>()->numTimeSteps(), 2U);
-    EXPECT_FALSE(logged("hint: "));
+    EXPECT_EQ(hints(), "");
 }
 
 TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
@@ -284,13 +286,13 @@ TEST_F(SampleTest, EndsSoonAndClearsItsResultWhenAborted)
         calls = 0;
         execute(abortFlag);
         EXPECT_EQ(run.result(port), nullptr);
-        EXPECT_TRUE(run.statistics().empty());
-        // Each other thread may be about one call late.
+        EXPECT_TRUE(run.results().empty());
+        // Every other thread may make one more call.
         EXPECT_LE(calls, 1000U + static_cast<std::size_t>(threads));
     }
 }
 
-/// A series of which every loaded step is counted as long as somebody holds it.
+/// A series that counts the steps that are in memory at the same time.
 class CountedSeries
 {
 public:
@@ -328,7 +330,7 @@ public:
 
 private:
     std::size_t mBrokenStep;
-    // The series loads under a lock, but lets go anywhere.
+    // The series loads steps under a lock, but releases them without one.
     std::atomic<int> mLive = 0;
     int mMost = 0;
     int mLoads = 0;

@@ -41,6 +41,16 @@ protected:
         return support::valuesOf<T>(*function);
     }
 
+    /// All hints of the last run, one per line.
+    std::string hints() const
+    {
+        std::string lines;
+        for (const std::string& hint : run.hints())
+            lines += hint + '\n';
+        return lines;
+    }
+    bool hinted(const std::string& text) const { return hints().find(text) != std::string::npos; }
+
     bool logged(const std::string& text) const
     {
         return run.debugLog().find(text) != std::string::npos;

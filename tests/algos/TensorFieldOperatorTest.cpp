@@ -18,7 +18,6 @@ using namespace tavrin;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// The operator with its plug-in loaded, and what it logged and wrote.
 class OperatorTest : public testing::Test
 {
 protected:
@@ -35,7 +34,7 @@ protected:
         run.setText("Scalar D", toText(d));
     }
 
-    /// The values that an operation makes of one or two fields; fails for another result type.
+    /// The result of an operation on one or two fields. Another type of result fails the test.
     template<typename Result>
     std::vector<Result> resultOf(const std::string& operation,
                                  std::shared_ptr<const FunctionBase> a,
@@ -283,7 +282,7 @@ TEST_F(OperatorTest, MaskBySecondFieldTakesEveryPairThoughItIsNotOffered)
     EXPECT_EQ(binary<Matrix3>(maskTwoOp, m3, Matrix2(1.0, 2.0, 2.0, 4.0), 5.0, 5.0), m3);
     EXPECT_EQ(binary<Matrix4>(maskTwoOp, m4, Vector4{}, 1.0, 2.0), Matrix4{});
     EXPECT_TRUE(std::isnan(binary<Scalar>(maskTwoOp, Scalar(infinity), Scalar(9.0), 1.0, 2.0)[0]));
-    // Unlike in the mask by the field itself, a scalar that is not a number is outside.
+    // A scalar that is not a number is outside, unlike in the mask by the field itself.
     EXPECT_EQ(binary<Scalar>(maskTwoOp, Scalar(4.0), Scalar(nan), 1.0, 2.0), Scalar(0.0));
 }
 
@@ -305,7 +304,7 @@ TEST_F(OperatorTest, MissingOrMismatchedFieldsAreLogged)
     const std::string mismatch = "Input Fields do not match in domain or timesteps.\n";
     const auto domain = lineOf(2);
     const auto a = fieldOf<Scalar>({1.0, 2.0}, domain);
-    // A mismatch leaves an earlier result alone, a missing field clears it.
+    // A mismatch leaves an earlier result unchanged; a missing field clears it.
     EXPECT_EQ(attempt(a, fieldOf<Scalar>({1.0, 2.0})), mismatch);
     EXPECT_NE(run.result("Field"), nullptr);
     EXPECT_EQ(attempt(a, fieldOf<Scalar>({1.0, 2.0, 3.0, 4.0}, domain, {0.0, 1.0})), mismatch);

@@ -1,5 +1,7 @@
 #include "ParserRun.hpp"
 
+#include <support/errorOf.hpp>
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -20,7 +22,7 @@ std::string traceOf(const std::string& text)
     return trace.str();
 }
 
-/// What the sets print after a text was parsed.
+/// The output of `print` of all sets after a text was parsed.
 std::string printed(const std::string& text)
 {
     Parser parser;
@@ -31,7 +33,7 @@ std::string printed(const std::string& text)
     return out.str();
 }
 
-/// The error text, after a mark that tells whether the text was accepted all the same.
+/// The error text, after a mark if the text was accepted nevertheless.
 std::string errorOf(const std::string& text)
 {
     Parser parser;
@@ -56,7 +58,7 @@ TEST(ListParser, ReadsPlainNumbers)
     EXPECT_EQ(walked("5,x"), Values({0, 5}));
     EXPECT_EQ(walked("1,2+{3}"), Values({1, 2}));
     EXPECT_EQ(walked("7,-1,-0.999,1e2x,1e"), Values({-0.999, 0, 7, 100}));
-    EXPECT_EQ(walked("0,1e400"), Values({0, std::numeric_limits<double>::max()}));
+    EXPECT_EQ(walked("0,1e400"), Values({0, infinity}));
 }
 
 TEST(ListParser, ReadsRanges)
@@ -94,7 +96,7 @@ TEST(ListParser, SetsSideBySideAreUnited)
     EXPECT_EQ(walked("{1,2} {2,5}"), Values({1, 2, 5}));
     EXPECT_EQ(walked("{1,2}[5:6]"), Values({1, 2, 5, 6}));
     EXPECT_EQ(walked("; {4} or {1,9} 7"), Values({1, 4, 9}));
-    // The operator takes the two sets before it and swallows what stands for its operand.
+    // Without an operand the operator takes the two sets before it, and the blank is skipped.
     EXPECT_EQ(walked("{1,2}{2,5}- {7}"), Values({1, 7}));
     EXPECT_EQ(walked("{9}{1,2}{2,5}-"), Values({1, 9}));
     EXPECT_EQ(walked("{1}{2}+-"), Values({1, 2}));
@@ -202,7 +204,7 @@ TEST(ListParser, WrongOperandsActLate)
     const std::string wrongRange = "First number in range must be smaller than the second number.";
     EXPECT_EQ(errorOf("{1}{2}+[3:3]{4}"), wrongRange);
     EXPECT_EQ(printed("{1}{2}+[3:3]{4}"), "UNION( LIST{1} ,LIST{2} ) ");
-    // Only a character that begins no set ends the parsing: here the text ends first.
+    // Only a character that does not begin a set ends the parsing: here the text ends before.
     EXPECT_EQ(errorOf("{1}{2}+["), "accepted: expected delimiter \":\" between \"[\" and \"]\".");
     EXPECT_EQ(errorOf("{1}{2}+[{"), "missing closing bracket \"}\".");
     EXPECT_EQ(printed("{1}{2}+[{3} {4}"), "UNION( LIST{1} ,LIST{2} ) LIST{3} ");
@@ -210,18 +212,10 @@ TEST(ListParser, WrongOperandsActLate)
 
 TEST(ListParser, AssertionsTellWhereTheyStand)
 {
-    const auto assertionOf = [](const auto& action) -> std::string
+    const auto assertionOf = [](const auto& action)
     {
         const RedirectedOutput output;
-        try
-        {
-            action();
-        }
-        catch (const tavrin::assertion_failed& failure)
-        {
-            return failure.what();
-        }
-        return "none";
+        return support::errorOf<tavrin::assertion_failed>(action);
     };
     const auto expected = [](const std::string& check, int line)
     {
@@ -248,7 +242,7 @@ TEST(ListParser, AssertionsTellWhereTheyStand)
     EXPECT_EQ(calling(&Parser::parseList, "[1:2]"),
               expected("Invalid first character.: start[0] == '{'", 497));
     EXPECT_EQ(calling(&Parser::parseNumbers, ""), expected("Invalid range!: start < end", 536));
-    EXPECT_EQ(calling(&Parser::parseBasicSet, ""), "none");
+    EXPECT_EQ(calling(&Parser::parseBasicSet, ""), "no exception");
 
     const std::string unclosed = expected("Invalid last character.: start[0] == ']'", 587);
     EXPECT_EQ(assertionOf([&] { parser.parse("[0:5"); }), unclosed);
@@ -290,6 +284,10 @@ TEST(ListParser, PrintsWhereTheWalkStands)
     EXPECT_EQ(printed("[0:2]-{0}&{1}+[4:5#0.5]"),
               "UNION( INTERSECTION( DIFFERENCE( RANGE[ 1:2#1 ] ,LIST{0} ) ,LIST{1} ) "
               ",RANGE[ 4:5#0.5 ] ) ");
+    // Where an intersection has ended, its first operand has caught up with the second one.
+    EXPECT_EQ(printed("[0:10]&{}"), "INTERSECTION( RANGE[ 11:10#1 ] ,LIST{} ) ");
+    EXPECT_EQ(printed("[0:10]&[-5:-2#10]-{3}"),
+              "DIFFERENCE( INTERSECTION( RANGE[ 5:10#1 ] ,RANGE[ 5:-2#10 ] ) ,LIST{3} ) ");
 }
 
 TEST(ListParser, StartsAnewWithEachText)
@@ -355,7 +353,7 @@ TEST(ListParser, SurvivesNullBytesAndLongTexts)
 {
     EXPECT_EQ(walked("{1,\0002,3}"s), Values({0, 1, 3}));
     EXPECT_EQ(walked("[0:\0001]{4}"s), Values({-1}));
-    EXPECT_EQ(walked(repeated("9", 1'000'000)), Values({std::numeric_limits<double>::max()}));
+    EXPECT_EQ(walked(repeated("9", 1'000'000)), Values({infinity}));
     EXPECT_EQ(walked("{0." + repeated("0", 1'000'000) + "1}"), Values({0}));
     EXPECT_EQ(walked(repeated("#", 1'000'000)), Values());
     Values expected(5'000);

@@ -3,12 +3,15 @@
 #include <BundleTools/ListParser.hpp>
 
 #include <iostream>
+#include <limits>
 #include <sstream>
 
 using Parser = tavrin::ListParser<double>;
 using Values = std::vector<double>;
 
-/// Sends standard output to a buffer as long as it lives: to nowhere without one.
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Redirects standard output during its life, by default to nowhere.
 class RedirectedOutput
 {
 public:
@@ -29,13 +32,13 @@ inline bool parseQuietly(Parser& parser, const std::string& text)
     return parser.parse(text);
 }
 
-/// All values of a text that has no more than `maximum` of them.
+/// The first values of a text, at most `maximum`.
 inline Values walked(const std::string& text, std::size_t maximum = 100'000)
 {
     Parser parser;
     Values values;
     if (!parseQuietly(parser, text))
-        return {-1.0}; // which no walk ever has
+        return {-1.0}; // a value that no walk has
     for (; parser.valid() && values.size() < maximum; parser.next())
         values.push_back(parser.value());
     return values;

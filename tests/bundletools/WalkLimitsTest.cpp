@@ -24,7 +24,7 @@ TEST(WalkLimits, CollectsAllValues)
     EXPECT_EQ(collected("[0:1#0.25]-{0.5}").values, Values({0, 0.25, 0.75, 1}));
     EXPECT_EQ(collected("[0:9]", 10).values.size(), 10);
     EXPECT_EQ(collected("{}", 0).errorText, "");
-    // Adding the step reaches the next number only by rounding up.
+    // Adding the step reaches the next number only because the sum is rounded up.
     EXPECT_EQ(collected("[1e16:10000000000000006#1.5]").values.size(), 4);
 }
 
@@ -34,20 +34,46 @@ TEST(WalkLimits, PassesOnTheErrorOfTheParser)
     EXPECT_EQ(collected("{1}{2}+[").errorText, "expected delimiter \":\" between \"[\" and \"]\".");
 }
 
-TEST(WalkLimits, RefusesRangesThatDoNotEnd)
+TEST(WalkLimits, RefusesWalksOfRangesThatNeverEnd)
 {
-    for (const char* const text :
-         {"[0:1#0]", "[-5:1#0]", "[0:1#-1]", "[0:1#]", "{1}-[0:1#0]", "{1}&[2:3#-0]"})
+    for (const char* const text : {"[0:1#0]", "[-5:1#0]", "[0:1#-1]", "[0:1#]", "{1}-[0:1#0]",
+                                   "{5}&[2:3#-0]", "[0:1#-1e999]"})
         EXPECT_EQ(collected(text).errorText, "The step of a range must be greater than zero.")
             << text;
     for (const char* const text :
-         {"[0:1e300#1e-300]", "[0:1e16]", "[0:1#1e-17]", "{1e15}&[0:1e300]"})
+         {"[0:1e300#1e-300]", "[0:1e16]", "[1e15:1e16#1e-17]", "{1e15}&[0:1e300]"})
         EXPECT_EQ(collected(text).errorText,
                   "The step of a range is too small to change its values.")
             << text;
-    for (const char* const text : {"[0:1e999]", "[-1e999:1]", "[0:1#1e999]"})
-        EXPECT_EQ(collected(text).errorText, "A number of a range is too large.") << text;
-    EXPECT_EQ(collected("1,1e999").errorText, "A number of a list is too large.");
+    for (const char* const text : {"[0:1e999]", "[-1e999:1]", "[0:1e999#1e999]", "[0:1e999#1e306]",
+                                   "{1e999}&[0:1e999]", "[0:1e999]-{1}", "[0:1e999]&{}+{5}"})
+        EXPECT_EQ(collected(text).errorText, "A range with an infinite start or end never ends.")
+            << text;
+}
+
+TEST(WalkLimits, AcceptsNumbersThatAreTooLargeAsInfinity)
+{
+    EXPECT_EQ(collected("1,1e999").values, Values({1, infinity}));
+    EXPECT_EQ(collected("{-1e999,2}+{1e999}").values, Values({2, infinity}));
+    EXPECT_EQ(collected("{1,1e999}-{1e999}").values, Values({1}));
+    EXPECT_EQ(collected("{1,1e999}&{1,1e999}").values, Values({1, infinity}));
+    EXPECT_EQ(collected("[0:1#1e999]").values, Values({0}));
+}
+
+/// Long or endless sets whose values are not needed.
+TEST(WalkLimits, EndsAnIntersectionWithItsFirstOperandToEnd)
+{
+    for (const char* const text :
+         {"[0:100000000]&{1}", "{1}&[0:100000000]", "[0:1e999]&{1}", "{1}&[0:1e999]",
+          "[0:1e16]&{1}", "[0:100000000]&[1:2#1e8]", "{1}&[1:2#0]", "[0:1e15]&{1}&{0,1}",
+          "[0:1e15]&{1}-{2}", "[0:1e15]&{1}+{}", "{1}-{}&[0:1e15]", "[0:1e15]&{} {1}"})
+        EXPECT_EQ(collected(text).values, Values({1})) << text;
+    EXPECT_EQ(collected("[0:1e15]&{1}+{2,3}").values, Values({1, 2, 3}));
+    EXPECT_EQ(collected("[0:1e15]&{}").errorText, "");
+    // A union begins with the value that its operand ended on.
+    EXPECT_EQ(collected("[0:3]&{}+{5}").values, Values({4, 5}));
+    EXPECT_EQ(collected("[0:9]&[-5:-2#10]+{7}").values, Values({5, 7}));
+    EXPECT_EQ(collected("[0:9]&[-5:-2#10]-{5}+{7}").values, Values({5, 7}));
 }
 
 TEST(WalkLimits, RefusesTooManyValues)
@@ -59,10 +85,10 @@ TEST(WalkLimits, RefusesTooManyValues)
 
 TEST(WalkLimits, RefusesWalksThatTakeTooLong)
 {
-    // Each spins at another place: making a set, the first value, a later value.
+    // The steps are used up at different points: making a set, at the first value, at a later value.
     for (const char* const text :
-         {"{1e15}&[0:1e15#0.5]", "[0:1e15#0.5]&{1e15}", "{1e15}-[0:1e15#0.5]", "[0:1e15]&{}",
-          "[-1e15:5]", "[0:1e15]&{1,2}", "[0:1e15]-[1:1e15]"})
+         {"{1e15}&[0:1e15#0.5]", "[0:1e15#0.5]&{1e15}", "{1e15}-[0:1e15#0.5]", "[0:1e15]&{}+{5}",
+          "[-1e15:5]", "[0:1e15]&{1e14}", "[0:1e15]-[1:1e15]"})
         EXPECT_EQ(collected(text).errorText, "Walking the sets takes more than 1000000 steps.")
             << text;
 

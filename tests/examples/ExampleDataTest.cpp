@@ -28,7 +28,7 @@ const Function<T>& typed(const Field& field)
     return dynamic_cast<const Function<T>&>(*field);
 }
 
-/// The change of the values of a step per unit of length along an axis, by central differences.
+/// The derivative of the values of a step along an axis, by central differences.
 template<std::size_t D>
 Tensor<double, D> derivative(const Function<Tensor<double, D>>& function, std::size_t step,
                              std::size_t point, std::size_t axis)
@@ -98,7 +98,7 @@ TEST(DoubleGyre, IsIncompressibleStaysInItsBoxAndRepeats)
         }
         EXPECT_EQ((*velocity.stepValues(0))[point], (*velocity.stepValues(20))[point]);
     }
-    // At rest the gyres turn around the centers of the two squares; at a quarter of the period the
+    // At time 0 the gyres turn around the centers of the two squares; at a quarter of the period the
     // line between them has moved to the left.
     EXPECT_NEAR(norm((*velocity.stepValues(0))[25 + 101 * 25]), 0.0, 1e-15);
     EXPECT_LT((*velocity.stepValues(5))[50 + 101 * 25][1], -0.1);
@@ -210,7 +210,7 @@ TEST(TwistedBar, TurnsItsCrossSectionsAndFollowsTheEllipse)
         EXPECT_LT(radius, 1.0 + 1e-12);
         onEllipse += radius > 1.0 - 1e-12 ? 1 : 0;
     }
-    // 4 x 12 on each of the 21 sections, the middles of the edges included.
+    // 4 x 12 on each of the 21 sections, including the midpoints of the edges.
     EXPECT_EQ(onEllipse, 48 * 21);
 }
 

@@ -43,7 +43,7 @@ Image readPng(const fs::path& file)
 
 void writePng(const Image& image, const fs::path& file)
 {
-    const auto bytes = encodePng(image);
+    const auto bytes = encodePng(image, keepGoing);
     std::ofstream stream(file, std::ios::binary);
     std::ranges::copy(bytes, std::ostreambuf_iterator(stream));
 }
@@ -161,8 +161,8 @@ TEST_F(PaintingTest, PngFilesHoldThePixels)
     writePng(image, file);
     EXPECT_EQ(readPng(file).rgba, image.rgba);
     image.rgba.pop_back();
-    EXPECT_THROW(encodePng(image), runtime_error);
-    EXPECT_THROW(encodePng({}), runtime_error);
+    EXPECT_THROW(encodePng(image, keepGoing), runtime_error);
+    EXPECT_THROW(encodePng({}, keepGoing), runtime_error);
 }
 
 }

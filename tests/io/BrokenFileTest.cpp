@@ -33,7 +33,7 @@ TEST_F(BrokenFile, IsMissingOrNoFile)
     EXPECT_EQ(complaintAbout("empty.vtu", ""), "empty.vtu: is empty");
     EXPECT_EQ(complaintAbout("a.stl", "solid"),
               "a.stl: a file with the extension .stl is not supported; supported "
-              "are .vti, .vtp, .vtr, .vts, .vtu, .vtk, .vtm, .pvd and .series");
+              "are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd and .series");
     EXPECT_EQ(complaintAbout("a.pvtu", vtkFile("PUnstructuredGrid", "")),
               "a.pvtu: a file that lists the pieces of one grid is not supported; list the pieces "
               "as blocks in a .vtm file");
@@ -86,7 +86,7 @@ TEST_F(BrokenFile, DeclaresMoreThanItHolds)
     EXPECT_EQ(
         complaintAbout("c.vti", vtkFile("ImageData",
                                         "<ImageData><Piece Extent=\"3 0 0 9 0 0\"/></ImageData>")),
-        "c.vti: the extent 3 to 0 of axis 0 is out of reach");
+        "c.vti: the extent 3 to 0 of axis 0 is reversed or too large");
     EXPECT_EQ(
         complaintAbout("d.vti", smallImage("<PointData>" +
                                            dataArray("type=\"Int8\" Name=\"p\"", "1 2 300 4 5 6") +

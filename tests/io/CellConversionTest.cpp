@@ -144,8 +144,9 @@ TEST_F(CellConversion, WarnsOfConcavePolyhedra)
                     dataArray("type=\"Int64\" Name=\"faceoffsets\"", "45"));
     create("l.vtu", file);
     loader().loadGrid(reference("l.vtu"));
-    EXPECT_EQ(warnings(), Cells{"l.vtu: 1 cell is a concave polyhedron; what the corner with the "
-                                "lowest index does not see is filled wrongly"});
+    EXPECT_EQ(warnings(), Cells{"l.vtu: 1 cell is a concave polyhedron; the parts that "
+                                "are not visible from the corner with the lowest index are filled "
+                                "wrongly"});
 }
 
 TEST_F(CellConversion, RefusesOffsetsThatOverflow)

@@ -30,19 +30,21 @@ protected:
         return valuesOf<T>(*load(text));
     }
 
-    /// What is said of a file that cannot be read, without the folder; or "ok".
+    /// The error for a file that cannot be read, without the folder; or "ok". A file may be changed
+    /// between two calls.
     std::string complaintAbout(const std::string& text)
     {
         try
         {
-            FileInfo info = mLoader.inspect(reference(text));
+            Loader loader(mWarn, neverAbort);
+            FileInfo info = loader.inspect(reference(text));
             for (const FileInfo::Array& array : info.arrays)
             {
                 DataReference one = reference(text);
                 one.array = array.name;
                 one.on = array.association;
                 if (!array.valueType.empty())
-                    mLoader.loadFunction(one);
+                    loader.loadFunction(one);
             }
         }
         catch (const FileError& error)
@@ -52,7 +54,7 @@ protected:
         return "ok";
     }
 
-    /// What is said of a request that makes no sense.
+    /// The error for a request that does not fit the file.
     std::string usageErrorOf(const std::string& text)
     {
         return withoutFolder(errorOf<usage_error>([&] { load(text); }));
@@ -71,8 +73,9 @@ protected:
 
 private:
     std::vector<std::string> mWarnings;
-    Loader mLoader{[this](const std::string& line) { mWarnings.push_back(withoutFolder(line)); },
-                   neverAbort};
+    Loader::Warn mWarn = [this](const std::string& line)
+    { mWarnings.push_back(withoutFolder(line)); };
+    Loader mLoader{mWarn, neverAbort};
 };
 
 /// Real files, where a folder of them is given.

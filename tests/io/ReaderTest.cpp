@@ -262,10 +262,11 @@ TEST_F(Reader, TakesShapesFromComponentsAndTheirNames)
     EXPECT_EQ(loadValues<Matrix2>("a.vti#4?shape=2x2").front(), (Matrix2{0, 1, 2, 3}));
     EXPECT_EQ(loadValues<Vector4>("a.vti#2x2?shape=4").front(), (Vector4{0, 1, 2, 3}));
     EXPECT_EQ(loadValues<Matrix1>("a.vti#1?shape=1x1").size(), 6U);
-    EXPECT_EQ(usageErrorOf("a.vti#4?shape=3"),
-              "a.vti: \"4\" has 4 components, which do not fit ?shape=3; fitting is 4, 2x2");
+    EXPECT_EQ(
+        usageErrorOf("a.vti#4?shape=3"),
+        "a.vti: \"4\" has 4 components, which does not fit ?shape=3; shapes that fit: 4, 2x2");
     EXPECT_EQ(usageErrorOf("a.vti#5"), "a.vti: \"5\" has 5 components; only arrays of 1, 2, 3, 4, "
-                                       "6, 9, 16, 242 or 375 are fields");
+                                       "6, 9, 16, 242 or 375 components are fields");
 }
 
 TEST_F(Reader, NamesTheArraysThatThereAre)

@@ -55,7 +55,8 @@ TEST_F(Series, IsOneFunctionWhoseStepsAreLoadedWhenRead)
     }
     create("close.pvd", pvd({{"1", "steps/a.vtu"}, {"1.0000000005", "steps/b.vtu"}}));
     EXPECT_EQ(loadValues<Scalar>("close.pvd?time=1.0000000005"), std::vector<Scalar>{{2.0}});
-    EXPECT_EQ(usageErrorOf("s.pvd?time=3"), "s.pvd: no step at t = 3; there is 0, 2.5, 10");
+    EXPECT_EQ(usageErrorOf("s.pvd?time=3"),
+              "s.pvd: no step at t = 3; there are steps at 0, 2.5, 10; the nearest is at 2.5");
     EXPECT_EQ(usageErrorOf("s.pvd#d"), "s.pvd: no array \"d\"; there is \"c\"");
 }
 

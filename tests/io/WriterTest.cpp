@@ -63,7 +63,7 @@ TEST_F(Writer, NamesTheExtensionsThatSuit)
     EXPECT_EQ(refusal(*scalar(oneCellOfEach<3>({CellType::Lines, CellType::Triangles})), "f.vti"),
               "f.vti: an unstructured grid is written as .vtu, .vtp or .pvd");
     EXPECT_EQ(refusal(*scalar(pointCloud<3>()), "f"),
-              "f: a point cloud is written as .vtp, .vtu or .pvd");
+              "f: a point cloud is written as .vtu, .vtp or .pvd");
     EXPECT_EQ(
         refusal(*awkwardFunction(uniformGrid<1>(), PointSetBase::Points, {1.0, 2.0}), "f.vti"),
         "f.vti: a function with 2 time steps is written as .pvd");

@@ -2,6 +2,7 @@
 #include <support/smallData.hpp>
 
 #include <tavrin/algorithm/Options.hpp>
+#include <tavrin/field/Field.hpp>
 #include <tavrin/function/visit.hpp>
 
 #include <gtest/gtest.h>
@@ -114,8 +115,6 @@ TEST_F(OptionsTest, ADataInputTakesWhatItsTypesAndItsFilterAccept)
     auto& grid = input<InputDataObject>("Grid");
     EXPECT_THROW(grid.setDataObject(lineOf(2)), usage_error);
     EXPECT_THROW(input<InputDataObject>("Field").setDataObject(lineOf(3)), usage_error);
-    EXPECT_EQ(grid.dataSort(), DataSort::Domain);
-    EXPECT_EQ(input<InputDataObject>("Field").dataSort(), DataSort::Function);
     EXPECT_TRUE(options.changes.empty());
     grid.setDataObject(lineOf(3));
     grid.setDataObject(nullptr);
@@ -178,6 +177,93 @@ TEST_F(OptionsTest, DeclarationsKeepTheirOrder)
             order += std::holds_alternative<Options::Control::Group>(item) ? "( " : "| ";
     EXPECT_EQ(order, "Field Grid Bundle | Flag ( Number Count Text Color Choice Label ");
 }
+
+/// A change of "Number" is refused when it is too large, after "Color" was hidden; one of "Count"
+/// reads data that is required.
+struct Refusing : EveryKind
+{
+    using EveryKind::EveryKind;
+
+    void optionChanged(const std::string& name) override
+    {
+        setHidden("Color", true);
+        if (name == "Number" && get<double>("Number") > 10.0)
+            throw usage_error("too large");
+        if (name == "Count")
+            static_cast<void>(get<FunctionBase>("Field"));
+        setHidden("Color", false);
+    }
+};
+
+TEST(OptionChange, ThatIsRefusedIsUndone)
+{
+    Options::Control control;
+    const Refusing options(control);
+    control.getInput("Color")->setVisible(true);
+    auto& number = dynamic_cast<InputValueBase&>(*control.getInput("Number"));
+    EXPECT_THROW(number.fromString("11"), usage_error);
+    EXPECT_EQ(number.toString(), "1.5");
+    EXPECT_TRUE(control.getInput("Color")->isVisible());
+    // Data that is missing is no reason to refuse: it may be connected later.
+    dynamic_cast<InputValueBase&>(*control.getInput("Count")).fromString("4");
+    EXPECT_EQ(options.get<long>("Count"), 4);
+}
+
+/// Data inputs beyond single classes.
+struct ManyTypes : Options
+{
+    explicit ManyTypes(Control& control) : Options(control)
+    {
+        add<Field<1, Scalar>>("Field", "made from functions");
+        add<TypeList<PointSet<3>, Function<Scalar>>>("Either", "a grid or values");
+        add<StructuredGrid<1>>("Structured", "by a class between others");
+        add<DataObject>("Any", "anything", std::function<bool(const DataObject&)>());
+        addBundle<Field<1, Scalar>>("Pair", "exactly two",
+                                    [](const DataObjectBundle& bundle)
+                                    { return bundle.members().size() == 2; });
+    }
+};
+
+TEST(DataInput, AcceptsExactlyWhatGetReturns)
+{
+    Options::Control control;
+    const ManyTypes options(control);
+    const auto connect = [&](const std::string& name, std::shared_ptr<const DataObject> object)
+    { dynamic_cast<InputDataObject&>(*control.getInput(name)).setDataObject(object); };
+    const std::shared_ptr<const DataObject> function = fieldOf<Scalar>({1.0, 2.0});
+    const std::shared_ptr<const DataObject> vectors = fieldOf<Vector2>({{1.0, 2.0}, {}});
+
+    connect("Field", function);
+    ASSERT_NE((options.get<Field<1, Scalar>>("Field")), nullptr);
+    EXPECT_THROW(connect("Field", vectors), usage_error);
+    EXPECT_THROW(connect("Field", lineOf(2)), usage_error);
+
+    connect("Either", function);
+    EXPECT_EQ((options.get<TypeList<PointSet<3>, Function<Scalar>>>("Either")), function);
+    EXPECT_THROW(connect("Either", vectors), usage_error);
+
+    connect("Structured", lineOf(3));
+    EXPECT_NE(options.get<StructuredGrid<1>>("Structured"), nullptr);
+    EXPECT_THROW(connect("Structured", cloudOf<1>({{0.0}, {1.0}})), usage_error);
+
+    connect("Any", vectors);
+    EXPECT_EQ(options.get<DataObject>("Any"), vectors);
+
+    auto& pair = dynamic_cast<InputDataObjectBundle&>(*control.getInput("Pair"));
+    const auto bundleOf = [](DataObjectBundle::Members members)
+    { return std::make_shared<const DataObjectBundle>(std::move(members)); };
+    EXPECT_THROW(pair.setBundle(bundleOf({function})), usage_error);
+    EXPECT_THROW(pair.setBundle(bundleOf({function, vectors})), usage_error);
+    EXPECT_THROW(pair.setBundle(bundleOf({function, nullptr})), usage_error);
+    pair.setBundle(bundleOf({function, function}));
+    EXPECT_TRUE(pair.bundle()->members().front()->isA(Field<1, Scalar>::classTypeId()));
+    EXPECT_TRUE((Field<1, Scalar>::classTypeId().isDerivedFrom(DataObject::classTypeId())));
+}
+
+// A class that inherits the statement of its base is none that an option may be declared for.
+struct Silent : PointCloud<2>::PointSet
+{};
+static_assert(DataClass<PointCloud<2>> && !DataClass<Silent> && !DataClass<int>);
 
 TEST(OptionDeclaration, ThatCannotWorkIsAProgrammingError)
 {

@@ -62,7 +62,21 @@ TEST_F(PluginTest, ThatCannotBeLoadedGivesAReason)
     EXPECT_EQ(failureOf(empty), empty.string() + ": not a shared library");
 }
 
-TEST_F(PluginTest, ThatIsCutOffAnywhereIsRefused)
+TEST_F(PluginTest, ThatWasBuiltForAnotherInterfaceIsRefused)
+{
+    std::string bytes = folder.read(flaimiob.string());
+    const std::string needed = "libtavrin-lib.so.";
+    const auto at = bytes.find(needed);
+    ASSERT_NE(at, std::string::npos);
+    const char version = std::exchange(bytes[at + needed.size()], '0');
+    folder.write("stale.so", bytes);
+    EXPECT_EQ(failureOf(folder / "stale.so"),
+              (folder / "stale.so").string() +
+                  ": built for interface version 0 of tavrin, and this is version " + version +
+                  "; build it again");
+}
+
+TEST_F(PluginTest, ThatIsTruncatedAnywhereIsRefused)
 {
     const auto size = fs::file_size(flaimiob);
     for (const auto length : {std::uintmax_t{40}, std::uintmax_t{1000}, size / 2, size - 1})

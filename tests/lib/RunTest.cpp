@@ -87,17 +87,17 @@ TEST(AlgorithmRun, SetsExecutesAndCollects)
 
 TEST(AlgorithmRun, ReportsProgressAndPassesTheAbortFlag)
 {
-    struct Observer : ProgressObserver
+    struct Observer : RunObserver
     {
-        void opened(const std::string& title, unsigned long total,
-                    const volatile unsigned long& counter, bool) override
+        void opened(const ProgressReport& report) override
         {
-            log += title + ' ' + std::to_string(total);
-            current = &counter;
+            log += report.title + ' ' + std::to_string(report.total);
         }
-        void closed() override { log += " closed at " + std::to_string(*current); }
+        void closed(const ProgressReport& report) override
+        {
+            log += " closed at " + std::to_string(report.counter.count());
+        }
         std::string log;
-        const volatile unsigned long* current = nullptr;
     };
     AlgorithmRun run(registry(), "Test/Echo");
     Observer observer;
@@ -122,17 +122,17 @@ TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
         "option \"Mode\": \"dance\" is not among the choices; there are \"publish\", \"withdraw\", "
         "\"misuse\"");
     EXPECT_EQ(errorOf<usage_error>([&] { run.setText("Grid", "x"); }),
-              "option \"Grid\" takes no text, it is a data");
+              "option \"Grid\" takes no text; it is a data option");
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Number", lineOf(2)); }),
-              "option \"Number\" takes no data, it is a number");
+              "option \"Number\" takes no data; it is a number option");
     EXPECT_EQ(errorOf<usage_error>([&] { run.result("Outt"); }),
               "\"Test/Echo\" has no data output \"Outt\"; did you mean \"Out\"?");
     const auto bundle = std::make_shared<DataObjectBundle>(
         DataObjectBundle::Members{lineOf(2), lineOf(2), lineOf(2)});
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Grid", bundle); }),
-              "option \"Grid\": it takes a PointSetBase, not this object");
+              "option \"Grid\": it takes a grid or point set, not this object");
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Bundle", bundle); }),
-              "option \"Bundle\": it does not take this object");
+              "option \"Bundle\": it does not take these 3 objects");
     run.connect("Bundle", lineOf(2));
     run.setText("Mode", "misuse");
     EXPECT_THROW(run.execute(neverAbort), logic_error);
@@ -148,7 +148,7 @@ TEST(AlgorithmRun, DescribesTheDeclarationAsData)
     EXPECT_EQ(description.type, AlgorithmFactory::Data);
     ASSERT_EQ(description.options.size(), 4U);
     EXPECT_TRUE(description.options[0].isConnected);
-    EXPECT_EQ(description.options[0].types, std::vector<std::string>{"PointSetBase"});
+    EXPECT_EQ(description.options[0].types, std::vector<std::string>{"grid or point set"});
     EXPECT_EQ(description.options[2].group, "More");
     EXPECT_EQ(description.options[2].defaultValue, "1");
     EXPECT_EQ(description.options[2].value, "4");

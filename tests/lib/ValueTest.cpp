@@ -3,9 +3,9 @@
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/base/LargeVector.hpp>
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/value/Color.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 #include <tavrin/value/Tensor.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>

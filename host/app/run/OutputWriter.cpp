@@ -42,7 +42,7 @@ RunReport::Output OutputWriter::writePicture(const OutputRequest& request,
 {
     const auto scene = sceneOf(mRun.graphics(request.port), mInputs);
     const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag);
-    const auto bytes = graphics::encodePng(image);
+    const auto bytes = graphics::encodePng(image, mAbortFlag);
     files.push_back(prepareWholeFile(
         request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));
     return {request.port, request.file, {{"width", image.width}, {"height", image.height}}};

@@ -2,11 +2,9 @@
 
 #include "ViewUniforms.hpp"
 
-#include <tavrin/base/Exceptions.hpp>
-
 #include <algorithm>
 #include <cstddef>
-#include <limits>
+#include <numeric>
 
 namespace tavrin::graphics::painter
 {
@@ -14,12 +12,16 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// So many are collected before they are drawn.
-constexpr std::size_t trianglesAtOnce = 100'000;
-/// So many are examined before the abort flag is.
-constexpr std::size_t arrowsAtOnce = 4096;
-/// Of more arrows than this, each is drawn coarser: they hide one another and fill the picture.
+/// This many triangles are collected before they are drawn.
+constexpr std::size_t trianglesPerDraw = 100'000;
+/// Above this number of arrows, each is drawn coarser: they hide one another and fill the picture.
 constexpr double fewArrows = 1e5;
+/// Arrows that cover the tile more often than this are dense: it pays to find out which are hidden.
+constexpr double sparseCover = 4.0;
+/// Hidden arrows are looked for anew whenever others have covered the tile this many times.
+constexpr double coverBetweenUpdates = 4.0;
+/// The least width and length of an arrow in the picture, and the rounding of edges to pixels.
+constexpr double pixelSlack = 3.0;
 
 ShaderProgram programFiles()
 {
@@ -95,32 +97,78 @@ ArrowPainter::Level& ArrowPainter::levelFor(const ArrowGlyph& arrow, double widt
     return *best;
 }
 
-void ArrowPainter::collect(const ArrowGlyph& arrow, const Placement& placement,
-                           const Camera& camera, const Frame& tile, Pass pass)
+std::optional<ArrowPainter::Candidate> ArrowPainter::candidateFor(const ArrowGlyph& arrow,
+                                                                  const Sight& sight)
 {
+    const auto& [placement, camera, tile, pass] = sight;
     const std::uint8_t alpha = byteOf(arrow.color.alpha);
     if (alpha == 0 || (alpha < 255) != (pass == Pass::OnlyTransparent))
-        return;
+        return {};
     const Position start = placement(arrow.start);
     const Position direction = placement.scale * arrow.direction;
     const double width = placement.scale * std::abs(arrow.width);
-    Instance instance{.start = narrowed(start),
-                      .direction = narrowed(direction),
-                      .width = static_cast<float>(width),
-                      .color = {byteOf(arrow.color.red), byteOf(arrow.color.green),
-                                byteOf(arrow.color.blue), alpha}};
+    const Instance instance{.start = narrowed(start),
+                            .direction = narrowed(direction),
+                            .width = static_cast<float>(width),
+                            .color = {byteOf(arrow.color.red), byteOf(arrow.color.green),
+                                      byteOf(arrow.color.blue), alpha}};
     if (!isFinite(instance.start) || !isFinite(instance.direction) ||
         !std::isfinite(instance.width))
-        return;
-    const Position middle = start + 0.5 * direction;
-    const double pixelsPerUnit = camera.pixelsPerUnit(middle);
-    // The barbs, and what the least width and length add.
-    const double reach = (0.5 * norm(direction) + 3.0 * width) * pixelsPerUnit + 5.0;
-    if (!tile.meetsCircle(camera.project(middle), reach))
-        return;
-    Level& level = levelFor(arrow, width * pixelsPerUnit);
-    level.instances.push_back(instance);
-    mCollectedTriangles += static_cast<std::size_t>(level.numIndices) / 3;
+        return {};
+
+    const Position end = start + direction;
+    const double headRadius =
+        width * (arrow.tube ? ArrowMesh::tubeHeadRadius : ArrowMesh::flatHeadRadius);
+    // A flat arrow in a parallel view is as far away as its axis.
+    const double thickness = !arrow.tube && camera.isParallel() ? 0.0 : headRadius;
+    const double nearest = std::max(
+        std::min(camera.distance(start), camera.distance(end)) - thickness, camera.nearest());
+    const OcclusionMap::Strip strip{.from = camera.project(start),
+                                    .to = camera.project(end),
+                                    .radius =
+                                        headRadius * camera.pixelsPerUnitAt(nearest) + pixelSlack};
+    const double length = std::hypot(strip.to[0] - strip.from[0], strip.to[1] - strip.from[1]);
+    const std::array<double, 2> middle{0.5 * (strip.from[0] + strip.to[0]),
+                                       0.5 * (strip.from[1] + strip.to[1])};
+    if (!tile.meetsCircle(middle, 0.5 * length + strip.radius))
+        return {};
+    const double pixelsPerUnit = camera.pixelsPerUnit(start + 0.5 * direction);
+    return Candidate{.instance = instance,
+                     .level = &levelFor(arrow, width * pixelsPerUnit),
+                     .strip = strip,
+                     .depth = camera.bufferDepth(nearest),
+                     .area = std::min(length * strip.radius, tile.width * tile.height)};
+}
+
+ArrowPainter::Crowd ArrowPainter::crowdOf(const std::vector<ArrowGlyph>& arrows, const Sight& sight)
+{
+    Crowd crowd;
+    std::vector<float> depths;
+    double area = 0.0;
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+        if (const auto candidate = candidateFor(arrows[i], sight))
+        {
+            crowd.indices.push_back(static_cast<std::uint32_t>(i));
+            depths.push_back(static_cast<float>(candidate->depth));
+            area += candidate->area;
+        }
+    crowd.isDense = area > sparseCover * sight.tile.width * sight.tile.height;
+    // The order of transparent arrows makes no difference.
+    if (!crowd.isDense || sight.pass == Pass::OnlyTransparent)
+        return crowd;
+    std::vector<std::uint32_t> order(depths.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::ranges::stable_sort(order, {}, [&](std::uint32_t i) { return depths[i]; });
+    for (std::uint32_t& i : order)
+        i = crowd.indices[i];
+    crowd.indices = std::move(order);
+    return crowd;
+}
+
+void ArrowPainter::collect(const Candidate& candidate)
+{
+    candidate.level->instances.push_back(candidate.instance);
+    mCollectedTriangles += static_cast<std::size_t>(candidate.level->numIndices) / 3;
 }
 
 void ArrowPainter::drawCollected()
@@ -152,7 +200,7 @@ void ArrowPainter::drawCollected()
 }
 
 void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, const Camera& camera,
-                         const Frame& tile, Pass pass, const volatile bool& abortFlag)
+                         RenderTarget& target, const Frame& tile, Pass pass, WorkMeter& meter)
 {
     useFor(mProgram, camera, tile, pass);
     mProgram.set("u_eye", narrowed(camera.eye()));
@@ -164,14 +212,32 @@ void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, co
     glEnable(GL_CULL_FACE);
 
     const auto& arrows = batch.arrows();
+    const Sight sight{placement, camera, tile, pass};
     mCoarseness = std::max(1.0, std::sqrt(static_cast<double>(arrows.size()) / fewArrows));
-    for (std::size_t i = 0; i < arrows.size(); ++i)
+    const Crowd crowd = crowdOf(arrows, sight);
+    meter.advance(arrows.size() - crowd.indices.size());
+
+    OcclusionMap occlusion(tile);
+    const double areaBetweenUpdates = coverBetweenUpdates * tile.width * tile.height;
+    double collectedArea = 0.0;
+    if (crowd.isDense && pass == Pass::OnlyTransparent)
+        occlusion.update(target.depths());
+    for (const std::uint32_t i : crowd.indices)
     {
-        if (i % arrowsAtOnce == 0 && abortFlag)
-            throw runtime_error("aborted");
-        collect(arrows[i], placement, camera, tile, pass);
-        if (mCollectedTriangles >= trianglesAtOnce)
+        meter.advance(1);
+        const auto candidate = candidateFor(arrows[i], sight);
+        if (crowd.isDense && occlusion.hides(candidate->strip, candidate->depth))
+            continue;
+        collect(*candidate);
+        collectedArea += candidate->area;
+        const bool isUpdateDue = crowd.isDense && collectedArea >= areaBetweenUpdates;
+        if (mCollectedTriangles >= trianglesPerDraw || isUpdateDue)
             drawCollected();
+        if (isUpdateDue && pass != Pass::OnlyTransparent)
+        {
+            occlusion.update(target.depths());
+            collectedArea = 0.0;
+        }
     }
     drawCollected();
     glDisable(GL_CULL_FACE);

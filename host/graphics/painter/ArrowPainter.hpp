@@ -4,25 +4,33 @@
 #include "Camera.hpp"
 #include "GlObjects.hpp"
 #include "InFlight.hpp"
+#include "OcclusionMap.hpp"
 #include "Program.hpp"
+#include "RenderTarget.hpp"
+#include "WorkMeter.hpp"
 
 #include <tavrin/graphics/ArrowBatch.hpp>
 
 #include <array>
+#include <optional>
 
 namespace tavrin::graphics::painter
 {
 
 /// Draws arrows as instances of a few meshes, coarser ones where an arrow is thin in the picture.
+///
+/// Where arrows cover the picture many times over, they are drawn from the nearest to the farthest,
+/// and those that are hidden by then are left out: without this, a scene of many long arrows takes
+/// as long as filling the picture thousands of times.
 class ArrowPainter
 {
 public:
     ArrowPainter();
 
-    /// Draws the opaque arrows or the transparent ones into the current framebuffer. What is not
-    /// finite is left out. Throws `runtime_error` "aborted" soon after `abortFlag` is set.
+    /// Draws the opaque or the transparent arrows of a batch into the tile of `target`. Arrows that
+    /// are not finite are left out.
     void paint(const ArrowBatch& batch, const Placement& placement, const Camera& camera,
-               const Frame& tile, Pass pass, const volatile bool& abortFlag);
+               RenderTarget& target, const Frame& tile, Pass pass, WorkMeter& meter);
 
 private:
     struct Instance
@@ -36,7 +44,7 @@ private:
     /// A mesh on the graphics system, and the instances of it that are drawn next.
     struct Level
     {
-        /// The arrows of this level are at least so wide, in pixels; wider where there are many.
+        /// The least width in pixels of the arrows that are drawn so; see `mCoarseness`.
         double smallestWidth;
         bool isTube;
         bool isFlat;
@@ -49,12 +57,42 @@ private:
         Level(double smallestWidth, bool isTube, const ArrowMesh& mesh, const Program& program);
     };
 
+    /// From where, and which part of a scene is drawn.
+    struct Sight
+    {
+        const Placement& placement;
+        const Camera& camera;
+        const Frame& tile;
+        Pass pass;
+    };
+
+    /// An arrow that lies in the tile.
+    struct Candidate
+    {
+        Instance instance;
+        Level* level;
+        OcclusionMap::Strip strip;
+        /// What the depth buffer holds where the arrow is nearest.
+        double depth;
+        /// The pixels of the tile that the strip covers, at most.
+        double area;
+    };
+
+    struct Crowd
+    {
+        /// Those of the candidates.
+        std::vector<std::uint32_t> indices;
+        /// Whether many of them hide one another; the nearest ones then come first.
+        bool isDense = false;
+    };
+
     Level& levelFor(const ArrowGlyph& arrow, double widthInPixels);
-    void collect(const ArrowGlyph& arrow, const Placement& placement, const Camera& camera,
-                 const Frame& tile, Pass pass);
+    std::optional<Candidate> candidateFor(const ArrowGlyph& arrow, const Sight& sight);
+    Crowd crowdOf(const std::vector<ArrowGlyph>& arrows, const Sight& sight);
+    void collect(const Candidate& candidate);
     void drawCollected();
 
-    /// What the widths of the levels are multiplied by.
+    /// Factor of the least widths of all levels; above 1 for many arrows.
     double mCoarseness = 1.0;
     Program mProgram;
     Buffer mInstances;

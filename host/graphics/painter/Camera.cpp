@@ -118,6 +118,12 @@ double Camera::pixelsPerUnit(const Position& position) const
     return mIsParallel ? mPixelsPerUnit : mPixelsPerUnit / depth(turned(position));
 }
 
+double Camera::bufferDepth(double distance) const
+{
+    const double share = (distance - mNearest) / (mFarthest - mNearest);
+    return mIsParallel ? share : share * mFarthest / distance;
+}
+
 std::array<double, 2> Camera::project(const Position& position) const
 {
     const Position offset = turned(position) - mEye;

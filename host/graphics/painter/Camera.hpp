@@ -61,11 +61,21 @@ public:
     bool isParallel() const { return mIsParallel; }
     /// The position of the eye, or in a parallel projection the direction towards it.
     Position eye() const;
+    /// Distances from the eye along the direction of view, between which everything is drawn.
     double nearest() const { return mNearest; }
     double farthest() const { return mFarthest; }
 
+    /// The distance of a position from the eye along the direction of view.
+    double distance(const Position& position) const { return depth(turned(position)); }
+    /// What the depth buffer holds at a distance: 0 at the nearest, 1 at the farthest.
+    double bufferDepth(double distance) const;
+
     /// How many pixels a unit takes at a position.
     double pixelsPerUnit(const Position& position) const;
+    double pixelsPerUnitAt(double distance) const
+    {
+        return mIsParallel ? mPixelsPerUnit : mPixelsPerUnit / distance;
+    }
     /// How many pixels a unit takes where the fourth clip coordinate is 1.
     double pixelsPerUnit() const { return mPixelsPerUnit; }
 

@@ -29,7 +29,7 @@ GLenum modeOf(RenderPrimitives primitives)
 }
 
 void PrimitivePainter::paint(const Primitive& primitive, const Placement& placement,
-                             const Camera& camera, const Frame& tile, Pass pass)
+                             const Camera& camera, const Frame& tile, Pass pass, WorkMeter& meter)
 {
     const PrimitiveConfig& config = primitive.config();
     const GLenum mode = modeOf(config.primitives());
@@ -68,6 +68,7 @@ void PrimitivePainter::paint(const Primitive& primitive, const Placement& placem
         }
         glDrawArrays(mode, 0, static_cast<GLsizei>(count));
         mInFlight.endPortion();
+        meter.advance(count);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "GlObjects.hpp"
 #include "InFlight.hpp"
 #include "Program.hpp"
+#include "WorkMeter.hpp"
 
 #include <tavrin/graphics/Primitive.hpp>
 
@@ -22,7 +23,7 @@ public:
     /// Buffers and uniforms that the program does not read are ignored. Throws `runtime_error` as
     /// `Program`.
     void paint(const Primitive& primitive, const Placement& placement, const Camera& camera,
-               const Frame& tile, Pass pass);
+               const Frame& tile, Pass pass, WorkMeter& meter);
 
 private:
     const Program& programFor(const ShaderProgram& files);

@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr GLint wantedSamples = 8;
+constexpr GLenum depthFormat = GL_DEPTH_COMPONENT24;
 constexpr std::array<GLenum, 2> bothBuffers{GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1};
 
 /// As many as there are for every format that is drawn to, up to the wanted number.
@@ -88,8 +89,7 @@ RenderTarget::RenderTarget(GLsizei width, GLsizei height, bool hasTransparent)
     const GLint numSamples = supportedSamples();
     glBindFramebuffer(GL_FRAMEBUFFER, mSamples.name());
     attachSamples(mColorSamples, GL_COLOR_ATTACHMENT0, GL_RGBA8, numSamples, width, height);
-    attachSamples(mDepthSamples, GL_DEPTH_ATTACHMENT, GL_DEPTH_COMPONENT24, numSamples, width,
-                  height);
+    attachSamples(mDepthSamples, GL_DEPTH_ATTACHMENT, depthFormat, numSamples, width, height);
     checkFramebuffer();
 
     glBindFramebuffer(GL_FRAMEBUFFER, mPixels.name());
@@ -126,6 +126,27 @@ void RenderTarget::beginTransparent()
     glDepthMask(GL_FALSE);
     glEnable(GL_BLEND);
     glBlendFuncSeparate(GL_ONE, GL_ONE, GL_ZERO, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+std::vector<float> RenderTarget::depths()
+{
+    GLint drawTarget = 0;
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &drawTarget);
+    glBindFramebuffer(GL_FRAMEBUFFER, mPixels.name());
+    if (!mDepths)
+    {
+        mDepths.emplace();
+        attachSamples(*mDepths, GL_DEPTH_ATTACHMENT, depthFormat, 0, mWidth, mHeight);
+        checkFramebuffer();
+    }
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, mSamples.name());
+    glBlitFramebuffer(0, 0, mWidth, mHeight, 0, 0, mWidth, mHeight, GL_DEPTH_BUFFER_BIT,
+                      GL_NEAREST);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, mPixels.name());
+    std::vector<float> depths(static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight));
+    glReadPixels(0, 0, mWidth, mHeight, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+    glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(drawTarget));
+    return depths;
 }
 
 std::vector<std::uint8_t> RenderTarget::finish()

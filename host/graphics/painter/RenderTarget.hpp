@@ -6,6 +6,7 @@
 #include <tavrin/graphics/Picture.hpp>
 
 #include <memory>
+#include <optional>
 
 namespace tavrin::graphics::painter
 {
@@ -20,6 +21,9 @@ public:
 
     void beginOpaque(const Color& background);
     void beginTransparent();
+    /// The depth of each pixel as far as things have been drawn, 0 (near) to 1, from the lower row
+    /// upwards. Drawing goes on afterwards.
+    std::vector<float> depths();
     /// The pixels, from the lower row upwards; the colors are multiplied by their alpha.
     std::vector<std::uint8_t> finish();
 
@@ -45,6 +49,8 @@ private:
     Framebuffer mSamples;
     Renderbuffer mColors;
     Framebuffer mPixels;
+    /// Made when depths are read for the first time.
+    std::optional<Renderbuffer> mDepths;
     std::unique_ptr<Transparency> mTransparency;
 };
 

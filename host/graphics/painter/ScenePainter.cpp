@@ -151,8 +151,8 @@ std::shared_ptr<Drawable> makeOutline(const Box& box, const Placement& placement
 class TilePainter
 {
 public:
-    TilePainter(const Scene& scene, const Composition& composition, const volatile bool& abortFlag)
-        : mScene(scene), mComposition(composition), mAbortFlag(abortFlag)
+    TilePainter(const Scene& scene, const Composition& composition, WorkMeter& meter)
+        : mScene(scene), mComposition(composition), mMeter(meter)
     {
         if (composition.extent.outline)
             mOutline = makeOutline(*composition.extent.outline, composition.extent.placement,
@@ -170,67 +170,86 @@ public:
             // Glyphs on a side of the box lie before its edges.
             glEnable(GL_POLYGON_OFFSET_FILL);
             glPolygonOffset(1.0F, 256.0F);
-            draw(*mOutline, Placement{}, tile, Pass::OnlyOpaque);
+            draw(*mOutline, Placement{}, target, tile, Pass::OnlyOpaque);
             glDisable(GL_POLYGON_OFFSET_FILL);
         }
-        drawScene(tile, Pass::OnlyOpaque);
+        drawScene(target, tile, Pass::OnlyOpaque);
         if (extent.hasTransparent)
         {
             target.beginTransparent();
-            drawScene(tile, Pass::OnlyTransparent);
+            drawScene(target, tile, Pass::OnlyTransparent);
         }
         return target.finish();
     }
 
 private:
-    void drawScene(const Frame& tile, Pass pass)
+    void drawScene(RenderTarget& target, const Frame& tile, Pass pass)
     {
         for (const auto& drawable : mScene.drawables)
             if (drawable != nullptr)
-                draw(*drawable, mComposition.extent.placement, tile, pass);
+                draw(*drawable, mComposition.extent.placement, target, tile, pass);
     }
 
-    void draw(const Drawable& drawable, const Placement& placement, const Frame& tile, Pass pass)
+    void draw(const Drawable& drawable, const Placement& placement, RenderTarget& target,
+              const Frame& tile, Pass pass)
     {
-        if (mAbortFlag)
-            throw runtime_error("aborted");
         const Camera& camera = *mComposition.camera;
         if (const auto* const batch = dynamic_cast<const ArrowBatch*>(&drawable))
-            mArrowPainter.paint(*batch, placement, camera, tile, pass, mAbortFlag);
+            mArrowPainter.paint(*batch, placement, camera, target, tile, pass, mMeter);
         else if (const auto* const primitive = dynamic_cast<const Primitive*>(&drawable))
         {
             const bool isOpaque = primitive->config().renderBin() == RenderBin::Opaque;
             if (isOpaque && pass == Pass::OnlyTransparent)
                 return;
             mPrimitivePainter.paint(*primitive, placement, camera, tile,
-                                    isOpaque ? Pass::Everything : pass);
+                                    isOpaque ? Pass::Everything : pass, mMeter);
         }
     }
 
     const Scene& mScene;
     const Composition& mComposition;
-    const volatile bool& mAbortFlag;
+    WorkMeter& mMeter;
     std::shared_ptr<Drawable> mOutline;
     ArrowPainter mArrowPainter;
     PrimitivePainter mPrimitivePainter;
 };
 
+/// How many arrows and vertices are looked at for one tile.
+std::size_t workPerTile(const Scene& scene, bool hasTransparent)
+{
+    std::size_t count = 0;
+    for (const auto& drawable : scene.drawables)
+        if (const auto* const batch = dynamic_cast<const ArrowBatch*>(drawable.get()))
+            count += batch->arrows().size() * (hasTransparent ? 2 : 1);
+        else if (const auto* const primitive = dynamic_cast<const Primitive*>(drawable.get()))
+            count += primitive->numVertices();
+    return count;
 }
 
-Image paint(const Scene& scene, const PictureOptions& options, const volatile bool& abortFlag)
+/// The tiles of a picture, row by row.
+std::vector<Frame> tilesOf(const PictureOptions& options)
+{
+    std::vector<Frame> tiles;
+    for (std::size_t top = 0; top < options.height; top += largestTile)
+        for (std::size_t left = 0; left < options.width; left += largestTile)
+            tiles.push_back({static_cast<double>(left), static_cast<double>(top),
+                             static_cast<double>(std::min(largestTile, options.width - left)),
+                             static_cast<double>(std::min(largestTile, options.height - top))});
+    return tiles;
+}
+
+}
+
+Image paint(const Scene& scene, const PictureOptions& options, WorkMeter& meter)
 {
     Composition composition(scene, options);
+    const auto tiles = tilesOf(options);
+    meter.expect(tiles.size() * workPerTile(scene, composition.extent.hasTransparent));
     {
         const OffscreenContext context;
-        TilePainter painter(scene, composition, abortFlag);
-        for (std::size_t top = 0; top < options.height; top += largestTile)
-            for (std::size_t left = 0; left < options.width; left += largestTile)
-            {
-                const Frame tile{static_cast<double>(left), static_cast<double>(top),
-                                 static_cast<double>(std::min(largestTile, options.width - left)),
-                                 static_cast<double>(std::min(largestTile, options.height - top))};
-                composition.canvas.setTile(tile, painter.paint(tile));
-            }
+        TilePainter painter(scene, composition, meter);
+        for (const Frame& tile : tiles)
+            composition.canvas.setTile(tile, painter.paint(tile));
     }
     for (const Stroke& stroke : composition.axes.strokes)
         composition.canvas.draw(stroke);

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "WorkMeter.hpp"
+
 #include <tavrin/graphics/Picture.hpp>
 
 namespace tavrin::graphics::painter
 {
 
-/// As `graphics::paint`, for a size that can be painted.
-Image paint(const Scene& scene, const PictureOptions& options, const volatile bool& abortFlag);
+/// Paints a scene as `graphics::paint`, in this process, for a size that can be painted.
+Image paint(const Scene& scene, const PictureOptions& options, WorkMeter& meter);
 
 }

@@ -47,17 +47,23 @@ struct Image
     std::vector<std::uint8_t> rgba;
 };
 
-/// Paints without a display, in software where there is no graphics processor. The camera is placed
-/// so that everything fits. The same input gives the same picture, and the order of transparent
-/// things does not matter. Must not be called from a thread with a current OpenGL context.
-/// Throws `usage_error` for an impossible size and `runtime_error` "no OpenGL 3.3 context without a
-/// display: CAUSE" where there is none, for a shader file that cannot be read or translated, and
-/// "aborted" soon after `abortFlag` was set.
-TAVRIN_API Image paint(const Scene& scene, const PictureOptions& options,
-                       const volatile bool& abortFlag);
+/// Called now and then with the share of the work that is done, 0 to 1. May be empty.
+using PaintingProgress = std::function<void(double share)>;
 
-/// The bytes of the image as a PNG file. Throws `runtime_error` where `rgba` is not of the image's
-/// size.
-TAVRIN_API std::vector<std::uint8_t> encodePng(const Image& image);
+/// Paints a scene without a display, in software where there is no graphics processor. The camera
+/// is placed so that everything fits. The same input gives the same picture, whatever the order of
+/// transparent drawables.
+///
+/// Painting happens in a process of its own, which is killed within a fraction of a second after
+/// `abortFlag` is set.
+/// Throws `usage_error` for an impossible size, `runtime_error` "aborted" after an abort, with a
+/// message such as "no OpenGL 3.3 context without a display: CAUSE" or "FILE: CAUSE" for a shader
+/// that cannot be compiled, or where the graphics driver crashes, and `std::bad_alloc`.
+TAVRIN_API Image paint(const Scene& scene, const PictureOptions& options,
+                       const volatile bool& abortFlag, const PaintingProgress& progress = {});
+
+/// The bytes of the image as a PNG file. Throws `runtime_error` where the size of `rgba` does not
+/// match the image's width and height, and "aborted" as `paint`.
+TAVRIN_API std::vector<std::uint8_t> encodePng(const Image& image, const volatile bool& abortFlag);
 
 }

@@ -43,6 +43,19 @@ bool isMatch(const DataFile::Array& array, const DataReference& reference)
 
 }
 
+const DataFile::Array* findValidityMask(const std::vector<DataFile::Array>& arrays,
+                                        const DataFile::Array& array)
+{
+    const auto mask = std::ranges::find_if(arrays,
+                                           [&](const DataFile::Array& other)
+                                           {
+                                               return other.name == validityMaskName &&
+                                                      other.association == array.association &&
+                                                      other.components == 1;
+                                           });
+    return mask == arrays.end() || array.name == validityMaskName ? nullptr : &*mask;
+}
+
 bool hasArray(const std::vector<DataFile::Array>& arrays, const DataReference& reference)
 {
     return std::ranges::any_of(arrays, [&](const DataFile::Array& array)
@@ -70,7 +83,7 @@ const DataFile::Array& chooseArray(const std::vector<DataFile::Array>& arrays,
                           "\" is an array on points and one on cells; add ?on=points or ?on=cells");
     std::vector<std::string> names;
     for (const DataFile::Array& array : arrays)
-        if (isCandidate(array, reference))
+        if (isCandidate(array, reference) && array.name != validityMaskName)
             names.push_back(array.name);
     throw usage_error("no array \"" + *reference.array + "\"" + onText(reference) +
                       suggestionFor(*reference.array, names));
@@ -82,7 +95,8 @@ Shape chooseShape(const DataFile::Array& array, const std::optional<Shape>& want
                              (array.components == 1 ? " component" : " components");
     const std::vector<Shape> fitting = shapesFitting(array.components);
     if (fitting.empty())
-        throw usage_error(what + "; only arrays of 1, 2, 3, 4, 6, 9, 16, 242 or 375 are fields");
+        throw usage_error(
+            what + "; only arrays of 1, 2, 3, 4, 6, 9, 16, 242 or 375 components are fields");
     if (!wanted)
         return shapeOf(array.components, array.componentNames).value();
     if (std::ranges::find(fitting, *wanted) != fitting.end())
@@ -90,8 +104,8 @@ Shape chooseShape(const DataFile::Array& array, const std::optional<Shape>& want
     std::string shapes;
     for (const Shape& shape : fitting)
         shapes += (shapes.empty() ? "" : ", ") + shapeText(shape);
-    throw usage_error(what + ", which do not fit ?shape=" + shapeText(*wanted) + "; fitting is " +
-                      shapes);
+    throw usage_error(what + ", which does not fit ?shape=" + shapeText(*wanted) +
+                      "; shapes that fit: " + shapes);
 }
 
 }

@@ -18,7 +18,7 @@ namespace
 
 using enum CellType;
 
-/// Which vertices of the file's cell make one cell of the host.
+/// One cell of the host, made of vertices of a cell of the file.
 struct Part
 {
     CellType type;
@@ -33,16 +33,16 @@ std::vector<std::size_t> firstVertices(std::size_t count)
     return vertices;
 }
 
-/// Cells with a fixed number of vertices that become one cell or several of the host.
+/// How a cell type with a fixed number of vertices becomes cells of the host.
 struct Recipe
 {
     std::size_t vertices = 0;
     std::vector<Part> parts;
-    /// Whether the file's cell interpolates with more than the host's.
+    /// Whether the cell of the file has a higher order of interpolation.
     bool losesOrder = false;
 };
 
-/// Cells whose order of interpolation the host does not have. Their corners come first.
+/// A cell type whose order of interpolation the host does not have. Its corners come first.
 struct HigherOrder
 {
     int vtkType;
@@ -118,11 +118,11 @@ std::string countedCells(std::size_t count, const std::string& one, const std::s
     return std::to_string(count) + (count == 1 ? " cell " + one : " cells " + several);
 }
 
-/// Whether all cells are as the host has them, so that their memory can stay.
+/// Whether the host has all cell types with the same numbering, so that it can use the file's arrays.
 bool fitAsTheyAre(const FileCells& cells)
 {
     if (cells.offsets.size() != cells.types.size() + 1)
-        return true; // to be refused by the table
+        return true; // The cell table refuses it.
     std::array<std::size_t, 256> vertices;
     vertices.fill(static_cast<std::size_t>(-1));
     for (int vtkType = 0; vtkType < VTK_NUMBER_OF_CELL_TYPES; ++vtkType)
@@ -145,24 +145,27 @@ bool fitAsTheyAre(const FileCells& cells)
 class Conversion
 {
 public:
-    Conversion(const FileCells& cells, std::size_t numPoints, const PositionOf& position)
-        : mCells(cells), mNumPoints(static_cast<std::int64_t>(numPoints)), mPosition(position)
+    Conversion(const FileCells& cells, std::size_t numPoints, const PositionOf& position,
+               const volatile bool& abortFlag)
+        : mCells(cells), mNumPoints(static_cast<std::int64_t>(numPoints)), mPosition(position),
+          mAbortFlag(abortFlag)
     {
     }
 
-    ConvertedCells run(const volatile bool& abortFlag);
+    ConvertedCells run();
 
 private:
     void convert(std::size_t cell, std::span<const std::int64_t> vertices);
     void convertPolyhedron(std::size_t cell);
     void add(std::size_t cell, CellType type, std::span<const std::int64_t> vertices);
-    /// Checks the offsets first: everything else reads between them.
+    /// Everything else relies on checked offsets.
     void checkOffsets() const;
     bool isPoint(std::int64_t vertex) const { return vertex >= 0 && vertex < mNumPoints; }
 
     const FileCells& mCells;
     std::int64_t mNumPoints;
     const PositionOf& mPosition;
+    const volatile bool& mAbortFlag;
 
     std::vector<CellType> mTypes;
     std::vector<std::int64_t> mOffsets{0};
@@ -237,7 +240,7 @@ void Conversion::convert(std::size_t cell, std::span<const std::int64_t> vertice
             mTooFew.add(cell);
         for (std::size_t i = 0; i + 2 < count; ++i)
         {
-            // Every second triangle runs the other way round.
+            // The orientation of the triangles alternates.
             const std::size_t odd = i % 2;
             const Triangle triangle{vertices[i + odd], vertices[i + 1 - odd], vertices[i + 2]};
             add(cell, Triangles, triangle);
@@ -253,7 +256,7 @@ void Conversion::convert(std::size_t cell, std::span<const std::int64_t> vertice
         if (vertices.size() == 1 || vertices.size() == 2)
             return mTooFew.add(cell);
         if (!vertices.empty())
-            for (const Triangle& triangle : triangulate(vertices, mPosition))
+            for (const Triangle& triangle : triangulate(vertices, mPosition, mAbortFlag))
                 add(cell, Triangles, triangle);
         break;
     default:
@@ -281,19 +284,19 @@ void Conversion::convertPolyhedron(std::size_t cell)
     }
     if (numFaces < 4)
         return mBadFaces.add(cell);
-    if (!isConvex(faces, mPosition))
+    if (!isConvex(faces, mPosition, mAbortFlag))
         ++mConcave;
-    for (const Tetrahedron& tetrahedron : decompose(faces, mPosition))
+    for (const Tetrahedron& tetrahedron : decompose(faces, mPosition, mAbortFlag))
         add(cell, Tetrahedra, tetrahedron);
 }
 
-ConvertedCells Conversion::run(const volatile bool& abortFlag)
+ConvertedCells Conversion::run()
 {
     checkOffsets();
     std::vector<std::int64_t> vertices;
     for (std::size_t cell = 0; cell < mCells.types.size(); ++cell)
     {
-        if (abortFlag)
+        if (mAbortFlag)
             throw Aborted();
         if (mCells.types[cell] == VTK_POLYHEDRON && cell < mCells.faceStarts.size())
         {
@@ -329,7 +332,7 @@ ConvertedCells Conversion::run(const volatile bool& abortFlag)
     if (mConcave > 0)
         result.warnings.push_back(
             countedCells(mConcave, "is a concave polyhedron", "are concave polyhedra") +
-            "; what the corner with the lowest index does not see is filled wrongly");
+            "; the parts that are not visible from the corner with the lowest index are filled wrongly");
     for (const auto& [vtkType, count] : mLinearized)
         result.warnings.push_back(countedCells(count, "of type ", "of type ") +
                                   nameOfHigherOrder(vtkType) + (count == 1 ? " is" : " are") +
@@ -343,7 +346,7 @@ ConvertedCells convertCells(FileCells cells, std::size_t numPoints, const Positi
                             const volatile bool& abortFlag)
 {
     if (!fitAsTheyAre(cells))
-        return Conversion(cells, numPoints, position).run(abortFlag);
+        return Conversion(cells, numPoints, position, abortFlag).run();
     std::vector<CellType> types(cells.types.size());
     for (std::size_t cell = 0; cell < types.size(); ++cell)
         types[cell] = cellTypeOf(cells.types[cell]).value_or(Invalid);

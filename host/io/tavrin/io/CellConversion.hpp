@@ -10,17 +10,16 @@ namespace tavrin::io
 struct ConvertedCells
 {
     CellTable table;
-    /// For each cell that of the file which it is, or is a part of; nothing where that is itself.
+    /// For each cell the cell of the file that it comes from; nothing where both have the same index.
     std::optional<std::vector<std::size_t>> origin;
-    /// What was odd, one text each.
     std::vector<std::string> warnings;
 };
 
-/// Cells of types that the host has stay as they are, in the memory that they are in. Pixels and
-/// voxels are renumbered; poly-vertices, poly-lines, strips, polygons, polyhedra and the prisms on
-/// pentagons and hexagons are taken apart; cells of other higher orders become linear.
-/// A cell that lists more vertices than its type has is read with the first of them.
-/// Throws `Malformed` for cells that make no sense, and `Aborted`.
+/// Converts the cells of a file. Cells of types that the host has keep their memory. Pixels and
+/// voxels are renumbered; poly-vertices, poly-lines, strips, polygons, polyhedra, and pentagonal and
+/// hexagonal prisms are decomposed; cells of unknown higher orders become linear. If a cell lists
+/// more vertices than its type has, only the first ones are used.
+/// Throws `Malformed` for invalid cells, and `Aborted`.
 ConvertedCells convertCells(FileCells cells, std::size_t numPoints, const PositionOf& position,
                             const volatile bool& abortFlag);
 

@@ -5,7 +5,6 @@
 #include <vtkDataSetAttributes.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
 namespace tavrin::io
@@ -14,8 +13,8 @@ namespace tavrin::io
 namespace
 {
 
-/// Beyond what memory can hold values for, and small enough that no product of counts overflows.
-constexpr std::size_t mostPoints = std::size_t{1} << 40;
+/// More than memory can hold values for, and so small that no product of counts overflows.
+constexpr std::size_t maximumPoints = std::size_t{1} << 40;
 
 }
 
@@ -63,9 +62,9 @@ GridSize sizeOf(const DataFile::Extent& extent)
         const std::int64_t last = extent[2 * axis + 1];
         if (first < -farthest || last > farthest || last < first - 1)
             throw Malformed("the extent " + std::to_string(first) + " to " + std::to_string(last) +
-                            " of axis " + std::to_string(axis) + " is out of reach");
+                            " of axis " + std::to_string(axis) + " is reversed or too large");
         size[axis] = static_cast<std::size_t>(last - first + 1);
-        if (size[axis] > mostPoints / std::max<std::size_t>(points, 1))
+        if (size[axis] > maximumPoints / std::max<std::size_t>(points, 1))
             throw Malformed("the extents give more points than can be handled");
         points *= size[axis];
     }
@@ -85,26 +84,17 @@ std::size_t numCellsOf(const GridSize& size)
     return cells;
 }
 
-std::string extensionOf(const std::filesystem::path& path)
+std::optional<DataFile::GhostBits> ghostBitsOf(const std::string& name, Association association)
 {
-    std::string extension = path.extension().string();
-    std::ranges::transform(extension, extension.begin(),
-                           [](unsigned char character)
-                           { return static_cast<char>(std::tolower(character)); });
-    return extension;
-}
-
-std::optional<std::uint8_t> ghostMask(const std::string& name, Association association)
-{
-    if (name == vtkDataSetAttributes::GhostArrayName())
-        return association == Association::Points
-                   ? std::uint8_t{vtkDataSetAttributes::DUPLICATEPOINT |
-                                  vtkDataSetAttributes::HIDDENPOINT}
-                   : std::uint8_t{vtkDataSetAttributes::DUPLICATECELL |
-                                  vtkDataSetAttributes::HIDDENCELL};
-    // What older files hold in its place: the distance from the part that is no ghost.
+    const bool isOnPoints = association == Association::Points;
+    using Attributes = vtkDataSetAttributes;
+    if (name == Attributes::GhostArrayName())
+        return isOnPoints
+                   ? DataFile::GhostBits{Attributes::HIDDENPOINT, Attributes::DUPLICATEPOINT}
+                   : DataFile::GhostBits{Attributes::DUPLICATECELL | Attributes::HIDDENCELL, 0};
+    // Older files hold the distance of a ghost from the elements that are not ghosts.
     if (name == "vtkGhostLevels")
-        return std::uint8_t{255};
+        return isOnPoints ? DataFile::GhostBits{0, 255} : DataFile::GhostBits{255, 0};
     return std::nullopt;
 }
 

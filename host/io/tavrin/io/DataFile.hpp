@@ -12,8 +12,8 @@
 namespace tavrin::io
 {
 
-/// One opened data file: what it says about itself, and its arrays, which are read when asked for.
-/// All reading throws `Malformed` and `Aborted`.
+/// An open data file: its structure, and its arrays, which are read on request. All reading throws
+/// `Malformed` and `Aborted`.
 class DataFile
 {
 public:
@@ -26,11 +26,21 @@ public:
         std::vector<std::string> componentNames;
     };
 
-    /// The marks of blanked and ghost elements: those with one of the bits of `mask` set.
+    /// The bits of a mark for blanked and ghost elements.
+    struct GhostBits
+    {
+        /// An element with one of these bits is not part of the field.
+        std::uint8_t removed;
+        /// A point with one of these bits belongs to another piece. It stays where a cell of this
+        /// piece needs it.
+        std::uint8_t duplicate;
+    };
+
+    /// One mark per point or cell.
     struct Marks
     {
         StoredArray array;
-        std::uint8_t mask;
+        GhostBits bits;
     };
 
     /// First and last index along each axis.
@@ -46,26 +56,26 @@ public:
     StructuringType structuring = StructuringType::Unstructured;
     std::size_t numPoints = 0;
     std::size_t numCells = 0;
-    /// Of structured grids.
+    /// For structured grids only.
     Extent extent{0, -1, 0, -1, 0, -1};
-    /// Of uniform grids.
+    /// Origin, spacing and direction are for uniform grids only.
     std::array<double, 3> origin{0.0, 0.0, 0.0};
     std::array<double, 3> spacing{1.0, 1.0, 1.0};
     Matrix3 direction{1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};
-    /// Those with numbers, without the marks of ghosts.
+    /// The arrays of numbers, without those that mark ghosts.
     std::vector<Array> arrays;
     std::optional<double> time;
 
     GridSize size() const;
 
-    /// One tuple per point or cell as the file lists them.
+    /// One tuple per point or cell, in the order of the file.
     virtual StoredArray readArray(const Array& array) = 0;
     virtual std::optional<Marks> readMarks(Association association) = 0;
-    /// Of curvilinear and unstructured grids.
+    /// The points of a curvilinear or unstructured grid.
     virtual StoredArray readPoints() = 0;
-    /// Of a rectilinear grid.
+    /// The coordinates of a rectilinear grid along an axis.
     virtual StoredArray readCoordinates(std::size_t axis) = 0;
-    /// Of an unstructured grid.
+    /// The cells of an unstructured grid.
     virtual FileCells readCells() = 0;
 
 protected:
@@ -74,35 +84,26 @@ protected:
         return association == Association::Points ? numPoints : numCells;
     }
 
-    /// Sets the time to a number that a file has for it; one that is not finite is none.
+    /// Sets the time to the number in a file, unless it is not finite.
     void setTime(const StoredArray& number);
 
-    /// Sets the extent and the numbers of points and cells that follow from it.
+    /// Sets the extent, and the numbers of points and cells that follow from it.
     void setExtent(const Extent& newExtent);
 
-    /// Adds an array; one of the same name and association is replaced, as VTK's readers do.
+    /// Adds an array. It replaces an earlier one with the same name and association, as in VTK.
     void addArray(Array array);
 
 private:
     std::map<std::pair<Association, std::string>, std::size_t> mArrayIndices;
 };
 
-/// Points along each axis. Throws `Malformed` for an extent that is turned around or out of reach.
+/// Points along each axis. Throws `Malformed` for an extent that is reversed or too large.
 GridSize sizeOf(const DataFile::Extent& extent);
 
 std::size_t numPointsOf(const GridSize& size);
 std::size_t numCellsOf(const GridSize& size);
 
-/// Whether an array of this name marks ghosts, and by which bits.
-std::optional<std::uint8_t> ghostMask(const std::string& name, Association association);
-
-/// The extension in small letters, ".vtu".
-std::string extensionOf(const std::filesystem::path& path);
-
-/// Opens a file by its extension. Throws `Malformed` where it is not what the extension says.
-std::unique_ptr<DataFile> openXmlFile(const std::filesystem::path& path,
-                                      const volatile bool& abortFlag);
-std::unique_ptr<DataFile> openLegacyFile(const std::filesystem::path& path,
-                                         const volatile bool& abortFlag);
+/// The bits of the marks in an array of this name; nothing for an array that does not mark ghosts.
+std::optional<DataFile::GhostBits> ghostBitsOf(const std::string& name, Association association);
 
 }

@@ -4,6 +4,7 @@
 #include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/Shape.hpp>
+#include <tavrin/io/XmlText.hpp>
 
 #include <array>
 
@@ -13,7 +14,7 @@ namespace tavrin::io
 namespace
 {
 
-/// Where the file name ends.
+/// The position at which the file name ends.
 std::size_t endOfFile(const std::string& text)
 {
     for (std::size_t end = text.size(); end > 0; end = text.find_last_of("#?", end - 1))
@@ -119,7 +120,7 @@ DataReference DataReference::parse(const std::string& text)
         rest.resize(question);
     }
     if (rest.size() > 1)
-        reference.array = rest.substr(1);
+        reference.array = toUtf8(rest.substr(1));
     return reference;
 }
 

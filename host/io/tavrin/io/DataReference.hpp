@@ -11,7 +11,7 @@
 namespace tavrin::io
 {
 
-/// What the values of an array in a file belong to.
+/// The elements that the values of an array belong to.
 enum class Association
 {
     Points,
@@ -21,25 +21,25 @@ enum class Association
 /// "points", "cells".
 TAVRIN_API std::string_view nameOf(Association association);
 
-/// Data in a file: `FILE#ARRAY?key=value&key=value`.
+/// A reference to data in a file: `FILE#ARRAY?key=value&key=value`.
 struct TAVRIN_API DataReference
 {
     std::filesystem::path file;
-    /// Left out where the file has one array.
+    /// The name of the array, in UTF-8. May be left out if the file has one array.
     std::optional<std::string> array;
-    /// `on=points` or `on=cells`: needed where both have an array of that name.
+    /// `on=points` or `on=cells`; needed if both have an array of that name.
     std::optional<Association> on;
-    /// `shape=scalar`, `shape=3`, `shape=2x2`: read the components of an array as this shape; no
-    /// extents for a scalar.
+    /// `shape=scalar`, `shape=3`, `shape=2x2`: the shape that the components of the array are read as.
+    /// A scalar has no extents.
     std::optional<std::vector<std::size_t>> shape;
     /// `dimension=1`, `2` or `3`: the number of coordinates of the grid's points.
     std::optional<std::size_t> dimension;
-    /// `time=T`: this step alone.
+    /// `time=T`: only the step at this time.
     std::optional<double> time;
 
-    /// FILE is the longest beginning of the text, up to a `#`, a `?` or its end, that names an
-    /// existing file, and otherwise ends at the first `#` or `?`. Throws `usage_error` for an
-    /// unknown key or a value that it does not take, naming what there is.
+    /// FILE is the longest prefix of the text that ends at a `#`, a `?` or the end of the text and
+    /// names an existing file. If there is none, FILE ends at the first `#` or `?`. Throws
+    /// `usage_error` for an unknown key and for an invalid value, naming the valid ones.
     static DataReference parse(const std::string& text);
 };
 

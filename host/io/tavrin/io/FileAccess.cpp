@@ -1,9 +1,12 @@
 #include <tavrin/io/FileAccess.hpp>
 
+#include <tavrin/io/ArrayChoice.hpp>
+#include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 
@@ -13,9 +16,11 @@ namespace tavrin::io
 namespace
 {
 
-constexpr std::string_view legacyMarker = "# vtk DataFile";
+/// The data files that stay open for later requests: enough for the inputs of an algorithm, and few
+/// open files.
+constexpr std::size_t maximumOpenedFiles = 4;
 
-/// The beginning of a file, behind blanks and a byte order mark.
+/// The first characters of a file after a byte order mark and blanks.
 std::string beginningOf(const std::filesystem::path& path)
 {
     std::ifstream stream(path, std::ios::binary);
@@ -26,6 +31,58 @@ std::string beginningOf(const std::filesystem::path& path)
         text.erase(0, 3);
     text.erase(0, std::min(text.find_first_not_of(" \t\r\n"), text.size()));
     return text;
+}
+
+/// Throws `Malformed` unless the file begins as those of the format do. The text names the format
+/// that the file seems to have instead.
+void requireBeginning(const std::filesystem::path& path, const FileFormat& format)
+{
+    const std::string beginning = beginningOf(path);
+    if (beginning.starts_with(format.beginning))
+        return;
+    std::string cause = "not a " + std::string(format.family) + " file";
+    std::vector<const FileFormat*> similar;
+    for (const FileFormat& other : fileFormats())
+        if (!other.beginning.empty() && beginning.starts_with(other.beginning))
+            similar.push_back(&other);
+    if (!similar.empty())
+        cause += "; it looks like a " + std::string(similar.front()->family) + " file";
+    if (similar.size() == 1)
+        cause += ", whose extension is " + std::string(similar.front()->extension);
+    throw Malformed(cause);
+}
+
+const FileFormat& requireFormat(const std::filesystem::path& path)
+{
+    const std::string extension = extensionOf(path);
+    if (extension.starts_with(".pvt"))
+        throw Malformed("a file that lists the pieces of one grid is not supported; list the "
+                        "pieces as blocks in a .vtm file");
+    const FileFormat* const format = findFormat(path);
+    if (format == nullptr || format->open == nullptr)
+        throw Malformed((extension.empty() ? "a file without an extension"
+                                           : "a file with the extension " + extension) +
+                        " is not supported; supported are " +
+                        enumerate(readableExtensions(), "and"));
+    return *format;
+}
+
+/// The text with each number replaced by "#", so that warnings of one kind are equal.
+std::string withoutNumbers(const std::string& text)
+{
+    constexpr std::string_view digits = "0123456789";
+    std::string result;
+    for (std::size_t i = 0; i < text.size();)
+    {
+        if (digits.find(text[i]) == digits.npos)
+        {
+            result += text[i++];
+            continue;
+        }
+        result += '#';
+        i = std::min(text.find_first_not_of("0123456789.e+-", i), text.size());
+    }
+    return result;
 }
 
 }
@@ -40,7 +97,7 @@ void requireFile(const std::filesystem::path& path)
     if (std::filesystem::is_directory(status))
         throw Malformed("is a folder");
     if (!std::filesystem::is_regular_file(status))
-        throw Malformed("is not a file of data");
+        throw Malformed("is not a regular file");
     if (std::filesystem::file_size(path) == 0)
         throw Malformed("is empty");
     errno = 0;
@@ -48,40 +105,89 @@ void requireFile(const std::filesystem::path& path)
         throw Malformed(std::string("cannot be opened: ") + std::strerror(errno));
 }
 
-void FileAccess::warn(const std::string& line)
+void FileAccess::warn(const std::filesystem::path& file, const std::string& text)
 {
     const std::lock_guard lock(mMutex);
-    if (mSaid.insert(line).second && mWarn)
-        mWarn(line);
+    const std::string kind = file.string() + ": " + withoutNumbers(text);
+    const auto [warning, isNew] = mWarnings.try_emplace(kind);
+    if (isNew)
+    {
+        warning->second.line = file.string() + ": " + cleanLine(text);
+        mNewWarnings.push_back(kind);
+    }
+    else if (warning->second.line != file.string() + ": " + cleanLine(text))
+        ++warning->second.repetitions;
+}
+
+void FileAccess::reportWarnings()
+{
+    const std::lock_guard lock(mMutex);
+    for (const std::string& kind : mNewWarnings)
+    {
+        const auto& [line, repetitions] = mWarnings[kind];
+        if (mWarn)
+            mWarn(repetitions == 0
+                      ? line
+                      : line + " (and " + std::to_string(repetitions) + " more like this)");
+    }
+    mNewWarnings.clear();
+}
+
+const Collection& FileAccess::collection(const std::filesystem::path& path)
+{
+    const auto known = mCollections.find(path);
+    if (known != mCollections.end())
+        return known->second;
+    requireFile(path);
+    return mCollections.emplace(path, readCollection(path)).first->second;
+}
+
+std::vector<std::filesystem::path> FileAccess::filesOf(const std::filesystem::path& path)
+{
+    std::vector files{path};
+    if (!isList(path))
+        return files;
+    try
+    {
+        for (const Collection::Step& step : collection(path).steps)
+            for (const Collection::Part& part : step.parts)
+                std::ranges::move(filesOf(part.path), std::back_inserter(files));
+    }
+    catch (const Malformed&)
+    {
+        // The function that loads the list reports what is wrong with it.
+    }
+    return files;
 }
 
 std::unique_ptr<DataFile> FileAccess::open(const FilePlace& place) const
 {
     requireFile(place.path);
-    const std::string extension = extensionOf(place.path);
-    const std::string beginning = beginningOf(place.path);
-    if (extension == ".vtk")
+    const FileFormat& format = requireFormat(place.path);
+    requireBeginning(place.path, format);
+    return format.open(format, place.path, mAbortFlag);
+}
+
+std::shared_ptr<DataFile> FileAccess::openAgain(const FilePlace& place)
+{
+    requireFile(place.path);
+    const auto changed = std::filesystem::last_write_time(place.path);
+    const auto size = std::filesystem::file_size(place.path);
+    const auto known = std::ranges::find_if(
+        mOpened, [&](const OpenedFile& opened)
+        { return opened.path == place.path && opened.changed == changed && opened.size == size; });
+    if (known != mOpened.end())
     {
-        if (beginning.starts_with("<"))
-            throw Malformed("not a legacy VTK file; it looks like a VTK XML file");
-        return openLegacyFile(place.path, mAbortFlag);
+        mOpened.splice(mOpened.begin(), mOpened, known);
+        return known->file;
     }
-    if (extension.starts_with(".pvt"))
-        throw Malformed(
-            "a file that lists the pieces of one grid is not supported; list the pieces "
-            "as blocks in a .vtm file");
-    static const std::set<std::string> xmlExtensions{".vti", ".vtp", ".vtr", ".vts", ".vtu"};
-    if (!xmlExtensions.contains(extension))
-        throw Malformed((extension.empty() ? "a file without an extension"
-                                           : "a file with the extension " + extension) +
-                        " is not supported; supported are .vti, .vtp, .vtr, .vts, .vtu, .vtk, "
-                        ".vtm, .pvd and .series");
-    if (beginning.starts_with(legacyMarker))
-        throw Malformed("not a VTK XML file; it looks like a legacy VTK file, whose extension is "
-                        ".vtk");
-    if (!beginning.starts_with("<"))
-        throw Malformed("not a VTK XML file");
-    return openXmlFile(place.path, mAbortFlag);
+    std::shared_ptr<DataFile> file = open(place);
+    // Clocks of file systems are coarse: a file that has just changed may change again unnoticed.
+    if (std::filesystem::file_time_type::clock::now() - changed > std::chrono::seconds(1))
+        mOpened.push_front({place.path, changed, size, file});
+    if (mOpened.size() > maximumOpenedFiles)
+        mOpened.pop_back();
+    return file;
 }
 
 BuiltGrid FileAccess::build(DataFile& file, const FilePlace& place,
@@ -89,7 +195,7 @@ BuiltGrid FileAccess::build(DataFile& file, const FilePlace& place,
 {
     BuiltGrid grid = buildGrid(file, dimension, mAbortFlag);
     for (const std::string& warning : grid.warnings)
-        warn(place.named.string() + ": " + warning);
+        warn(place.named, warning);
     return grid;
 }
 
@@ -99,6 +205,22 @@ StoredArray readValues(DataFile& file, const DataFile::Array& array, const Built
     const auto& origin =
         array.association == Association::Points ? grid.pointOrigin : grid.cellOrigin;
     return origin ? gather(values, *origin) : values;
+}
+
+ValidityMask readValidity(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid)
+{
+    const DataFile::Array* const mask = findValidityMask(file.arrays, array);
+    if (mask == nullptr)
+        return {};
+    const StoredArray marks = readValues(file, *mask, grid);
+    ValidityMask validity(marks.tuples);
+    visitPrecision(marks.precision,
+                   [&]<typename Stored>()
+                   {
+                       for (std::size_t i = 0; i < marks.tuples; ++i)
+                           validity[i] = marks.as<Stored>()[i] == Stored{0} ? 0 : 1;
+                   });
+    return validity;
 }
 
 }

@@ -3,14 +3,19 @@
 #include <tavrin/io/FilePlace.hpp>
 #include <tavrin/io/GridBuilder.hpp>
 #include <tavrin/io/Loader.hpp>
+#include <tavrin/io/series/Collection.hpp>
 
+#include <list>
+#include <map>
 #include <mutex>
-#include <set>
 
 namespace tavrin::io
 {
 
-/// What all reading of one loader shares, the steps of its series included.
+/// Everything that one loader and the series that it made share: the lists of files that were read,
+/// the data files that were opened last, the warnings and the abort flag.
+///
+/// `open`, `build` and `warn` may be called from several threads, the other functions from one.
 class FileAccess
 {
 public:
@@ -21,26 +26,80 @@ public:
 
     const volatile bool& abortFlag() const { return mAbortFlag; }
 
-    /// Passes on a line that was not there before. May be called from several threads.
-    void warn(const std::string& line);
+    /// Warns about a file. Of warnings that differ in their numbers only, the first is passed on,
+    /// together with the count of the others, when `work` of `reporting` ends; later ones are dropped.
+    void warn(const std::filesystem::path& file, const std::string& text);
 
-    /// Throws `Malformed` for a file that cannot be read.
+    /// Does the work, then passes on the warnings that arose in it. Returns its result.
+    template<typename Work>
+    auto reporting(const Work& work)
+    {
+        try
+        {
+            auto result = work();
+            reportWarnings();
+            return result;
+        }
+        catch (...)
+        {
+            reportWarnings();
+            throw;
+        }
+    }
+
+    /// The content of a list of files, read on the first call. Throws as `readCollection`, and
+    /// `Malformed` for a file that cannot be read.
+    const Collection& collection(const std::filesystem::path& path);
+
+    /// The file, followed by the files that it lists, and by those that these list. A file that is
+    /// not a readable list lists none.
+    std::vector<std::filesystem::path> filesOf(const std::filesystem::path& path);
+
+    /// Opens a data file. Throws `Malformed` for a file that cannot be read.
     std::unique_ptr<DataFile> open(const FilePlace& place) const;
 
-    /// As `buildGrid`; passes on what was odd.
+    /// As `open`, or the same object as before if the file is one of the last that were opened and
+    /// has not changed on disk.
+    std::shared_ptr<DataFile> openAgain(const FilePlace& place);
+
+    /// As `buildGrid`; passes on its warnings.
     BuiltGrid build(DataFile& file, const FilePlace& place, std::optional<std::size_t> dimension);
 
 private:
+    struct OpenedFile
+    {
+        std::filesystem::path path;
+        std::filesystem::file_time_type changed;
+        std::uintmax_t size;
+        std::shared_ptr<DataFile> file;
+    };
+    struct Warning
+    {
+        std::string line;
+        std::size_t repetitions = 0;
+    };
+    void reportWarnings();
+
     Loader::Warn mWarn;
     const volatile bool& mAbortFlag;
     std::mutex mMutex;
-    std::set<std::string> mSaid;
+    /// By file and kind.
+    std::map<std::string, Warning> mWarnings;
+    /// Keys of `mWarnings` in the order in which the warnings arose.
+    std::vector<std::string> mNewWarnings;
+    std::map<std::filesystem::path, Collection> mCollections;
+    /// The last ones that were opened, the latest first.
+    std::list<OpenedFile> mOpened;
 };
 
-/// Throws `Malformed` unless there is a file that is not empty and can be opened.
+/// Throws `Malformed` unless the path is that of a file that is not empty and can be opened.
 void requireFile(const std::filesystem::path& path);
 
-/// The values of an array for the elements that a grid has of the file's.
+/// The values of an array for the elements of a grid that was built from the file.
 StoredArray readValues(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid);
+
+/// The marks, 1 or 0, that tell which of these values are valid; empty where the file has no such
+/// array.
+ValidityMask readValidity(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid);
 
 }

@@ -1,9 +1,9 @@
 #include <tavrin/io/FileInspection.hpp>
 
-#include <tavrin/io/Blocks.hpp>
-#include <tavrin/io/Collection.hpp>
+#include <tavrin/io/Formats.hpp>
 #include <tavrin/io/GridInfo.hpp>
 #include <tavrin/io/Shape.hpp>
+#include <tavrin/io/series/Blocks.hpp>
 
 #include <algorithm>
 
@@ -34,11 +34,11 @@ FileInfo inspectBlock(FileAccess& access, const Block& block, const DataReferenc
     return info;
 }
 
-/// What several blocks hold together.
-FileInfo together(std::vector<FileInfo> blocks)
+/// Summarizes the blocks of a data set.
+FileInfo summarize(std::vector<FileInfo> blocks, const FileFormat& format)
 {
     FileInfo all;
-    all.format = "VTK XML multi-block data";
+    all.format = format.name;
     all.dimension = 1;
     for (const FileInfo& block : blocks)
     {
@@ -52,7 +52,7 @@ FileInfo together(std::vector<FileInfo> blocks)
                     { return other.name == array.name && other.association == array.association; }))
                 all.arrays.push_back(array);
         all.timeSteps.insert(all.timeSteps.end(), block.timeSteps.begin(), block.timeSteps.end());
-        // Without points the dimension that was found says nothing.
+        // The dimension of a block without points is arbitrary.
         if (block.points > 0)
             all.dimension = std::max(all.dimension, block.dimension);
     }
@@ -76,27 +76,27 @@ FileInfo together(std::vector<FileInfo> blocks)
     return all;
 }
 
-/// What is missing is worth a word even where it was not asked for.
+/// Warns about the files of all steps that are missing: only the first step is inspected.
 void warnAboutSteps(FileAccess& access, const DataReference& reference)
 {
-    const auto warned = [&](const auto& work)
+    const auto warnOnError = [&](const std::string& member, const auto& work)
     {
         try
         {
             work();
         }
-        catch (const FileError& error)
+        catch (const std::runtime_error& error)
         {
-            access.warn(error.what());
+            access.warn(reference.file, member + error.what());
         }
     };
-    warned(
-        [&]
-        {
-            for (const Block& block : findBlocks(reference))
-                for (const Block::Step& step : block.steps)
-                    warned([&] { naming(step.place, [&] { requireFile(step.place.path); }); });
-        });
+    warnOnError("",
+                [&]
+                {
+                    for (const Block& block : findBlocks(access, reference))
+                        for (const Block::Step& step : block.steps)
+                            warnOnError(step.place.member, [&] { requireFile(step.place.path); });
+                });
 }
 
 }
@@ -108,17 +108,18 @@ FileInfo inspectFile(FileAccess& access, const DataReference& reference)
     std::vector<double> times;
     if (isSeries(reference.file))
     {
-        naming(whole, [&] { requireFile(reference.file); });
-        for (const Collection::Step& step :
-             naming(whole, [&] { return readCollection(reference.file); }).steps)
+        const Collection& collection =
+            naming(whole, [&]() -> const Collection& { return access.collection(reference.file); });
+        for (const Collection::Step& step : collection.steps)
             times.push_back(*step.time);
         if (!meant.time)
             meant.time = times.front();
     }
     std::vector<FileInfo> infos;
-    std::ranges::transform(findBlocks(meant), std::back_inserter(infos),
+    std::ranges::transform(findBlocks(access, meant), std::back_inserter(infos),
                            [&](const Block& block) { return inspectBlock(access, block, meant); });
-    FileInfo info = infos.size() == 1 ? std::move(infos.front()) : together(std::move(infos));
+    FileInfo info = infos.size() == 1 ? std::move(infos.front())
+                                      : summarize(std::move(infos), *findFormat(reference.file));
     info.file = reference.file;
     if (times.empty())
         return info;

@@ -5,7 +5,7 @@
 namespace tavrin::io
 {
 
-/// What the file holds, as `Loader::inspect` tells it.
+/// Implements `Loader::inspect`.
 FileInfo inspectFile(FileAccess& access, const DataReference& reference);
 
 }

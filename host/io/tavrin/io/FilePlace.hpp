@@ -8,7 +8,7 @@
 namespace tavrin::io
 {
 
-/// Where a data file is, and how messages name it: one that a list holds by the list.
+/// A data file, and how messages name it: a file that a list contains by the list.
 struct FilePlace
 {
     explicit FilePlace(const std::filesystem::path& file) : path(file), named(file) {}
@@ -19,16 +19,18 @@ struct FilePlace
 
     std::filesystem::path path;
     std::filesystem::path named;
-    /// "step 1 at t = 10: block "fluid": FILE: ", or nothing.
+    /// "step 1 at t = 10: block "fluid": FILE: ", or empty.
     std::string member;
 };
 
-/// The text on one line that can be shown, shortened where it is very long.
-std::string cleanLine(std::string text);
+/// The text as one line of bounded length for a message: control characters become blanks, and long
+/// quoted names and texts lose their middle.
+std::string cleanLine(const std::string& text);
 
-/// Does the work and names the file in all that goes wrong in it.
+/// Does the work and returns its result. Exceptions that leave the work become `FileError` or
+/// `usage_error` with a text that begins with the file.
 template<typename Work>
-auto naming(const FilePlace& place, const Work& work)
+decltype(auto) naming(const FilePlace& place, const Work& work)
 {
     try
     {
@@ -44,7 +46,7 @@ auto naming(const FilePlace& place, const Work& work)
     }
     catch (const usage_error& error)
     {
-        throw usage_error(cleanLine(place.named.string() + ": " + place.member + error.what()));
+        throw usage_error(place.named.string() + ": " + cleanLine(place.member + error.what()));
     }
     catch (const std::bad_alloc&)
     {

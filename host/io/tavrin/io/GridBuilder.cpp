@@ -24,7 +24,7 @@ struct ZeroCoordinates
     bool z = true;
 };
 
-/// One pass over all points: are they finite, and are some of their coordinates 0?
+/// Checks in one pass that all points are finite, and which coordinates are 0 everywhere.
 ZeroCoordinates examine(const StoredArray& points)
 {
     std::size_t notFinite = 0;
@@ -55,7 +55,7 @@ ZeroCoordinates examine(const StoredArray& points)
     return {y, z};
 }
 
-/// The dimension asked for, or the smallest that keeps all coordinates that are not 0.
+/// The wanted dimension, or else the smallest one that keeps all coordinates that are not 0.
 std::size_t chooseDimension(const ZeroCoordinates& zero, std::optional<std::size_t> wanted)
 {
     const std::size_t smallest = !zero.z ? 3 : !zero.y ? 2 : 1;
@@ -66,7 +66,7 @@ std::size_t chooseDimension(const ZeroCoordinates& zero, std::optional<std::size
     return wanted.value_or(smallest);
 }
 
-/// Calls `visitor.operator()<D>()`.
+/// Calls `visitor.operator()<D>()` and returns the result.
 template<typename Visitor>
 auto visitDimension(std::size_t dimension, const Visitor& visitor)
 {
@@ -98,7 +98,7 @@ PositionOf positionsIn(const StoredArray& points)
     { return (*values)[static_cast<std::size_t>(point)]; };
 }
 
-/// A layout with D coordinates of one with three; nothing where the axes do not stay in them.
+/// The first D coordinates of the layout of a file; nothing where the axes need the others.
 template<std::size_t D>
 std::optional<typename UniformGrid<D>::Layout> layoutOf(const DataFile& file)
 {
@@ -135,7 +135,7 @@ BuiltGrid buildUniform(const DataFile& file, std::optional<std::size_t> dimensio
                                 file.direction(1, 1) * file.direction(2, 0));
     if (determinant == 0.0)
         throw Malformed("the direction matrix is singular");
-    // The points are 0 in a coordinate when the corners are.
+    // A coordinate is 0 at all points if it is 0 at the corners.
     ZeroCoordinates zero;
     for (std::size_t corner = 0; corner < 8 && whole.numPoints() > 0; ++corner)
     {
@@ -224,15 +224,11 @@ BuiltGrid buildWithPoints(DataFile& file, std::optional<std::size_t> dimension,
         });
 }
 
-/// Which elements of the file are no ghosts; empty where none is one.
-std::vector<bool> findKept(DataFile& file, Association association)
+/// Which elements have one of the bits in their mark; empty where none has.
+std::vector<bool> findMarked(const DataFile::Marks& marks, std::uint8_t bits)
 {
-    const auto marks = file.readMarks(association);
-    if (!marks)
-        return {};
-    const StoredArray& array = marks->array;
-    std::vector<bool> kept(array.tuples, true);
-    bool hasGhosts = false;
+    const StoredArray& array = marks.array;
+    std::vector<bool> isMarked(array.tuples, false);
     visitPrecision(array.precision,
                    [&]<typename Stored>()
                    {
@@ -241,26 +237,48 @@ std::vector<bool> findKept(DataFile& file, Association association)
                            const auto mark =
                                static_cast<double>(array.as<Stored>()[i * array.components]);
                            if (!(mark >= 0.0 && mark <= 255.0))
-                               throw Malformed("marks of ghosts that are no bytes");
-                           kept[i] = (static_cast<std::uint8_t>(mark) & marks->mask) == 0;
-                           hasGhosts = hasGhosts || !kept[i];
+                               throw Malformed("has marks of ghosts that are not bytes");
+                           isMarked[i] = (static_cast<std::uint8_t>(mark) & bits) != 0;
                        }
                    });
-    return hasGhosts ? kept : std::vector<bool>{};
+    return std::ranges::find(isMarked, true) == isMarked.end() ? std::vector<bool>{} : isMarked;
 }
 
-/// The grid without the elements that are not kept.
+/// The elements of a file that are blanked or ghosts; each list is empty where none is.
+struct Ghosts
+{
+    std::vector<bool> removedPoints;
+    std::vector<bool> duplicatePoints;
+    std::vector<bool> removedCells;
+
+    explicit Ghosts(DataFile& file)
+    {
+        if (const auto marks = file.readMarks(Association::Points))
+        {
+            removedPoints = findMarked(*marks, marks->bits.removed);
+            duplicatePoints = findMarked(*marks, marks->bits.duplicate);
+        }
+        if (const auto marks = file.readMarks(Association::Cells))
+            removedCells = findMarked(*marks, marks->bits.removed);
+    }
+
+    bool isEmpty() const
+    {
+        return removedPoints.empty() && duplicatePoints.empty() && removedCells.empty();
+    }
+};
+
+/// The grid without its ghosts, without the cells at removed points, and without the points that only
+/// removed cells have.
 template<std::size_t D>
-BuiltGrid withoutGhosts(const BuiltGrid& grid, std::vector<bool> keptPoints,
-                        const std::vector<bool>& keptCells)
+BuiltGrid withoutGhosts(BuiltGrid grid, const Ghosts& ghosts)
 {
     const auto& points = dynamic_cast<const PointSet<D>&>(*grid.domain);
     const auto* const cells = dynamic_cast<const CellComplex*>(grid.domain.get());
     const std::size_t numCells = cells == nullptr ? 0 : cells->numCells();
-    keptPoints.resize(points.numPoints(), true);
+    const auto isIn = [](const std::vector<bool>& list, std::size_t index)
+    { return !list.empty() && list[index]; };
 
-    BuiltGrid result;
-    result.warnings = grid.warnings;
     std::vector<bool> isUsed(points.numPoints(), false);
     std::vector<bool> isLost(points.numPoints(), false);
     std::vector<std::size_t> left;
@@ -269,12 +287,12 @@ BuiltGrid withoutGhosts(const BuiltGrid& grid, std::vector<bool> keptPoints,
     {
         const std::size_t origin = grid.cellOrigin ? (*grid.cellOrigin)[index] : index;
         const Cell cell = cells->cell(index);
-        const bool keep =
-            (keptCells.empty() || keptCells[origin]) &&
-            std::ranges::all_of(cell.pointIndices(), [&](std::size_t p) { return keptPoints[p]; });
+        const bool isKept = !isIn(ghosts.removedCells, origin) &&
+                            std::ranges::none_of(cell.pointIndices(), [&](std::size_t point)
+                                                 { return isIn(ghosts.removedPoints, point); });
         for (const std::size_t point : cell.pointIndices())
-            (keep ? isUsed : isLost)[point] = true;
-        if (!keep)
+            (isKept ? isUsed : isLost)[point] = true;
+        if (!isKept)
             continue;
         left.push_back(index);
         cellOrigin.push_back(origin);
@@ -285,12 +303,17 @@ BuiltGrid withoutGhosts(const BuiltGrid& grid, std::vector<bool> keptPoints,
     std::vector<std::size_t> pointOrigin;
     for (std::size_t point = 0; point < points.numPoints(); ++point)
     {
-        if (!keptPoints[point] || (isLost[point] && !isUsed[point]))
+        const bool isUnneeded = isLost[point] || isIn(ghosts.duplicatePoints, point);
+        if (isIn(ghosts.removedPoints, point) || (isUnneeded && !isUsed[point]))
             continue;
         newIndex[point] = static_cast<std::int64_t>(newPoints.size());
         newPoints.push_back(points.point(point));
         pointOrigin.push_back(point);
     }
+    if (left.size() == numCells && newPoints.size() == points.numPoints())
+        return grid;
+    BuiltGrid result;
+    result.warnings = std::move(grid.warnings);
     result.pointOrigin = std::move(pointOrigin);
     result.cellOrigin = std::move(cellOrigin);
 
@@ -325,13 +348,12 @@ BuiltGrid buildGrid(DataFile& file, std::optional<std::size_t> dimension,
                      : file.structuring == StructuringType::Rectilinear
                          ? buildRectilinear(file, dimension)
                          : buildWithPoints(file, dimension, abortFlag);
-    const std::vector<bool> keptPoints = findKept(file, Association::Points);
-    const std::vector<bool> keptCells = findKept(file, Association::Cells);
-    if (keptPoints.empty() && keptCells.empty())
+    const Ghosts ghosts(file);
+    if (ghosts.isEmpty())
         return grid;
     const std::size_t chosen = dynamic_cast<const PointSetBase&>(*grid.domain).dimension();
     return visitDimension(chosen, [&]<std::size_t D>()
-                          { return withoutGhosts<D>(grid, keptPoints, keptCells); });
+                          { return withoutGhosts<D>(std::move(grid), ghosts); });
 }
 
 }

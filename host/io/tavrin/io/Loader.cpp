@@ -3,7 +3,7 @@
 #include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
 #include <tavrin/io/FileInspection.hpp>
-#include <tavrin/io/SeriesReader.hpp>
+#include <tavrin/io/series/SeriesReader.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
 #include <algorithm>
@@ -32,7 +32,7 @@ bool hasCells(const FunctionPointer& function)
     return dynamic_cast<const CellComplex*>(function->domain().get()) != nullptr;
 }
 
-/// Adds the arrays that are not there yet.
+/// Adds the arrays that are not known yet.
 void addNew(const std::vector<DataFile::Array>& arrays, std::vector<DataFile::Array>& known)
 {
     for (const DataFile::Array& array : arrays)
@@ -40,6 +40,14 @@ void addNew(const std::vector<DataFile::Array>& arrays, std::vector<DataFile::Ar
                 known, [&](const DataFile::Array& other)
                 { return other.name == array.name && other.association == array.association; }))
             known.push_back(array);
+}
+
+/// The mask of a function; null if all values are valid.
+std::shared_ptr<const ValidityMask> validityOf(ValidityMask marks)
+{
+    if (std::ranges::find(marks, 0) == marks.end())
+        return nullptr;
+    return std::make_shared<const ValidityMask>(std::move(marks));
 }
 
 void requireOneBlock(const std::vector<Block>& blocks, const DataReference& reference,
@@ -66,10 +74,11 @@ public:
     FunctionPointer loadFunction(const DataReference& reference);
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
     FileInfo inspect(const DataReference& reference) { return inspectFile(*mAccess, reference); }
+    FileAccess& access() { return *mAccess; }
 
 private:
     FunctionPointer load(const Block& block, const DataReference& reference);
-    /// The same of a block whose first file is open.
+    /// Loads a block whose first file is open already.
     FunctionPointer load(const Block& block, DataFile& first, const DataReference& reference);
     FunctionPointer loadSingle(const Block::Step& step, DataFile& file,
                                const DataReference& reference);
@@ -77,7 +86,7 @@ private:
     void warnOfLeftOut(const std::string& what, const std::vector<std::string>& names,
                        std::size_t numBlocks, const DataReference& reference);
     bool isEmpty(const Block& block);
-    /// The domain, or an equal one that was there before.
+    /// Returns an equal domain that was loaded before, or else this one.
     std::shared_ptr<const Domain> share(std::shared_ptr<const Domain> domain);
 
     std::shared_ptr<FileAccess> mAccess;
@@ -103,6 +112,7 @@ FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, Data
                       const Shape shape = chooseShape(array, reference.shape);
                       const BuiltGrid grid = mAccess->build(file, step.place, reference.dimension);
                       const StoredArray values = readValues(file, array, grid);
+                      const auto validity = validityOf(readValidity(file, array, grid));
                       std::vector<double> times;
                       if (const auto time = step.time ? step.time : file.time)
                           times.push_back(*time);
@@ -112,7 +122,7 @@ FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, Data
                                  {
                                      function = std::make_shared<const Function<T>>(
                                          share(grid.domain), partOf(array.association),
-                                         wrapValues<T>(values), times, array.name);
+                                         wrapValues<T>(values), times, array.name, validity);
                                  });
                       return function;
                   });
@@ -134,7 +144,8 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
                        array.precision, times.size(), reader->domain()->numElements(part),
                        [reader](std::size_t step) { return wrapValues<T>(reader->load(step)); });
                    function = std::make_shared<const Function<T>>(
-                       reader->domain(), part, std::move(values), times, array.name);
+                       reader->domain(), part, std::move(values), times, array.name,
+                       validityOf(reader->takeValidity()));
                });
     return function;
 }
@@ -153,7 +164,7 @@ FunctionPointer Loader::Implementation::load(const Block& block, const DataRefer
 
 FunctionPointer Loader::Implementation::loadFunction(const DataReference& reference)
 {
-    const auto blocks = findBlocks(reference);
+    const auto blocks = findBlocks(*mAccess, reference);
     requireOneBlock(blocks, reference, "function");
     requireFiles(blocks);
     return load(blocks.front(), reference);
@@ -161,7 +172,7 @@ FunctionPointer Loader::Implementation::loadFunction(const DataReference& refere
 
 std::vector<FunctionPointer> Loader::Implementation::loadFunctions(const DataReference& reference)
 {
-    const auto blocks = findBlocks(reference);
+    const auto blocks = findBlocks(*mAccess, reference);
     requireFiles(blocks);
     if (blocks.size() == 1)
         return {load(blocks.front(), reference)};
@@ -183,12 +194,12 @@ std::vector<FunctionPointer> Loader::Implementation::loadFunctions(const DataRef
         else if (!isEmpty(block))
             withoutArray.push_back('"' + block.name + '"');
     }
-    // All blocks have to mean the same array.
+    // The reference must mean the same array in all blocks.
     const std::string name =
         naming(FilePlace(reference.file), [&] { return chooseArray(arrays, reference).name; });
     warnOfLeftOut("array \"" + name + "\"", withoutArray, blocks.size(), reference);
 
-    // Points alone, or none at all, are no part of a field that has cells elsewhere.
+    // Blocks without cells are not part of a field that has cells in other blocks.
     const auto isCloud = [](const Loaded& one) { return !hasCells(one.function); };
     if (!std::ranges::all_of(loaded, isCloud))
     {
@@ -200,7 +211,7 @@ std::vector<FunctionPointer> Loader::Implementation::loadFunctions(const DataRef
         warnOfLeftOut("cells", withoutCells, blocks.size(), reference);
     }
 
-    // Among others, a block in a plane or on an axis has coordinates that are 0.
+    // A block in a plane or on an axis gets the coordinates that other blocks need, as zeros.
     const auto dimension = [](const Loaded& one) { return dimensionOf(one.function); };
     DataReference unified = reference;
     unified.dimension = std::ranges::max(loaded | std::views::transform(dimension));
@@ -219,17 +230,20 @@ void Loader::Implementation::warnOfLeftOut(const std::string& what,
                                            std::size_t numBlocks, const DataReference& reference)
 {
     if (!names.empty())
-        mAccess->warn(cleanLine(reference.file.string() + ": no " + what + " in " +
-                                std::to_string(names.size()) + " of " + std::to_string(numBlocks) +
-                                " blocks; left out: " + enumerate(names)));
+        mAccess->warn(reference.file, "no " + what + " in " + std::to_string(names.size()) +
+                                          " of " + std::to_string(numBlocks) +
+                                          " blocks; left out: " + shortList(names));
 }
 
-/// Whether there is no point at any step.
+/// Whether the block has no points at any step.
 bool Loader::Implementation::isEmpty(const Block& block)
 {
     return std::ranges::all_of(
-        block.steps, [&](const Block::Step& step)
-        { return naming(step.place, [&] { return mAccess->open(step.place)->numPoints; }) == 0; });
+        block.steps,
+        [&](const Block::Step& step) {
+            return naming(step.place, [&] { return mAccess->openAgain(step.place)->numPoints; }) ==
+                   0;
+        });
 }
 
 std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReference& reference)
@@ -237,7 +251,7 @@ std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReferen
     if (reference.array || reference.on || reference.shape)
         throw usage_error(reference.file.string() +
                           ": a grid is wanted, so leave out #ARRAY, ?on= and ?shape=");
-    const auto blocks = findBlocks(reference);
+    const auto blocks = findBlocks(*mAccess, reference);
     requireOneBlock(blocks, reference, "grid");
     const FilePlace& place = blocks.front().steps.front().place;
     const auto file = openFirst(*mAccess, blocks.front(), reference);
@@ -255,22 +269,36 @@ Loader::~Loader() = default;
 std::vector<std::shared_ptr<const FunctionBase>> Loader::loadFunctions(
     const DataReference& reference)
 {
-    return mImplementation->loadFunctions(reference);
+    return mImplementation->access().reporting(
+        [&] { return mImplementation->loadFunctions(reference); });
 }
 
 std::shared_ptr<const FunctionBase> Loader::loadFunction(const DataReference& reference)
 {
-    return mImplementation->loadFunction(reference);
+    return mImplementation->access().reporting(
+        [&] { return mImplementation->loadFunction(reference); });
 }
 
 std::shared_ptr<const Domain> Loader::loadGrid(const DataReference& reference)
 {
-    return mImplementation->loadGrid(reference);
+    return mImplementation->access().reporting([&]
+                                               { return mImplementation->loadGrid(reference); });
 }
 
 FileInfo Loader::inspect(const DataReference& reference)
 {
-    return mImplementation->inspect(reference);
+    return mImplementation->access().reporting([&] { return mImplementation->inspect(reference); });
+}
+
+std::vector<std::filesystem::path> Loader::filesOf(const DataReference& reference)
+{
+    return mImplementation->access().filesOf(reference.file);
+}
+
+std::vector<std::filesystem::path> filesOf(const std::filesystem::path& file)
+{
+    const volatile bool neverAbort = false;
+    return FileAccess({}, neverAbort).filesOf(file);
 }
 
 }

@@ -12,7 +12,7 @@
 namespace tavrin::io
 {
 
-/// What a data file holds.
+/// The content of a data file.
 struct FileInfo
 {
     struct Array
@@ -21,17 +21,18 @@ struct FileInfo
         Association association;
         std::size_t components;
         Precision precision;
-        /// Of the function that the array gives: "3-D Vector"; empty where it gives none.
+        /// The type of the values that the array is read as, "3-D Vector"; empty where no function
+        /// has as many components.
         std::string valueType;
     };
 
     std::filesystem::path file;
-    /// The name of this block in a multi-block file; else empty.
+    /// The name of this block in a multi-block file; empty for other files.
     std::string block;
     /// "VTK XML unstructured grid", "time series of 6 files", ...
     std::string format;
     std::optional<StructuringType> structuring;
-    /// The highest of several blocks.
+    /// The highest one of several blocks.
     std::size_t dimension = 3;
     std::size_t points = 0;
     std::size_t cells = 0;
@@ -43,47 +44,55 @@ struct FileInfo
     std::vector<std::pair<double, double>> bounds;
     std::vector<Array> arrays;
     std::vector<double> timeSteps;
-    /// Where there are several; in a series those of the step meant. Then all of the above is of all
-    /// of them together, and there is no size and no structuring.
+    /// The blocks of a file that has several; in a series those of the step of the reference. Then
+    /// the members above summarize them, without a size or structuring.
     std::vector<FileInfo> blocks;
 };
 
-/// Reads data files. All that is loaded through one loader shares its domains: files whose points
-/// and cells are equal give functions on one domain object.
+/// Reads data files. Files whose points and cells are equal give functions on one domain object, if
+/// they are loaded through one loader. A list of files is read once by a loader, which does not see
+/// later changes to it. One thread at a time may call a loader.
 class TAVRIN_API Loader
 {
 public:
-    /// Takes one line without a line end, "FILE: what is odd".
+    /// Takes one line without a line end, "FILE: warning".
     using Warn = std::function<void(const std::string& line)>;
 
-    /// Reading stops with `Aborted` soon after `abortFlag`, which must outlive the loader and the
-    /// series that it made, reads true.
+    /// Reading stops with `Aborted` soon after `abortFlag` becomes true. The flag must outlive the
+    /// loader and the series that it made.
     Loader(Warn warn, const volatile bool& abortFlag);
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
     ~Loader();
 
-    /// The array of a file as a function. A time series gives a function with all its steps, which
-    /// are loaded when they are read. Throws `FileError` for a file that cannot be read and
-    /// `usage_error` for a reference that does not fit what the file holds, naming what there is,
-    /// and for a file of several blocks.
+    /// Loads the array of a file as a function. A time series gives a function with all its steps,
+    /// which are loaded when they are read. Throws `FileError` for a file that cannot be read, and
+    /// `usage_error` for a file of several blocks and for a reference that does not fit what the
+    /// file holds; the text then names what would fit.
     std::shared_ptr<const FunctionBase> loadFunction(const DataReference& reference);
 
-    /// The array as one function for each block of a file, in the order of the blocks; one for a file
-    /// without blocks. The blocks that do not have the array are left out with a warning. All grids
-    /// get as many coordinates as that which needs most. Throws as `loadFunction`.
+    /// Loads the array as one function for each block of a file, in the order of the blocks; one
+    /// function for a file without blocks. Blocks that do not have the array are left out with a
+    /// warning. All grids get the dimension of the one with the highest. Throws as `loadFunction`.
     std::vector<std::shared_ptr<const FunctionBase>> loadFunctions(const DataReference& reference);
 
-    /// The grid of a file: an `EmbeddedCellComplex` or, without cells, a `PointCloud`. Throws as
-    /// `loadFunction`; an array in the reference is a `usage_error`.
+    /// Loads the grid of a file: an `EmbeddedCellComplex` or, without cells, a `PointCloud`. Throws
+    /// as `loadFunction`, and `usage_error` for a reference with an array.
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
 
-    /// What the file holds; of the reference only file, dimension and time are used.
+    /// Describes what the file holds. Only file, dimension and time of the reference are used.
     FileInfo inspect(const DataReference& reference);
+
+    /// The file of a reference, followed by the files that it lists, and by those that these list.
+    /// A file that is not a readable list lists none.
+    std::vector<std::filesystem::path> filesOf(const DataReference& reference);
 
 private:
     class Implementation;
     std::unique_ptr<Implementation> mImplementation;
 };
+
+/// As `Loader::filesOf`, for a caller without a loader: reads the lists itself.
+TAVRIN_API std::vector<std::filesystem::path> filesOf(const std::filesystem::path& file);
 
 }

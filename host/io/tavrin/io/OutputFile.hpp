@@ -1,6 +1,5 @@
 #pragma once
 
-#include <tavrin/io/FileBuffer.hpp>
 #include <tavrin/io/PendingFile.hpp>
 
 #include <ostream>
@@ -8,21 +7,32 @@
 namespace tavrin::io
 {
 
-/// The folder that the file is in; "." for a bare name.
-std::filesystem::path folderOf(const std::filesystem::path& file);
+class FileBuffer;
 
-/// "FOLDER/.tavrin-PROCESS-NUMBER.tmp", with another number for each call. A file of an earlier
-/// process that was killed may have the name.
-std::filesystem::path temporaryName(const std::filesystem::path& folder);
+/// The file that a path leads to if symbolic links are followed, also where the last link leads to
+/// a file that does not exist yet. A link that stands for an open stream, such as "/dev/stdout", is
+/// not followed further than to "/proc/self/fd/NUMBER".
+TAVRIN_API std::filesystem::path followLinks(std::filesystem::path file);
 
-/// A file that appears under its name only when it is complete. Until then it is written under
-/// another name in the same folder, and is removed when the object goes. A file that it replaces
-/// leaves it its permissions.
+/// Throws `FileError` where a file cannot be created or replaced, whatever its content is.
+TAVRIN_API void requireWritable(const std::filesystem::path& file);
+
+/// A file that appears under its name when it is published. Until then its content is in a
+/// temporary file in the same folder, which is removed with the object. If the name is a symbolic
+/// link, the file that it leads to is written. A replaced file leaves its permissions to the new one.
+///
+/// A device, a pipe or an open stream is never replaced: publishing writes the content to it.
+///
+///     OutputFile file("report.json", abortFlag);
+///     file.stream() << text;
+///     file.complete();
+///     ...
+///     file.publish();
 class TAVRIN_API OutputFile final : public PendingFile
 {
 public:
-    /// Errors name `nameInErrors`, the file itself where that is left out. Throws `FileError` where
-    /// the file cannot be created, or replaced if there is one.
+    /// Errors name `nameInErrors`, or the file if that is empty. Throws `FileError` where the file
+    /// cannot be created or replaced.
     OutputFile(const std::filesystem::path& file, const volatile bool& abortFlag,
                const std::filesystem::path& nameInErrors = {});
     ~OutputFile() override;
@@ -30,23 +40,29 @@ public:
     /// Failures of this stream are reported by `complete`.
     std::ostream& stream() { return mStream; }
 
-    /// Makes sure that everything written has reached the disk: only the name is missing then.
+    /// Makes sure that all that was written has reached the disk, so that only the name is missing.
     /// Throws `FileError`, and `Aborted` where the abort flag is set.
     void complete();
 
-    /// Completes the file before, unless it is. Throws as `complete`.
+    /// Gives the file its name, or writes a device or an open stream; completes the file first if
+    /// that has not been done. Throws as `complete`.
     void publish() override;
 
 private:
     [[noreturn]] void fail(int error) const;
+    int openContent();
+    void copyToSink();
 
     std::filesystem::path mNameInErrors;
-    /// Where a symbolic link leads to is what gets replaced.
+    /// With links followed.
     std::filesystem::path mFile;
     std::filesystem::path mTemporary;
     const volatile bool& mAbortFlag;
-    int mDescriptor;
-    FileBuffer mBuffer;
+    /// The device, pipe or stream to write to; -1 where a file is replaced.
+    int mSink = -1;
+    int mContent = -1;
+    bool mIsComplete = false;
+    std::unique_ptr<FileBuffer> mBuffer;
     std::ostream mStream;
 };
 

@@ -14,8 +14,9 @@ std::size_t sizeOf(const Shape& shape)
     return size;
 }
 
-/// As the writer names the components; none where it does not.
-std::vector<std::string> namesFor(const Shape& shape)
+}
+
+std::vector<std::string> componentNamesOf(const Shape& shape)
 {
     constexpr std::string_view axes = "xyzw";
     std::vector<std::string> names;
@@ -26,8 +27,6 @@ std::vector<std::string> namesFor(const Shape& shape)
             for (std::size_t column = 0; column < shape[1]; ++column)
                 names.push_back({axes[row], axes[column]});
     return names;
-}
-
 }
 
 std::vector<Shape> shapesFitting(std::size_t components)
@@ -51,7 +50,7 @@ std::optional<Shape> shapeOf(std::size_t components, const std::vector<std::stri
     if (shapes.empty())
         return std::nullopt;
     for (const Shape& shape : shapes)
-        if (const auto expected = namesFor(shape); !expected.empty() && expected == names)
+        if (const auto expected = componentNamesOf(shape); !expected.empty() && expected == names)
             return shape;
     // Scalars come before vectors, and vectors before matrices.
     return shapes.front();

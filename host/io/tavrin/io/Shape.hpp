@@ -11,18 +11,21 @@
 namespace tavrin::io
 {
 
-/// The components of a symmetric 3x3 matrix in a file, XX YY ZZ XY YZ XZ.
+/// The number of components of a symmetric 3x3 matrix in a file: XX YY ZZ XY YZ XZ.
 inline constexpr std::size_t symmetricTuple = 6;
 
 /// The extents of a value: none for a scalar, one for a vector, two for a matrix.
 using Shape = std::vector<std::size_t>;
 
-/// The shape of values of so many components. The names that written matrices and values of one
-/// component have give the shape they were written with; other names say nothing. Nothing where no
-/// value has so many components.
+/// The names that the components of values of a shape are written with, so that the shape can be
+/// recognized when they are read; none for shapes that need no names.
+std::vector<std::string> componentNamesOf(const Shape& shape);
+
+/// The shape of values with this number of components. Names as in `componentNamesOf` give the
+/// shape that they stand for; other names have no effect. Nothing where no shape fits.
 std::optional<Shape> shapeOf(std::size_t components, const std::vector<std::string>& names);
 
-/// All shapes that so many components can be read as; six make a symmetric 3x3 matrix.
+/// All shapes that this number of components can be read as; six make a symmetric 3x3 matrix.
 std::vector<Shape> shapesFitting(std::size_t components);
 
 /// "scalar", "3", "2x2".
@@ -58,7 +61,7 @@ void visitShape(const Shape& shape, Visitor&& visitor)
         });
 }
 
-/// The values in the memory of a stored array whose components fit T.
+/// Wraps the memory of a stored array, whose components fit T, as values.
 template<typename T>
 std::shared_ptr<const ValueArray<T>> wrapValues(const StoredArray& array)
 {

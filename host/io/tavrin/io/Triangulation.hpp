@@ -20,23 +20,25 @@ using Tetrahedron = std::array<std::int64_t, 4>;
 /// Whether a polygon turns the same way at every corner, and around only once.
 bool isConvex(std::span<const std::int64_t> corners, const PositionOf& position);
 
-/// Triangles between the corners of a polygon, in whichever plane it lies.
+/// Cuts a polygon, in whichever plane it lies, into triangles of its corners.
 ///
-/// A convex polygon becomes a fan from its lowest-numbered corner, so that both cells which share
-/// it as a face cut it alike. A concave one is cut by clipping ears. One that crosses itself, or
-/// has more than 10000 corners without being convex, becomes a fan as well: there is no right
-/// answer for the one and none in good time for the other.
-std::vector<Triangle> triangulate(std::span<const std::int64_t> corners,
-                                  const PositionOf& position);
+/// A convex polygon becomes a fan from its lowest-numbered corner, so that both cells that share it
+/// as a face cut it alike. A concave polygon is cut by ear clipping. A polygon that crosses itself,
+/// which has no right answer, becomes a fan as well, and so does a concave one of more than 10000
+/// corners, to bound the time. Throws `Aborted`.
+std::vector<Triangle> triangulate(std::span<const std::int64_t> corners, const PositionOf& position,
+                                  const volatile bool& abortFlag);
 
-/// Whether a polyhedron lies on one side of each of its faces, but for a hundredth of how far it
-/// reaches on that side: faces in real meshes are a little bent.
-bool isConvex(std::span<const std::vector<std::int64_t>> faces, const PositionOf& position);
+/// Whether a polyhedron lies on one side of each of its faces, up to a hundredth of its extent on
+/// that side, because the faces of real meshes are not exactly flat. Throws `Aborted`.
+bool isConvex(std::span<const std::vector<std::int64_t>> faces, const PositionOf& position,
+              const volatile bool& abortFlag);
 
-/// Tetrahedra between the corners of a polyhedron: from its lowest-numbered corner to the triangles
-/// of all faces that do not touch it, those without volume left out. That fills a convex polyhedron
-/// exactly, and every other that can be seen as a whole from that corner.
+/// Cuts a polyhedron into tetrahedra: from its lowest-numbered corner to the triangles of all faces
+/// that do not touch it. Tetrahedra without volume are left out. The tetrahedra fill a convex
+/// polyhedron exactly, and every other one whose interior is visible from that corner. Throws
+/// `Aborted`.
 std::vector<Tetrahedron> decompose(std::span<const std::vector<std::int64_t>> faces,
-                                   const PositionOf& position);
+                                   const PositionOf& position, const volatile bool& abortFlag);
 
 }

@@ -6,11 +6,11 @@
 namespace tavrin
 {
 
-/// All that the host knows of an algorithm before it makes one.
+/// Everything that the host knows about an algorithm, and how it makes one.
 class TAVRIN_API AlgorithmFactory
 {
 public:
-    /// What the registration service calls these factories in messages.
+    /// The name of these factories in messages of the registration service.
     static constexpr const char* registrationLabel = "algorithm";
 
     enum AlgorithmType
@@ -26,7 +26,7 @@ public:
     using InteractionsMaker =
         std::function<std::unique_ptr<InteractionAlgorithm::Interactions>(Algorithm::InitData&)>;
 
-    /// `isShown` is true for algorithms whose outcome is looked at, not processed further. Throws
+    /// `isShown` is true for algorithms whose result is looked at instead of being processed further. Throws
     /// `logic_error` for a name that is not one line of printable characters.
     AlgorithmFactory(std::string name, std::string description, AlgorithmType type, bool isShown,
                      OptionsMaker makeOptions, DataOutputsDeclarer declareDataOutputs,
@@ -42,7 +42,7 @@ public:
     void declareDataOutputs(DataOutputs::Control& control) const;
     void declareVisOutputs(VisOutputs::Control& control) const;
     std::unique_ptr<Algorithm> makeAlgorithm(Algorithm::InitData& initData) const;
-    /// Empty for an algorithm without interactions.
+    /// Null for an algorithm without interactions.
     std::unique_ptr<InteractionAlgorithm::Interactions> makeInteractions(
         Algorithm::InitData& initData) const;
 

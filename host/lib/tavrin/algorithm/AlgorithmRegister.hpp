@@ -7,9 +7,11 @@
 namespace tavrin
 {
 
-/// Makes an algorithm known to the host. A plug-in holds one static object of it per algorithm;
-/// loading the plug-in constructs them. A registration that fails is reported on standard error
-/// and leaves the others in place.
+/// Makes an algorithm known to the host. A plug-in has one static object of this class for
+/// each algorithm, constructed when the plug-in is loaded. A registration that fails is reported on
+/// standard error and does not affect the others.
+///
+///     const AlgorithmRegister<CurlAlgorithm> registration("Field/Curl", "The curl of a field.");
 template<typename Algo>
 class AlgorithmRegister
 {

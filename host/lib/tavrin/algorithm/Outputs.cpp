@@ -8,7 +8,7 @@ namespace tavrin
 namespace
 {
 
-/// The entry of that name, or null.
+/// The entry with that name, or null.
 template<typename Entries>
 auto* findByName(Entries& entries, const std::string& name)
 {

@@ -50,11 +50,11 @@ public:
     /// Throws `logic_error` for a name that is taken.
     void createOutputPort(const std::string& name, RTTICollection types, bool acceptsBundle);
 
-    /// Publishes an object, or withdraws with null. Throws `logic_error` for an unknown port or an
+    /// Publishes an object, or withdraws the present one with null. Throws `logic_error` for an unknown port or an
     /// object of another class.
     void setResult(const std::string& name, std::shared_ptr<const DataObject> object);
 
-    /// In the order of their declaration.
+    /// All of them, in the order of their declaration.
     const std::vector<Port>& ports() const { return mPorts; }
 
 private:
@@ -102,7 +102,7 @@ public:
     /// Shows a drawable, or clears the output with null. Throws `logic_error` for an unknown name.
     void setGraphics(const std::string& name, std::shared_ptr<graphics::Drawable> drawable);
 
-    /// In the order of their declaration.
+    /// All of them, in the order of their declaration.
     const std::vector<Output>& outputs() const { return mOutputs; }
 
 private:

@@ -24,7 +24,7 @@ public:
 
     explicit DataObjectBundle(Members members) : mMembers(std::move(members)) {}
 
-    /// The members in the order in which they were given; none is empty.
+    /// The members in the order in which they were given; none is null.
     const Members& members() const { return mMembers; }
 
     static const TypeId<DataObjectBundle>& classTypeId()

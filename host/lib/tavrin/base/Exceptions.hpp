@@ -16,7 +16,7 @@ namespace detail
 /// The return addresses of the calling thread, innermost first.
 TAVRIN_API std::vector<void*> obtainBacktrace();
 
-/// What every exception of tavrin carries beside its text.
+/// The part of tavrin's exceptions that carries a backtrace.
 class TAVRIN_API BacktraceCarrier
 {
 public:
@@ -58,15 +58,15 @@ public:
     using tavrin_exception_type::tavrin_exception_type;
 };
 
-/// A request that names something that does not exist or a value that does not fit: the user can
-/// mend it without touching the data.
+/// A request that names something unknown or gives a value that does not fit, so that the user can
+/// correct it without changing the data.
 class TAVRIN_API usage_error : public runtime_error
 {
 public:
     using runtime_error::runtime_error;
 };
 
-/// A text that does not convert to the wanted type.
+/// A text that cannot be converted to the requested type.
 class TAVRIN_API bad_lexical_cast : public runtime_error
 {
 public:
@@ -77,8 +77,8 @@ public:
 class TAVRIN_API assertion_failed : public logic_error
 {
 public:
-    /// `check` is the text of the failed check, `header` the file it stands in at `line`, and
-    /// `source` the file that includes that header.
+    /// `check` is the text of the failed check, which is at `line` of the file `header`; `source` is
+    /// the file that includes that header.
     assertion_failed(const std::string& check, const std::string& header, const std::string& source,
                      int line);
 };

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what other libraries may use. Everything else is hidden by the build.
+/// Marks classes and functions that other libraries may use. The build hides all others.
 #define TAVRIN_API __attribute__((visibility("default")))

@@ -19,14 +19,14 @@ std::size_t roundedToHugePages(std::size_t bytes)
     return (bytes + hugePage - 1) / hugePage * hugePage;
 }
 
-/// The large block that was released last, for the next one of the same size: runs that follow one
-/// another then spare the system the clearing of fresh pages, which takes as long as a whole pass
-/// over the data. The system may take its memory back at any time.
+/// Keeps the large block that was released last for the next allocation of the same size. Repeated
+/// runs thus avoid fresh pages, which the system would have to clear in a whole pass over the memory.
+/// The system may reclaim the block at any time.
 class SpareBlock
 {
 public:
-    /// The spare block where it has that size, else null. No spare is left afterwards, so that it
-    /// never adds to the memory that a block of another size needs.
+    /// The spare block if it has that size, null otherwise. A block of another size is released, so
+    /// that it never adds to the memory of the new allocation.
     void* take(std::size_t bytes)
     {
         const std::lock_guard lock(mMutex);
@@ -53,7 +53,7 @@ private:
 
 SpareBlock& spareBlock()
 {
-    // Never destroyed: vectors may be released while the process ends.
+    // Never destroyed, since vectors may be released while the process ends.
     static auto* const spare =
         std::construct_at(static_cast<SpareBlock*>(::operator new(sizeof(SpareBlock))));
     return *spare;
@@ -73,7 +73,7 @@ void* detail::allocateUntouched(std::size_t bytes)
     void* const memory = std::aligned_alloc(hugePage, rounded);
     if (memory == nullptr)
         throw std::bad_alloc();
-    // Only a wish: without huge pages the memory works as well, just slower to bring in.
+    // A failure is ignored: without huge pages the memory is only slower to fault in.
     madvise(memory, rounded, MADV_HUGEPAGE);
     return memory;
 }

@@ -13,8 +13,8 @@ namespace tavrin
 namespace detail
 {
 
-/// Memory that is not touched yet, so that the threads which fill it also bring it in. Large
-/// pieces are aligned to, and asked to be backed by, huge pages. Throws `std::bad_alloc`.
+/// Allocates memory without touching it, so that the threads which fill it also fault its pages in.
+/// The system is asked to back large blocks with huge pages. Throws `std::bad_alloc`.
 TAVRIN_API void* allocateUntouched(std::size_t bytes);
 TAVRIN_API void releaseUntouched(void* memory, std::size_t bytes) noexcept;
 
@@ -60,8 +60,8 @@ struct LargeAllocator
     }
 };
 
-/// A vector for results of many values: `LargeVector<T>(n)` costs no pass over the memory; its
-/// elements are undefined until they are written.
+/// A vector for results of many values: `LargeVector<T>(n)` does not write to its memory, and its
+/// elements are undefined until they are assigned.
 template<typename T>
 using LargeVector = std::vector<T, LargeAllocator<T>>;
 

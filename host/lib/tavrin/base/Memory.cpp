@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
-/// What the machine can give without pushing others out.
+/// The memory that the machine can provide without swapping.
 std::size_t leftOnMachine()
 {
     std::ifstream file("/proc/meminfo");
@@ -54,8 +54,8 @@ std::size_t bytesIn(const fs::path& path, std::size_t otherwise, const std::stri
     return file >> bytes ? bytes : otherwise;
 }
 
-/// What the control groups that hold this process allow it: those of a container or a batch job.
-/// Cached pages of files count as free, because they make room.
+/// The memory that the control groups of this process, those of a container or a batch job, still
+/// allow. Cached pages of files count as free, because the system drops them on demand.
 std::size_t leftInControlGroups()
 {
     std::size_t left = unlimited;
@@ -68,7 +68,7 @@ std::size_t leftInControlGroups()
         if (start == std::string::npos)
             continue;
         const fs::path root = isUnified ? "/sys/fs/cgroup" : "/sys/fs/cgroup/memory";
-        // A container may see its own group as the root, and yet be told the path outside.
+        // A container may see its own group as the root, although the path is that of the outside.
         for (fs::path group = line.substr(start + marker.size());; group = group.parent_path())
         {
             const fs::path folder = root / group.relative_path();

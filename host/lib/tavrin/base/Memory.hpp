@@ -7,9 +7,9 @@
 namespace tavrin
 {
 
-/// How many bytes this process can still take: what the machine has left, and no more than is left
-/// by limits on the process's address space (`ulimit -v`) and on the control groups of its container
-/// or batch job. Counts nothing for memory that is reserved but untouched so far.
+/// The number of bytes that this process can still allocate: the available memory of the machine,
+/// limited by the address space of the process (`ulimit -v`) and by the control groups of its
+/// container or batch job. Memory that is reserved but not yet touched counts as available.
 TAVRIN_API std::size_t availableMemory();
 
 }

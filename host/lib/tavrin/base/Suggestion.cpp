@@ -39,7 +39,7 @@ std::size_t distance(const std::string& a, const std::string& b)
     return cost[a.size()][b.size()];
 }
 
-/// A longer text is no slip of the keyboard, and comparing it would take long.
+/// Longer texts are not typing mistakes, and the cost of comparing grows with the square.
 constexpr std::size_t longestWord = 200;
 
 }

@@ -8,13 +8,13 @@
 namespace tavrin
 {
 
-/// The candidate that a mistyped word most likely means: the one with the fewest letters inserted,
-/// left out, replaced or swapped, upper and lower case being equal. Empty where none is near
-/// (more than a third of the word differs).
+/// The candidate that a mistyped word most likely means: the one that takes the fewest insertions,
+/// omissions, replacements and swaps of letters, regardless of case. Empty where every candidate
+/// differs in more than a third of the word.
 TAVRIN_API std::string nearestTo(const std::string& word, std::span<const std::string> candidates);
 
-/// For the end of an error text: "; did you mean "NEAREST"?", or where none is near
-/// "; there is ..." with all candidates, or nothing where there are none.
+/// The end of an error message: "; did you mean "NEAREST"?", or "; there is ..." with all candidates
+/// where none is near, or nothing where there are no candidates.
 TAVRIN_API std::string suggestionFor(const std::string& word,
                                      std::span<const std::string> candidates);
 

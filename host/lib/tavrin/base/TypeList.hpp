@@ -6,7 +6,7 @@
 namespace tavrin
 {
 
-/// A list of types, to be visited with `visitTypes` or named as a whole in a declaration.
+/// A list of types, visited with `visitTypes` or given as a whole in a declaration.
 template<typename... Types>
 struct TypeList
 {

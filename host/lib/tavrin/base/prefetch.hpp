@@ -6,7 +6,7 @@
 namespace tavrin
 {
 
-/// Tells the processor that the memory will be read soon. Any address is good.
+/// Tells the processor that the memory will be read soon. Any address is allowed.
 inline void prefetch(const void* memory, std::size_t bytes)
 {
     constexpr std::uintptr_t cacheLine = 64;

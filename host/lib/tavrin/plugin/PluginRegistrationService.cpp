@@ -26,7 +26,7 @@ std::filesystem::path libraryFolder()
     return std::filesystem::absolute(info.dli_fname).lexically_normal().parent_path();
 }
 
-std::vector<std::filesystem::path> resourceFolders()
+std::vector<std::filesystem::path> foldersOfEnvironment()
 {
     std::vector<std::filesystem::path> folders;
     if (const char* const variable = std::getenv("TAVRIN_RESOURCE_PATH"))
@@ -36,11 +36,16 @@ std::vector<std::filesystem::path> resourceFolders()
             if (!folder.empty())
                 folders.emplace_back(folder);
     }
-    folders.push_back(libraryFolder().parent_path() / "share" / "tavrin" / "resources");
     return folders;
 }
 
-/// What the loader says, without the path that it begins with.
+/// The resources of an installation whose libraries are in `libraries`.
+std::filesystem::path resourcesBeside(const std::filesystem::path& libraries)
+{
+    return libraries.parent_path() / "share" / "tavrin" / "resources";
+}
+
+/// The message of the system's loader without the path at its beginning.
 std::string loaderMessage(const std::filesystem::path& library)
 {
     const char* const text = dlerror();
@@ -61,13 +66,13 @@ PluginRegistrationService& PluginRegistrationService::getInstance()
 
 void PluginRegistrationService::load(const std::filesystem::path& library)
 {
-    // A bare name would be looked for in the system's library folders.
+    // The loader would search for a bare name in the system's library folders.
     const auto file = std::filesystem::absolute(library).lexically_normal();
     const auto complain = [&](const std::string& reason)
     { throw runtime_error(library.string() + ": " + reason); };
     if (const std::string fault = faultOfSharedLibrary(file); !fault.empty())
         complain(fault);
-    // RTLD_NODELETE, and no handle is ever closed: factories point into the library.
+    // The library is never unloaded, because factories point into it.
     if (dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE) == nullptr)
         complain(loaderMessage(file));
     if (std::ranges::find(mLibraries, file) == mLibraries.end())
@@ -81,8 +86,17 @@ std::filesystem::path PluginRegistrationService::pluginFolder() const
 
 std::string PluginRegistrationService::getResourcePath(const std::string& package) const
 {
+    auto folders = foldersOfEnvironment();
+    folders.push_back(resourcesBeside(libraryFolder()));
+    for (const auto& library : mLibraries)
+    {
+        const auto pluginPlace = library.parent_path();
+        folders.push_back(pluginPlace / "resources");
+        // A plug-in of another installation lies in lib/tavrin/plugins there.
+        folders.push_back(resourcesBeside(pluginPlace.parent_path().parent_path()));
+    }
     std::string places;
-    for (const auto& folder : resourceFolders())
+    for (const auto& folder : folders)
     {
         const auto candidate = folder / package;
         std::error_code error;

@@ -9,7 +9,7 @@ namespace tavrin
 
 struct Color;
 
-/// Converts a text to a value, independent of the locale; surrounding blanks are ignored.
+/// Converts a text to a value, independent of the locale; blanks around it are ignored.
 /// - bool: true, false, yes, no, on, off, 1, 0
 /// - long, double: a decimal number; double also takes inf and nan
 /// - std::string: the text itself

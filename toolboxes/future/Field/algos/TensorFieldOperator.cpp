@@ -1,4 +1,5 @@
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
+#include <tavrin/function/bothValid.hpp>
 #include <tavrin/function/mapValues.hpp>
 #include <tavrin/function/visit.hpp>
 
@@ -29,7 +30,8 @@ std::string formatted(double number)
     return text.str();
 }
 
-/// What a band is compared with: a scalar itself, with its sign, and the norm of all other values.
+/// The number that is compared with a band: a scalar itself, with its sign, or the norm of any other
+/// value.
 template<typename T>
 double measure(const T& value)
 {
@@ -39,7 +41,7 @@ double measure(const T& value)
         return norm(value);
 }
 
-/// 1 where low <= number <= high, else 0; without a branch, so that loops over it are vectorized.
+/// 1 where low <= number <= high, 0 elsewhere; free of branches, so that loops are vectorized.
 double weightInBand(double number, double low, double high)
 {
     return static_cast<double>((low <= number) & (number <= high));
@@ -107,6 +109,8 @@ private:
     void add(const std::string& name, LargeVector<T> values);
 
     std::shared_ptr<const FunctionBase> mFieldA;
+    /// The mask of the result.
+    std::shared_ptr<const ValidityMask> mValidity;
 };
 
 /// r = |a|
@@ -121,7 +125,7 @@ struct TensorFieldOperatorAlgorithm::norm_op
     }
 };
 
-/// r = a / |a|; a value of norm 0 stays as it is.
+/// r = a / |a|; a value of norm 0 is left unchanged.
 struct TensorFieldOperatorAlgorithm::normalize_op
 {
     std::string name() const { return "normalize"; }
@@ -165,8 +169,8 @@ struct TensorFieldOperatorAlgorithm::scale_op
     }
 };
 
-/// r = min(D, max(C, |a|)), where a scalar counts with its sign: the measure is clipped, not the
-/// components.
+/// r = min(D, max(C, |a|)), with the scalar itself for |a| where a is one. The norm is clipped, not
+/// the components.
 struct TensorFieldOperatorAlgorithm::clip_op
 {
     double c;
@@ -181,8 +185,8 @@ struct TensorFieldOperatorAlgorithm::clip_op
     }
 };
 
-/// r = a where C <= |a| <= D, else 0 a: not-a-number and infinity become not-a-number outside the
-/// band. A scalar counts with its sign and becomes a plain 0; one that is not a number is kept.
+/// r = a where C <= |a| <= D, 0 a elsewhere, so that NaN and infinite components become NaN outside
+/// the band. A scalar is compared with its sign and becomes a plain 0; NaN is kept.
 struct TensorFieldOperatorAlgorithm::mask_op
 {
     double c;
@@ -251,7 +255,7 @@ struct TensorFieldOperatorAlgorithm::lin_op
     }
 };
 
-/// r = a where C <= |b| <= D, else 0 a; a scalar b counts with its sign.
+/// r = a where C <= |b| <= D, 0 a elsewhere; a scalar b is compared with its sign.
 struct TensorFieldOperatorAlgorithm::maskTwo_op
 {
     double c;
@@ -266,8 +270,8 @@ struct TensorFieldOperatorAlgorithm::maskTwo_op
     }
 };
 
-/// Applies an operation to all values of Field A. A type that the operation does not take is left
-/// to its `refuse`, if it has one.
+/// Applies an operation to all values of Field A. The operation's `refuse` is called for a type that
+/// it does not take.
 template<typename Operation>
 class TensorFieldOperatorAlgorithm::UnaryFunctor
 {
@@ -358,6 +362,7 @@ void TensorFieldOperatorAlgorithm::execute(const tavrin::Options& options,
         clearResult("Field");
         return;
     }
+    mValidity = mFieldA->validity();
 
     const auto operation = options.get<std::string>("Operator");
     const auto c = [&] { return options.get<double>("Scalar C"); };
@@ -394,6 +399,7 @@ void TensorFieldOperatorAlgorithm::executeBinary(const tavrin::Options& options,
         debugLog() << "Input Fields do not match in domain or timesteps." << std::endl;
         return;
     }
+    mValidity = bothValid(*mFieldA, *fieldB);
 
     const auto c = options.get<double>("Scalar C");
     const auto d = options.get<double>("Scalar D");
@@ -445,7 +451,7 @@ template<typename T>
 void TensorFieldOperatorAlgorithm::add(const std::string& name, LargeVector<T> values)
 {
     setResult("Field", addData(mFieldA->domain(), mFieldA->domainPart(), std::move(values),
-                               Precision::Float64, mFieldA->timeSteps(), name));
+                               Precision::Float64, mFieldA->timeSteps(), name, mValidity));
 }
 
 const AlgorithmRegister<TensorFieldOperatorAlgorithm> registration(

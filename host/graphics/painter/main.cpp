@@ -1,0 +1,73 @@
+#include "../process/PainterJob.hpp"
+#include "PngEncoder.hpp"
+#include "ScenePainter.hpp"
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <new>
+
+namespace
+{
+
+using namespace tavrin::graphics;
+using process::JobState;
+using process::SharedBytes;
+
+/// The process serves the one that started it, which decides when it ends: whatever a terminal
+/// sends to both is left to that one, and no core file of a driver that crashed is of any use.
+void becomeServant()
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, SIG_IGN);
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+}
+
+std::vector<std::uint8_t> perform(std::span<const std::byte> bytes, painter::WorkMeter& meter)
+{
+    const auto job = process::readJob(bytes);
+    if (const auto* const image = std::get_if<Image>(&job))
+        return painter::encodePng(*image);
+    const auto& [scene, options] = std::get<process::PaintJob>(job);
+    return painter::paint(scene, options, meter).rgba;
+}
+
+}
+
+/// Reads a job from standard input and writes its result to standard output; both are files in
+/// memory that the calling process shares.
+int main()
+{
+    becomeServant();
+    SharedBytes result(dup(STDOUT_FILENO));
+    // What a driver prints must not get into the result.
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    SharedBytes job(STDIN_FILENO);
+    const auto bytes = job.map();
+    if (bytes.size() < sizeof(JobState))
+        return 2;
+    auto& state = *reinterpret_cast<JobState*>(bytes.data());
+    painter::WorkMeter meter(state.done, JobState::whole);
+    try
+    {
+        const auto bytesOfResult = perform(bytes, meter);
+        result.append(std::as_bytes(std::span(bytesOfResult)));
+        state.outcome = JobState::Done;
+    }
+    catch (const std::bad_alloc&)
+    {
+        state.outcome = JobState::OutOfMemory;
+    }
+    catch (const std::exception& error)
+    {
+        const std::string message = error.what();
+        result.append(std::as_bytes(std::span(message)));
+        state.outcome = JobState::Failed;
+    }
+    // Drivers leave threads and exit handlers behind.
+    _exit(0);
+}

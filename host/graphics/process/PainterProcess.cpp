@@ -1,0 +1,160 @@
+#include "PainterProcess.hpp"
+
+#include "PainterJob.hpp"
+
+#include <tavrin/base/Exceptions.hpp>
+
+#include <dlfcn.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <new>
+
+namespace tavrin::graphics::process
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// How long an abort may go unnoticed.
+constexpr int pollMilliseconds = 20;
+
+[[noreturn]] void fail(const std::string& cause)
+{
+    throw runtime_error("the picture cannot be painted: " + cause);
+}
+
+/// In the folder tavrin beside the library that this code is in.
+fs::path painterProgram()
+{
+    Dl_info info{};
+    const auto* const here = reinterpret_cast<const void*>(&painterProgram);
+    if (dladdr(here, &info) == 0 || info.dli_fname == nullptr)
+        fail("the folder of the host's libraries is not known");
+    return fs::absolute(info.dli_fname).parent_path() / "tavrin" / "tavrin-painter";
+}
+
+/// The running program. Killed, if it still runs, when the object goes.
+class Child
+{
+public:
+    Child(const SharedBytes& job, const SharedBytes& result, const SharedBytes& complaints)
+    {
+        const fs::path program = painterProgram();
+        posix_spawn_file_actions_t streams;
+        posix_spawn_file_actions_init(&streams);
+        posix_spawn_file_actions_adddup2(&streams, job.descriptor(), STDIN_FILENO);
+        posix_spawn_file_actions_adddup2(&streams, result.descriptor(), STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&streams, complaints.descriptor(), STDERR_FILENO);
+        std::string name = program.string();
+        char* const arguments[] = {name.data(), nullptr};
+        const int error =
+            posix_spawn(&mProcess, name.c_str(), &streams, nullptr, arguments, environ);
+        posix_spawn_file_actions_destroy(&streams);
+        if (error != 0)
+            fail(program.string() + ": " + std::strerror(error));
+        mDescriptor = static_cast<int>(syscall(SYS_pidfd_open, mProcess, 0));
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child()
+    {
+        if (!mHasEnded)
+        {
+            kill(mProcess, SIGKILL);
+            waitForEnd();
+        }
+        if (mDescriptor >= 0)
+            close(mDescriptor);
+    }
+
+    /// Waits for a moment, or until the process ends. Returns whether it has.
+    bool hasEnded()
+    {
+        pollfd entry{.fd = mDescriptor, .events = POLLIN, .revents = 0};
+        poll(&entry, mDescriptor >= 0 ? 1 : 0, pollMilliseconds);
+        const pid_t ended = waitpid(mProcess, &mStatus, WNOHANG);
+        // A host that ignores SIGCHLD never learns the status.
+        mHasEnded = ended == mProcess || (ended < 0 && errno == ECHILD);
+        return mHasEnded;
+    }
+
+    /// How the process ended, for a message.
+    std::string ending() const
+    {
+        if (WIFSIGNALED(mStatus))
+            return std::string("the graphics driver crashed (") + strsignal(WTERMSIG(mStatus)) +
+                   "), perhaps because memory is short";
+        return "the painter ended with status " + std::to_string(WEXITSTATUS(mStatus));
+    }
+
+private:
+    void waitForEnd()
+    {
+        while (waitpid(mProcess, &mStatus, 0) < 0 && errno == EINTR)
+            continue;
+        mHasEnded = true;
+    }
+
+    pid_t mProcess = -1;
+    int mDescriptor = -1;
+    int mStatus = 0;
+    bool mHasEnded = false;
+};
+
+std::string textOf(SharedBytes& bytes)
+{
+    const auto text = bytes.map();
+    return {reinterpret_cast<const char*>(text.data()), text.size()};
+}
+
+}
+
+std::vector<std::uint8_t> runPainter(SharedBytes& job, const volatile bool& abortFlag,
+                                     const PaintingProgress& progress)
+{
+    SharedBytes result;
+    SharedBytes complaints;
+    const auto& state = *reinterpret_cast<const JobState*>(job.map().data());
+    if (abortFlag)
+        throw runtime_error("aborted");
+    Child child(job, result, complaints);
+    while (!child.hasEnded())
+    {
+        if (abortFlag)
+            throw runtime_error("aborted");
+        if (progress)
+            progress(static_cast<double>(state.done) / JobState::whole);
+    }
+    switch (static_cast<JobState::Outcome>(state.outcome.load()))
+    {
+    case JobState::Done:
+    {
+        const auto bytes = result.map();
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(bytes.data());
+        return {first, first + bytes.size()};
+    }
+    case JobState::Failed:
+        throw runtime_error(textOf(result));
+    case JobState::OutOfMemory:
+        throw std::bad_alloc();
+    case JobState::Unfinished:
+        break;
+    }
+    if (abortFlag)
+        throw runtime_error("aborted");
+    const std::string complaint = textOf(complaints);
+    fail(complaint.empty() ? child.ending()
+                           : child.ending() + ": " + complaint.substr(0, complaint.find('\n')));
+}
+
+}

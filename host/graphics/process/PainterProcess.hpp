@@ -1,0 +1,22 @@
+#pragma once
+
+#include "SharedBytes.hpp"
+
+#include <tavrin/graphics/Picture.hpp>
+
+namespace tavrin::graphics::process
+{
+
+/// Runs the program tavrin-painter on a job and copies its result to `result`.
+///
+/// Painting happens in a process of its own because a graphics driver cannot be interrupted, may
+/// crash where memory is short, and needs libraries that nothing else does. The process is killed
+/// as soon as `abortFlag` is set.
+///
+/// Throws `runtime_error` "aborted" after an abort, with the painter's message where it failed, and
+/// "the picture cannot be painted: CAUSE" where it cannot be started or crashed; `std::bad_alloc`
+/// where memory is short.
+std::vector<std::uint8_t> runPainter(SharedBytes& job, const volatile bool& abortFlag,
+                                     const PaintingProgress& progress);
+
+}

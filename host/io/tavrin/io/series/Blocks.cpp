@@ -1,0 +1,188 @@
+#include <tavrin/io/series/Blocks.hpp>
+
+#include <tavrin/value/LexicalCast.hpp>
+#include <tavrin/io/Formats.hpp>
+#include <tavrin/io/Malformed.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+/// One file of a step.
+struct Member
+{
+    std::string name;
+    FilePlace place;
+};
+
+/// Which step of a series has the time. Throws `usage_error`, naming the nearest time.
+std::size_t findStep(const Collection& collection, double time)
+{
+    const auto found = std::ranges::min_element(collection.steps, {},
+                                                [&](const Collection::Step& step)
+                                                { return std::abs(*step.time - time); });
+    if (isSameTime(*found->time, time))
+        return static_cast<std::size_t>(found - collection.steps.begin());
+    std::vector<std::string> times;
+    std::ranges::transform(collection.steps, std::back_inserter(times),
+                           [](const Collection::Step& step) { return toText(*step.time); });
+    throw usage_error("no step at t = " + toText(time) + "; there " +
+                      (times.size() == 1 ? "is one step, at " : "are steps at ") +
+                      shortList(times) +
+                      (times.size() == 1 ? "" : "; the nearest is at " + toText(*found->time)));
+}
+
+/// Throws `usage_error` unless the file has the time that is wanted, if one is.
+void requireTime(const DataFile& file, const std::optional<double>& wanted)
+{
+    if (wanted && !file.time)
+        throw usage_error("holds no time steps; leave out ?time=" + toText(*wanted));
+    if (wanted && !isSameTime(*file.time, *wanted))
+        throw usage_error("no step at t = " + toText(*wanted) + "; there is one step, at " +
+                          toText(*file.time));
+}
+
+/// The files of a step. A multi-block file is replaced by the files of its blocks.
+std::vector<Member> membersOf(FileAccess& access, const std::filesystem::path& list,
+                              const Collection::Step& step, const std::string& stepText)
+{
+    const auto placeOf = [&](const Collection::Part& part, bool isBlock, const std::string& within)
+    {
+        return FilePlace(part.path, list,
+                         stepText + within + (isBlock ? "block \"" + part.name + "\": " : "") +
+                             part.file + ": ");
+    };
+    std::vector<Member> members;
+    for (const Collection::Part& part : step.parts)
+    {
+        const FilePlace place = placeOf(part, !step.time, "");
+        if (!isList(part.path))
+        {
+            members.push_back({part.name, place});
+            continue;
+        }
+        const Collection& blocks =
+            naming(place, [&]() -> const Collection& { return access.collection(part.path); });
+        const std::string prefix = step.parts.size() > 1 ? part.name + "/" : "";
+        for (const Collection::Part& block : blocks.steps.front().parts)
+            members.push_back({prefix + block.name, placeOf(block, true, part.file + ": ")});
+    }
+    return members;
+}
+
+/// Puts the members of a later step in the order of the blocks. Throws `Malformed` where the step
+/// does not have the same blocks.
+void arrange(std::vector<Member>& members, const std::vector<Block>& blocks, double time)
+{
+    if (std::ranges::equal(members, blocks, {}, &Member::name, &Block::name))
+        return;
+    const std::string remedy = "; use ?time=" + toText(time) + " to take one step alone";
+    std::multimap<std::string, std::size_t> ranks;
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        ranks.emplace(blocks[i].name, i);
+    std::vector<std::pair<std::size_t, Member>> ranked;
+    for (Member& member : members)
+    {
+        const auto rank = ranks.find(member.name);
+        if (rank == ranks.end())
+            throw Malformed("has a block \"" + member.name + "\", which step 0 does not have" +
+                            remedy);
+        ranked.emplace_back(rank->second, std::move(member));
+        ranks.erase(rank);
+    }
+    if (!ranks.empty())
+        throw Malformed("has no block \"" + ranks.begin()->first + "\", which step 0 has" + remedy);
+    std::ranges::sort(ranked, {}, &std::pair<std::size_t, Member>::first);
+    std::ranges::transform(ranked, members.begin(), &std::pair<std::size_t, Member>::second);
+}
+
+}
+
+std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference)
+{
+    const FilePlace whole(reference.file);
+    if (!isList(reference.file))
+    {
+        naming(whole, [&] { requireFile(reference.file); });
+        return {{"", {{std::nullopt, whole}}}};
+    }
+
+    const Collection& collection =
+        naming(whole, [&]() -> const Collection& { return access.collection(reference.file); });
+    const bool isSeries = collection.steps.front().time.has_value();
+    std::size_t first = 0;
+    std::size_t last = collection.steps.size();
+    if (isSeries && reference.time)
+    {
+        first = naming(whole, [&] { return findStep(collection, *reference.time); });
+        last = first + 1;
+    }
+    std::vector<Block> blocks;
+    for (std::size_t i = first; i < last; ++i)
+    {
+        const Collection::Step& step = collection.steps[i];
+        const std::string stepText =
+            isSeries ? "step " + std::to_string(i) + " at t = " + toText(*step.time) + ": " : "";
+        auto members = membersOf(access, reference.file, step, stepText);
+        if (i == first)
+            std::ranges::transform(members, std::back_inserter(blocks),
+                                   [](const Member& member) {
+                                       return Block{member.name, {}};
+                                   });
+        else
+            naming(FilePlace(reference.file, reference.file, stepText),
+                   [&] { arrange(members, blocks, *step.time); });
+        for (std::size_t k = 0; k < blocks.size(); ++k)
+            blocks[k].steps.push_back({step.time, std::move(members[k].place)});
+    }
+    return blocks;
+}
+
+void requireFiles(const std::vector<Block>& blocks)
+{
+    for (std::size_t step = 0; step < blocks.front().steps.size(); ++step)
+        for (const Block& block : blocks)
+        {
+            const FilePlace& place = block.steps[step].place;
+            naming(place, [&] { requireFile(place.path); });
+        }
+}
+
+std::shared_ptr<DataFile> openFirst(FileAccess& access, const Block& block,
+                                    const DataReference& reference)
+{
+    const Block::Step& step = block.steps.front();
+    auto file = naming(step.place, [&] { return access.openAgain(step.place); });
+    if (!step.time)
+        naming(step.place, [&] { requireTime(*file, reference.time); });
+    return file;
+}
+
+std::string shortList(const std::vector<std::string>& texts)
+{
+    constexpr std::size_t maximum = 10;
+    std::string text;
+    for (std::size_t i = 0; i < texts.size(); ++i)
+    {
+        if (texts.size() > maximum && i == maximum / 2)
+        {
+            i = texts.size() - maximum / 2;
+            text += ", ...";
+        }
+        text += (text.empty() ? "" : ", ") + texts[i];
+    }
+    return text;
+}
+
+bool isSameTime(double a, double b)
+{
+    return std::abs(a - b) <= 1e-9 * std::max(std::abs(a), std::abs(b));
+}
+
+}

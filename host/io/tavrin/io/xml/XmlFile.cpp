@@ -1,0 +1,439 @@
+#include <tavrin/io/xml/XmlFile.hpp>
+
+#include <tavrin/io/Malformed.hpp>
+#include <tavrin/io/TextNumbers.hpp>
+#include <tavrin/io/xml/XmlCells.hpp>
+#include <tavrin/io/xml/XmlElements.hpp>
+#include <tavrin/io/xml/XmlValues.hpp>
+
+#include <cmath>
+#include <cstring>
+
+namespace tavrin::io
+{
+
+namespace
+{
+
+/// Throws `Malformed` unless the file holds the data set of the format.
+void requireDataSet(vtkXMLDataElement& root, const FileFormat& format)
+{
+    const std::string dataSet = XmlValues::attribute(root, "type").value_or("");
+    if (dataSet == format.dataSet)
+        return;
+    std::vector<std::string> supported;
+    for (const FileFormat& other : fileFormats())
+    {
+        if (other.family != format.family)
+            continue;
+        if (other.dataSet == dataSet)
+            throw Malformed("holds " + dataSet + ", whose extension is " +
+                            std::string(other.extension));
+        if (other.open != nullptr)
+            supported.emplace_back(other.dataSet);
+    }
+    throw Malformed("holds \"" + dataSet + "\", which is not supported; supported are " +
+                    enumerate(supported, "and"));
+}
+
+/// Whether two of the boxes, which are parts of a whole, have cells in common. Sorted along an axis,
+/// a box is compared with those that begin before it ends. The axis is the one with the fewest such
+/// pairs: along another one, all boxes might begin together.
+bool doOverlap(std::vector<DataFile::Extent> boxes, const DataFile::Extent& whole)
+{
+    using Extent = DataFile::Extent;
+    const auto overlap = [&](const Extent& a, const Extent& b, std::size_t axis)
+    {
+        return whole[2 * axis] == whole[2 * axis + 1] ||
+               std::max(a[2 * axis], b[2 * axis]) < std::min(a[2 * axis + 1], b[2 * axis + 1]);
+    };
+    const auto sortAlong = [&](std::size_t axis)
+    { std::ranges::sort(boxes, {}, [axis](const Extent& box) { return box[2 * axis]; }); };
+    const auto countPairs = [&](std::size_t axis)
+    {
+        sortAlong(axis);
+        std::size_t pairs = 0;
+        for (auto box = boxes.begin(); box != boxes.end(); ++box)
+            pairs += static_cast<std::size_t>(
+                std::partition_point(box, boxes.end(),
+                                     [&](const Extent& other)
+                                     { return other[2 * axis] < (*box)[2 * axis + 1]; }) -
+                box);
+        return pairs;
+    };
+    std::array<std::size_t, 3> pairs{};
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        pairs[axis] =
+            whole[2 * axis] == whole[2 * axis + 1] ? boxes.size() * boxes.size() : countPairs(axis);
+    const auto best = static_cast<std::size_t>(std::ranges::min_element(pairs) - pairs.begin());
+    sortAlong(best);
+    for (auto a = boxes.begin(); a != boxes.end(); ++a)
+        for (auto b = a + 1; b != boxes.end() && overlap(*a, *b, best); ++b)
+            if (overlap(*a, *b, 0) && overlap(*a, *b, 1) && overlap(*a, *b, 2))
+                return true;
+    return false;
+}
+
+constexpr const char* sectionOf(Association association)
+{
+    return association == Association::Points ? "PointData" : "CellData";
+}
+
+class XmlFile : public DataFile
+{
+public:
+    XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
+            const volatile bool& abortFlag);
+
+    StoredArray readArray(const Array& array) override;
+    std::optional<Marks> readMarks(Association association) override;
+    StoredArray readPoints() override;
+    StoredArray readCoordinates(std::size_t axis) override;
+    FileCells readCells() override;
+
+private:
+    struct Piece
+    {
+        vtkXMLDataElement* element;
+        Extent extent;
+        std::size_t points;
+        std::size_t cells;
+    };
+
+    bool isStructured() const { return structuring != StructuringType::Unstructured; }
+    void readLayout();
+    void readPieces();
+    void readStructuredPieces();
+    bool doPiecesOverlap() const;
+    void listArrays();
+    void readTime();
+    /// Reads an array from all pieces that have elements of the association; `section` returns the
+    /// array of a piece.
+    template<typename Section>
+    StoredArray readFromPieces(Association association, Precision precision, std::size_t components,
+                               const Section& section);
+    StoredArray readNamed(Association association, const std::string& name, Precision precision,
+                          std::size_t components);
+    XmlValues mValues;
+    vtkXMLDataElement* mGrid = nullptr;
+    bool mIsPolyData = false;
+    /// The pieces that have points.
+    std::vector<Piece> mPieces;
+    vtkXMLDataElement* mFirstPiece = nullptr;
+    /// The arrays that mark ghosts among points and cells, with the bits of their marks.
+    std::array<std::optional<std::pair<Array, GhostBits>>, 2> mMarks;
+};
+
+XmlFile::XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
+                 const volatile bool& abortFlag)
+    : mValues(path, abortFlag)
+{
+    requireDataSet(mValues.root(), fileFormat);
+    format = fileFormat.name;
+    structuring = fileFormat.grids.front();
+    mIsPolyData = fileFormat.dataSet == "PolyData";
+    const std::string dataSet(fileFormat.dataSet);
+    mGrid = child(mValues.root(), dataSet.c_str());
+    if (mGrid == nullptr)
+        throw Malformed("the element " + dataSet + " is missing");
+    if (const auto times = XmlValues::attribute(*mGrid, "TimeValues");
+        times && times->find_first_of(" \t\n", times->find_first_not_of(" \t\n")) <
+                     times->find_last_not_of(" \t\n"))
+        throw Malformed("holds several time steps in one file, which is not supported; write a "
+                        "file for each and list them in a .pvd file");
+    readPieces();
+    if (isStructured())
+        readLayout();
+    listArrays();
+    readTime();
+}
+
+DataFile::Extent toExtent(const std::string& text)
+{
+    const auto numbers = parseIntegers(text, 6, "an extent");
+    DataFile::Extent extent;
+    std::ranges::copy(numbers, extent.begin());
+    return extent;
+}
+
+void XmlFile::readPieces()
+{
+    forChildren(mGrid, "Piece",
+                [&](vtkXMLDataElement& element)
+                {
+                    Piece piece{&element, {}, 0, 0};
+                    if (isStructured())
+                    {
+                        piece.extent =
+                            toExtent(XmlValues::attribute(element, "Extent").value_or(""));
+                        const GridSize size = sizeOf(piece.extent);
+                        piece.points = numPointsOf(size);
+                        piece.cells = numCellsOf(size);
+                    }
+                    else
+                    {
+                        piece.points = XmlValues::countAttribute(element, "NumberOfPoints");
+                        piece.cells = XmlCells::countOf(element, mIsPolyData);
+                    }
+                    if (mFirstPiece == nullptr)
+                        mFirstPiece = &element;
+                    if (piece.points > 0)
+                        mPieces.push_back(piece);
+                    else if (piece.cells > 0)
+                        throw Malformed("a piece has cells but no points");
+                });
+    if (isStructured())
+        readStructuredPieces();
+    else
+        for (const Piece& piece : mPieces)
+        {
+            numPoints += piece.points;
+            numCells += piece.cells;
+        }
+}
+
+void XmlFile::readStructuredPieces()
+{
+    // A single piece of a larger grid is read as a grid of its own.
+    if (mPieces.size() == 1)
+        return setExtent(mPieces.front().extent);
+    if (mPieces.empty())
+        return;
+    setExtent(toExtent(XmlValues::attribute(*mGrid, "WholeExtent").value_or("")));
+    std::size_t cells = 0;
+    for (const Piece& piece : mPieces)
+    {
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            const auto [first, last] =
+                std::pair(piece.extent[2 * axis], piece.extent[2 * axis + 1]);
+            if (first < extent[2 * axis] || last > extent[2 * axis + 1])
+                throw Malformed("a piece leaves the whole extent");
+            if (first == last && extent[2 * axis] != extent[2 * axis + 1])
+                throw Malformed("a piece is flat where the whole is not");
+        }
+        cells += piece.cells;
+    }
+    // Pieces without a common cell that have as many cells as the whole cover it.
+    if (doPiecesOverlap())
+        throw Malformed("its pieces overlap");
+    if (cells != numCells)
+        throw Malformed("its pieces have " + std::to_string(cells) + " cells, the whole has " +
+                        std::to_string(numCells));
+}
+
+bool XmlFile::doPiecesOverlap() const
+{
+    std::vector<Extent> boxes;
+    boxes.reserve(mPieces.size());
+    for (const Piece& piece : mPieces)
+        boxes.push_back(piece.extent);
+    return doOverlap(std::move(boxes), extent);
+}
+
+void XmlFile::readLayout()
+{
+    if (structuring != StructuringType::Uniform)
+        return;
+    if (const auto text = XmlValues::attribute(*mGrid, "Origin"))
+        std::ranges::copy(parseNumbers(*text, 3, "Origin"), origin.begin());
+    if (const auto text = XmlValues::attribute(*mGrid, "Spacing"))
+        std::ranges::copy(parseNumbers(*text, 3, "Spacing"), spacing.begin());
+    if (const auto text = XmlValues::attribute(*mGrid, "Direction"))
+        std::ranges::copy(parseNumbers(*text, 9, "Direction"), direction.begin());
+}
+
+void XmlFile::listArrays()
+{
+    if (mFirstPiece == nullptr)
+        return;
+    for (const Association association : {Association::Points, Association::Cells})
+    {
+        // A piece without elements may not list its arrays.
+        const auto hasElements = [&](const Piece& piece)
+        { return (association == Association::Points ? piece.points : piece.cells) > 0; };
+        const auto piece = std::ranges::find_if(mPieces, hasElements);
+        forChildren(
+            child(piece == mPieces.end() ? *mFirstPiece : *piece->element, sectionOf(association)),
+            "DataArray",
+            [&](vtkXMLDataElement& element)
+            {
+                const auto precision = XmlValues::precisionOf(element);
+                const auto name = XmlValues::attribute(element, "Name");
+                if (!precision || !name)
+                    return;
+                Array array{*name, association, *precision, XmlValues::componentsOf(element), {}};
+                // No shape with more components is recognized by its names.
+                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 16); ++i)
+                    array.componentNames.push_back(
+                        XmlValues::attribute(element, ("ComponentName" + std::to_string(i)).c_str())
+                            .value_or(""));
+                if (const auto bits = ghostBitsOf(*name, association))
+                    mMarks[static_cast<std::size_t>(association)] = {array, *bits};
+                else
+                    addArray(std::move(array));
+            });
+    }
+}
+
+void XmlFile::readTime()
+{
+    vtkXMLDataElement* const array = findArray(child(*mGrid, "FieldData"), "TimeValue");
+    if (array == nullptr || !XmlValues::precisionOf(*array) ||
+        XmlValues::countAttribute(*array, "NumberOfTuples") > 1)
+        return;
+    setTime(mValues.read(*array, 1, 1));
+}
+
+template<typename Section>
+StoredArray XmlFile::readFromPieces(Association association, Precision precision,
+                                    std::size_t components, const Section& section)
+{
+    const bool ofPoints = association == Association::Points;
+    std::vector<std::pair<const Piece*, vtkXMLDataElement*>> parts;
+    for (const Piece& piece : mPieces)
+    {
+        const std::size_t elements = ofPoints ? piece.points : piece.cells;
+        if (elements == 0)
+            continue;
+        vtkXMLDataElement& array = section(piece);
+        if (XmlValues::precisionOf(array) != precision ||
+            XmlValues::componentsOf(array) != components)
+            throw Malformed("the pieces of the file hold different kinds of one array");
+        if (components > (std::size_t{1} << 20))
+            throw Malformed("an array has " + std::to_string(components) + " components");
+        mValues.require(array, elements * components);
+        parts.emplace_back(&piece, &array);
+    }
+    StoredArray result = StoredArray::allocate(precision, numElements(association), components);
+    const std::size_t tupleBytes = result.bytesPerTuple();
+    if (!isStructured() || parts.size() == 1)
+    {
+        StoredArray part = result;
+        for (const auto& [piece, array] : parts)
+        {
+            part.tuples = ofPoints ? piece->points : piece->cells;
+            mValues.read(*array, part);
+            part.data += part.tuples * tupleBytes;
+        }
+        return result;
+    }
+    std::memset(result.data, 0, result.tuples * tupleBytes);
+    // Points along each axis, or cells; an axis of one point has one layer of cells.
+    const auto countsOf = [&](const Extent& box)
+    {
+        GridSize counts = sizeOf(box);
+        for (std::size_t& count : counts)
+            if (!ofPoints && count > 1)
+                --count;
+        return counts;
+    };
+    const GridSize whole = countsOf(extent);
+    for (const auto& [piece, array] : parts)
+    {
+        const GridSize counts = countsOf(piece->extent);
+        StoredArray part =
+            StoredArray::allocate(precision, counts[0] * counts[1] * counts[2], components);
+        mValues.read(*array, part);
+        GridSize first;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            first[axis] = static_cast<std::size_t>(piece->extent[2 * axis] - extent[2 * axis]);
+        for (std::size_t k = 0; k < counts[2]; ++k)
+            for (std::size_t j = 0; j < counts[1]; ++j)
+            {
+                const std::size_t source = (k * counts[1] + j) * counts[0];
+                const std::size_t target =
+                    ((first[2] + k) * whole[1] + first[1] + j) * whole[0] + first[0];
+                std::memcpy(result.data + target * tupleBytes, part.data + source * tupleBytes,
+                            counts[0] * tupleBytes);
+            }
+    }
+    return result;
+}
+
+StoredArray XmlFile::readNamed(Association association, const std::string& name,
+                               Precision precision, std::size_t components)
+{
+    return readFromPieces(association, precision, components,
+                          [&](const Piece& piece) -> vtkXMLDataElement&
+                          {
+                              const char* const section = sectionOf(association);
+                              return requireArray(child(*piece.element, section), name, section);
+                          });
+}
+
+StoredArray XmlFile::readArray(const Array& array)
+{
+    return readNamed(array.association, array.name, array.precision, array.components);
+}
+
+std::optional<DataFile::Marks> XmlFile::readMarks(Association association)
+{
+    const auto& marks = mMarks[static_cast<std::size_t>(association)];
+    if (!marks)
+        return std::nullopt;
+    const Array& array = marks->first;
+    return Marks{readNamed(association, array.name, array.precision, array.components),
+                 marks->second};
+}
+
+StoredArray XmlFile::readPoints()
+{
+    if (mPieces.empty())
+        return StoredArray::allocate(Precision::Float64, 0, 3);
+    const auto precision = XmlValues::precisionOf(onlyArray(*mPieces.front().element, "Points"));
+    if (!precision)
+        throw Malformed("the points have no type of number");
+    return readFromPieces(Association::Points, *precision, 3,
+                          [](const Piece& piece) -> vtkXMLDataElement&
+                          { return onlyArray(*piece.element, "Points"); });
+}
+
+StoredArray XmlFile::readCoordinates(std::size_t axis)
+{
+    const std::size_t count = size()[axis];
+    auto result = StoredArray::allocate(Precision::Float64, count, 1);
+    std::vector<bool> isGiven(count, false);
+    for (const Piece& piece : mPieces)
+    {
+        std::vector<vtkXMLDataElement*> axes;
+        forChildren(child(*piece.element, "Coordinates"), "DataArray",
+                    [&](vtkXMLDataElement& array) { axes.push_back(&array); });
+        if (axes.size() != 3)
+            throw Malformed("a piece has " + std::to_string(axes.size()) +
+                            " arrays of coordinates, not 3");
+        const auto first = static_cast<std::size_t>(piece.extent[2 * axis] - extent[2 * axis]);
+        const StoredArray part = mValues.read(*axes[axis], sizeOf(piece.extent)[axis], 1);
+        visitPrecision(part.precision,
+                       [&]<typename Stored>()
+                       {
+                           for (std::size_t i = 0; i < part.tuples; ++i)
+                           {
+                               result.as<double>()[first + i] =
+                                   static_cast<double>(part.as<Stored>()[i]);
+                               isGiven[first + i] = true;
+                           }
+                       });
+    }
+    if (std::ranges::find(isGiven, false) != isGiven.end())
+        throw Malformed("its pieces do not give all coordinates");
+    return result;
+}
+
+FileCells XmlFile::readCells()
+{
+    XmlCells cells(mValues, mIsPolyData);
+    for (const Piece& piece : mPieces)
+        cells.add(*piece.element, piece.points);
+    return cells.take();
+}
+
+}
+
+std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, const std::filesystem::path& file,
+                                      const volatile bool& abortFlag)
+{
+    return std::make_unique<XmlFile>(format, file, abortFlag);
+}
+
+}
