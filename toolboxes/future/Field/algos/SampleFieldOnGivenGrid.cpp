@@ -128,7 +128,6 @@ private:
 void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
                                               const volatile bool& abortFlag)
 {
-    clearResult("Sampled Field");
     const auto grid = options.get<GridTypes>("Grid");
     const auto field = options.get<DataObjectBundle>("Field");
     if (field == nullptr)
@@ -138,6 +137,7 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
     if (field == nullptr || grid == nullptr)
     {
         debugLog() << "aborting." << std::endl;
+        clearResult("Sampled Field");
         return;
     }
 
@@ -196,9 +196,13 @@ bool SampleFieldOnGivenGridAlgorithm::sample(std::shared_ptr<const PointSet<G>> 
             [&]<typename T>()
             {
                 const auto typed = Field<D, T>::applyTo(field);
-                if (typed != nullptr && !times.empty())
+                if (typed == nullptr)
+                    return false;
+                if (times.empty())
+                    clearResult("Sampled Field");
+                else
                     setResult("Sampled Field", exec<G, D, T>(grid, *typed, times, abortFlag));
-                return typed != nullptr;
+                return true;
             });
     };
     return withDimension.template operator()<1>() || withDimension.template operator()<2>() ||
