@@ -210,6 +210,28 @@ TEST_F(CellConversion, CutsASpiralExactly)
     EXPECT_NEAR(sum, std::abs(area), 1e-4 * area);
 }
 
+TEST_F(CellConversion, TellsTheIndicesInTheFile)
+{
+    // Two squares in a row, the first one a ghost, and a polygon that becomes triangles.
+    const std::string points = "0 0 0 1 0 0 2 0 0 0 1 0 1 1 0 2 1 0 3 0 0";
+    const std::string file =
+        gridFile(7, points, 3, "0 1 4 3 1 2 5 4 1 6 5 2 4", "4 8 13", "9 9 7",
+                 "<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "0 1 2 3 4 5 6") +
+                     "</PointData><CellData>" + dataArray("type=\"Int8\" Name=\"c\"", "0 1 2") +
+                     dataArray("type=\"UInt8\" Name=\"vtkGhostType\"", "1 0 0") + "</CellData>");
+    create("a.vtu", file);
+    create("s.pvd", vtkFile("Collection", "<Collection><DataSet timestep=\"0\" file=\"a.vtu\"/>"
+                                          "<DataSet timestep=\"1\" file=\"a.vtu\"/></Collection>"));
+    for (const std::string reference : {"a.vtu#p", "a.vtu#c", "s.pvd#p", "s.pvd#c"})
+    {
+        const auto function = load(reference);
+        const auto values = valuesOf<Scalar>(*function);
+        ASSERT_LT(function->valuesPerStep(), 6U);
+        for (std::size_t i = 0; i < function->valuesPerStep(); ++i)
+            EXPECT_EQ(values[i], Scalar(static_cast<double>(function->indexInFile(i))));
+    }
+}
+
 TEST_F(CellConversion, KeepsTheCellsAtDuplicatePoints)
 {
     // A row of two squares: the last two points belong to another piece.

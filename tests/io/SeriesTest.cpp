@@ -122,6 +122,21 @@ TEST_F(Series, WarnsOnceAboutManyMissingSteps)
         "0.095, 0.096, 0.097, 0.098, 0.099; the nearest is at 0.002");
 }
 
+TEST_F(Series, WarnsWhenAStepIsLoaded)
+{
+    create("a.vtu", step("1"));
+    std::string longCell = step("2");
+    longCell.replace(longCell.find(">0 1 2<"), 7, ">0 1 2 0<");
+    longCell.replace(longCell.find(">3</DataArray>"), 2, ">4");
+    create("b.vtu", longCell);
+    create("s.pvd", pvd({{"0", "a.vtu"}, {"1", "b.vtu"}}));
+    const auto function = load("s.pvd");
+    EXPECT_TRUE(warnings().empty());
+    EXPECT_EQ(valuesOf<Scalar>(*function), (std::vector<Scalar>{{1.0}, {2.0}}));
+    EXPECT_EQ(warnings(), std::vector<std::string>{"s.pvd: 1 cell lists more points than its type "
+                                                   "has; only the first are used"});
+}
+
 TEST_F(Series, RefusesListsThatAreNone)
 {
     create("a.vtu", step("1"));

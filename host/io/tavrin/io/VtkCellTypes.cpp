@@ -43,24 +43,14 @@ constexpr std::array pairs{
     Pair{Invalid, VTK_EMPTY_CELL},
 };
 
-CellType fullyQuadratic(CellType type)
-{
-    switch (type)
-    {
-    case SubparametricQuadraticLine:
-        return QuadraticLine;
-    case SubparametricQuadraticTriangle:
-        return QuadraticTriangle;
-    case SubparametricQuadraticQuad:
-        return QuadraticQuad;
-    case SubparametricQuadraticTetrahedron:
-        return QuadraticTetrahedron;
-    case SubparametricQuadraticHexahedron:
-        return QuadraticHexahedron;
-    default:
-        return type;
-    }
-}
+/// Further cell types that are written with the number of a cell with the same vertices.
+constexpr std::array subparametric{
+    Pair{SubparametricQuadraticLine, VTK_QUADRATIC_EDGE},
+    Pair{SubparametricQuadraticTriangle, VTK_QUADRATIC_TRIANGLE},
+    Pair{SubparametricQuadraticQuad, VTK_QUADRATIC_QUAD},
+    Pair{SubparametricQuadraticTetrahedron, VTK_QUADRATIC_TETRA},
+    Pair{SubparametricQuadraticHexahedron, VTK_QUADRATIC_HEXAHEDRON},
+};
 
 }
 
@@ -72,8 +62,10 @@ std::optional<CellType> cellTypeOf(int vtkType)
 
 int vtkTypeOf(CellType type)
 {
-    const auto found = std::ranges::find(pairs, fullyQuadratic(type), &Pair::type);
-    return found == pairs.end() ? VTK_EMPTY_CELL : found->vtkType;
+    if (const auto found = std::ranges::find(pairs, type, &Pair::type); found != pairs.end())
+        return found->vtkType;
+    const auto found = std::ranges::find(subparametric, type, &Pair::type);
+    return found == subparametric.end() ? VTK_EMPTY_CELL : found->vtkType;
 }
 
 }
