@@ -199,9 +199,13 @@ bool SampleFieldOnGivenGridAlgorithm::sample(std::shared_ptr<const PointSet<G>> 
             [&]<typename T>()
             {
                 const auto typed = Field<D, T>::applyTo(field);
-                if (typed != nullptr && !times.empty())
+                if (typed == nullptr)
+                    return false;
+                if (times.empty())
+                    clearResult("Sampled Field");
+                else
                     setResult("Sampled Field", exec<G, D, T>(grid, *typed, times, abortFlag));
-                return typed != nullptr;
+                return true;
             });
     };
     return withDimension.template operator()<1>() || withDimension.template operator()<2>() ||
