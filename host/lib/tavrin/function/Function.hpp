@@ -21,7 +21,7 @@ enum class TimeBehavior
 /// "steady", "unsteady".
 TAVRIN_API std::string_view nameOf(TimeBehavior behavior);
 
-/// For each value of a function 1, or 0 where the value only fills a gap.
+/// For each value of a function 1, or 0 where the value is only a placeholder.
 using ValidityMask = LargeVector<std::uint8_t>;
 
 /// Values on one part of a domain, at one or more time steps.
@@ -37,7 +37,7 @@ public:
     /// The values of all time steps.
     const std::shared_ptr<const ValueArrayBase>& values() const { return mValues; }
 
-    /// Strictly ascending; may be empty, which is one step at no particular time.
+    /// Strictly ascending. Empty for one step that belongs to no particular time.
     const std::vector<double>& timeSteps() const { return mTimeSteps; }
 
     /// At least 1.
@@ -53,17 +53,16 @@ public:
     /// Values on points are point-based, all others cell-based.
     DomainType domainType() const;
 
-    /// What the values are, such as the name of an array in a file; may be empty.
+    /// The name of the quantity, such as that of an array in a file; may be empty.
     const std::string& name() const { return mName; }
 
-    /// Which values are real, for all time steps; null where all are. Files carry it along, and
-    /// nothing else looks at it.
+    /// Marks the values that are real, for all time steps; null where all of them are.
     const std::shared_ptr<const ValidityMask>& validity() const { return mValidity; }
 
     /// "3-D Vector" and the like.
     virtual std::string valueTypeName() const = 0;
 
-    /// Lines for a person: value type and precision, domain part, number of values, time steps.
+    /// Readable lines on value type and precision, domain part, number of values and time steps.
     std::vector<std::string> getInfoStrings() const;
 
     static const TypeId<FunctionBase>& classTypeId()
@@ -102,8 +101,10 @@ template<typename T>
 class TAVRIN_API Function final : public FunctionBase
 {
 public:
-    /// Throws what `transferToDomain` throws, and `logic_error` where the time steps do not ascend
-    /// or the mask has another size than the values.
+    /// Throws `runtime_error` "Data can't be registered to non-existent domains." for a null domain and
+    /// "The data does not fit onto the specified domain" for a wrong number of values. Throws
+    /// `logic_error` where there is no value array, time steps do not ascend, or the mask differs
+    /// in size from the values.
     Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
              std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
              std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr);
@@ -142,8 +143,7 @@ public:
     }
 
 private:
-    /// Refuses values that cannot live on the domain. Throws `runtime_error` "Data can't be
-    /// registered to non-existent domains." or "The data does not fit onto the specified domain".
+    /// Throws where the values cannot live on the domain.
     static void transferToDomain(const Domain* domain, const DomainPart& part,
                                  const ValueArrayBase& values, std::size_t numTimeSteps);
 };
@@ -160,9 +160,8 @@ extern template class Function<Matrix4>;
 extern template class Function<Vector242>;
 extern template class Function<Vector375>;
 
-/// Makes a function of values that are moved in: one per element of the domain part, for each time
-/// step in turn. Vectors with any allocator are taken over without a copy.
-/// Throws what the constructor of `Function` throws.
+/// Makes a function from values that are moved in, without copying them: one per element of the domain
+/// part, for each time step in turn. Throws what the constructor of `Function` throws.
 template<typename T, typename Allocator>
 std::shared_ptr<const Function<T>> addData(std::shared_ptr<const Domain> domain,
                                            const DomainPart& domainPart,
