@@ -4,6 +4,7 @@
 #include "commands/Program.hpp"
 #include "commands/Session.hpp"
 #include "console/Failure.hpp"
+#include "console/ForeignOutput.hpp"
 #include "console/Interrupt.hpp"
 #include "plugins/ExitGuard.hpp"
 #include "plugins/PluginTrial.hpp"
@@ -160,6 +161,7 @@ int runApplication(int argc, const char* const* argv) noexcept
     GlobalOptions options;
     try
     {
+        const ForeignOutput foreignOutput(console);
         run(argc, argv, console, options);
         console.requireOutput();
         return Done;

@@ -37,7 +37,7 @@ std::shared_ptr<const ColorMapDataObject> grayMap(float alphaOfWhite = 1.0F)
 class ShowHedgehogsTest : public testing::Test
 {
 protected:
-    /// Runs and returns the trace.
+    /// Executes and returns what was written to standard output.
     std::string execute()
     {
         return standardOutputOf([&] { run.execute(neverAbort); });
@@ -316,41 +316,55 @@ TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
     {
         run.setText("Scale", toText(scale));
         arrowsOf(std::move(field));
-        return run.debugLog();
+        return run.hints().empty() ? std::string() : run.hints().back();
+    };
+    const auto suggestionFor = [&](std::shared_ptr<const FunctionBase> field)
+    {
+        hintOf(std::move(field));
+        return run.suggestions().contains("Scale") ? run.suggestions().at("Scale") : "none";
     };
     // Neighbors 1 apart, the longest arrow 5.
-    const auto field = fieldOf<Vector2>({{3.0, 4.0}, {0.0, nan}, {1.0, 0.0}});
+    const auto field = fieldOf<Vector2>({{3.0, 4.0}, {0.0, 1.0}, {1.0, 0.0}});
     EXPECT_EQ(hintOf(field, 4.0), "");
     EXPECT_EQ(hintOf(field, 0.01), "");
-    EXPECT_EQ(hintOf(field, 4.01), "hint: the longest arrow has the length 20, and neighboring "
-                                   "samples are 1 apart; with \"Scale\" 0.2 both are equal\n");
-    EXPECT_EQ(hintOf(field, -0.009), "hint: the longest arrow has the length 0.045, and "
-                                     "neighboring samples are 1 apart; with \"Scale\" -0.2 both "
-                                     "are equal\n");
+    EXPECT_EQ(hintOf(field, 4.01), "the longest arrows have a length of 20, and neighboring "
+                                   "samples are 1 apart; with \"Scale\" 0.2 both are equal");
+    EXPECT_EQ(hintOf(field, -0.009), "the longest arrows have a length of 0.045, and neighboring "
+                                     "samples are 1 apart; with \"Scale\" -0.2 both are equal");
     EXPECT_EQ(hintOf(field, 0.0), "");
+    EXPECT_EQ(suggestionFor(field), "0.2");
 
-    const auto suffix = [&](std::shared_ptr<const FunctionBase> function)
+    // A few marks for missing values do not count, whatever their number in a large field.
+    for (const std::size_t count : {20UL, 1000UL, 200000UL})
     {
-        const std::string hint = hintOf(std::move(function));
-        return hint.substr(std::min(hint.find("\"Scale\""), hint.size()));
-    };
+        std::vector<Vector2> values(count, Vector2(0.5, 0.0));
+        for (std::size_t i = 7; i < count; i += 40)
+            values[i] = Vector2(-1e9, 0.0);
+        EXPECT_EQ(suggestionFor(fieldOf(values)), "2") << count;
+    }
+    // A field that is 0 nearly everywhere.
+    std::vector<Vector2> jet(100, Vector2(0.0, 0.0));
+    jet[50] = Vector2(4.0, 0.0);
+    EXPECT_EQ(suggestionFor(fieldOf(jet)), "0.25");
+
     // The median of the edges along the axes: 4.
     const auto grid = std::make_shared<UniformGrid<3>>(
         UniformGrid<3>::Layout{.size = {31, 31, 31}, .spacing = {0.1, 4.0, 1e6}});
     const std::vector<Vector3> ones(grid->numPoints(), Vector3(1e-3, 0.0, 0.0));
-    EXPECT_EQ(suffix(fieldOf(ones, grid)), "\"Scale\" 4000 both are equal\n");
-    EXPECT_EQ(suffix(addData(grid, detail::Cells, std::vector<Vector3>(27000, ones[0]),
-                             Precision::Float64, {})),
-              "\"Scale\" 4000 both are equal\n");
+    EXPECT_EQ(suggestionFor(fieldOf(ones, grid)), "4000");
+    EXPECT_EQ(suggestionFor(addData(grid, detail::Cells, std::vector<Vector3>(27000, ones[0]),
+                                    Precision::Float64, {})),
+              "4000");
     // 10000 points that fill a square of 99 x 99, in space.
     std::vector<Vector3> points;
     for (std::size_t i = 0; i < 10000; ++i)
         points.emplace_back(static_cast<double>(i % 100), static_cast<double>(i / 100), 5.0);
-    EXPECT_EQ(suffix(fieldOf(std::vector<Vector2>(10000, Vector2(0.0, 64.0)), cloudOf<3>(points))),
-              "\"Scale\" 0.016 both are equal\n");
+    EXPECT_EQ(
+        suggestionFor(fieldOf(std::vector<Vector2>(10000, Vector2(0.0, 64.0)), cloudOf<3>(points))),
+        "0.016");
     // Nothing to compare with.
-    EXPECT_EQ(hintOf(fieldOf<Vector2>({{1e9, 0.0}})), "");
-    EXPECT_EQ(hintOf(fieldOf<Vector2>({{0.0, 0.0}, {0.0, 0.0}})), "");
+    EXPECT_EQ(suggestionFor(fieldOf<Vector2>({{1e9, 0.0}})), "none");
+    EXPECT_EQ(suggestionFor(fieldOf<Vector2>({{0.0, 0.0}, {0.0, 0.0}})), "none");
 
     // Lines end at single precision numbers; arrows do not.
     const auto far =
@@ -358,9 +372,53 @@ TEST_F(ShowHedgehogsTest, AdvisesOnAScaleWhereArrowsAreOutOfProportion)
     EXPECT_EQ(hintOf(far), "");
     run.setText("Representation", "line");
     run.execute(neverAbort);
-    EXPECT_EQ(run.debugLog(),
-              "hint: the longest line has the length 0.5, and its ends are rounded "
-              "to multiples of about 1 here; the other representations are exact\n");
+    EXPECT_EQ(run.hints(),
+              (std::vector<std::string>{
+                  "the longest lines have a length of 0.5, and their ends are rounded "
+                  "to multiples of about 1 here; the other representations are exact"}));
+}
+
+TEST_F(ShowHedgehogsTest, TellsWhatIsNotShown)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    arrowsOf(fieldOf<Vector2>({{1.0, 0.0}, {nan, 0.0}, {1.0, infinity}, {1.0, 0.0}}));
+    EXPECT_EQ(run.hints(), (std::vector<std::string>{
+                               "2 of 4 arrows have a position or a vector that is not finite, and "
+                               "are not drawn"}));
+
+    run.setText("Time", "3");
+    arrowsOf(fieldOf<Vector2>({{1.0, 0.0}, {1.0, 0.0}}, lineOf(1), {0.0, 2.0}));
+    EXPECT_EQ(run.hints(),
+              (std::vector<std::string>{
+                  "the field has values from time 0 to 2, none at 3; those at 0 are shown"}));
+}
+
+TEST_F(ShowHedgehogsTest, LeavesOutValuesThatAreMarkedAsInvalid)
+{
+    // Two steps of three values: the first is invalid in the first step, the last in the second.
+    const auto mask = std::make_shared<const ValidityMask>(ValidityMask{0, 1, 1, 1, 1, 0});
+    const std::vector<Vector2> values{{nan, 0.0}, {2.0, 0.0}, {3.0, 0.0},
+                                      {1.0, 0.0}, {2.0, 0.0}, {0.0, 0.0}};
+    const auto field =
+        addData(lineOf(3), PointSetBase::Points, values, Precision::Float64, {0.0, 1.0}, "v", mask);
+    run.connect("Color Map", grayMap());
+    const auto startsAt = [&](const char* time)
+    {
+        run.setText("Time", time);
+        std::vector<double> starts;
+        for (const ArrowGlyph& arrow : arrowsOf(field))
+            starts.push_back(arrow.start[0]);
+        return starts;
+    };
+    EXPECT_EQ(startsAt("0"), (std::vector{1.0, 2.0}));
+    EXPECT_EQ(run.hints(),
+              (std::vector<std::string>{"1 of 3 values are marked as outside and left out"}));
+    EXPECT_FLOAT_EQ(arrows()[1].color.red, 0.03F);
+    EXPECT_EQ(startsAt("1"), (std::vector{0.0, 1.0}));
+    EXPECT_EQ(startsAt("0.5"), (std::vector{1.0}));
+    // A time that the field does not have shows the first step.
+    EXPECT_EQ(startsAt("7"), (std::vector{1.0, 2.0}));
+    EXPECT_EQ(lines()->numVertices(), 4U);
 }
 
 }

@@ -101,10 +101,13 @@ Options:
                             of option
   Field          data     a field (required)
                           takes FILE#ARRAY
+                          accepts: function
   Grid           data     a grid
                           takes FILE; connected
+                          accepts: grid or point set
   Fields         bundle   several fields
                           takes FILE#ARRAY, several times
+                          accepts: function
   [Values]
   Flag           boolean  a flag
                           default: false
@@ -185,8 +188,9 @@ TEST(Run, SetsOptionsAndPrintsTheReport)
         R"(tavrin --plugin "$PLUGIN" run Trial/Everything Fields=abc_flow.vti Field=flow.vtu)"
         R"( Number=-4 "Number (real)=2.5" "Text=a=b" Fields=quadratic.vtu "Choice:= x")"
         R"( --report r.json)");
-    EXPECT_EQ(output, "printed\nvelocity + velocity + displacement; -4 2.5 a=b  x\n");
+    EXPECT_EQ(output, "velocity + velocity + displacement; -4 2.5 a=b  x\nprinted\n");
     const json report = json::parse(workshop.read("r.json"));
+    EXPECT_EQ(report["formatVersion"], 1);
     EXPECT_EQ(report["algorithm"], "Trial/Everything");
     EXPECT_EQ(report["options"], json({{"Field", "flow.vtu"},
                                        {"Grid", nullptr},
@@ -201,6 +205,23 @@ TEST(Run, SetsOptionsAndPrintsTheReport)
               json::array({"velocity + velocity + displacement; -4 2.5 a=b  x"}));
     EXPECT_EQ(report["debugLog"], json::array());
     EXPECT_EQ(report["outputs"], json::array());
+}
+
+TEST(Run, ReportsResults)
+{
+    const Workshop workshop;
+    const Outcome outcome =
+        workshop.run(R"(tavrin --plugin "$PLUGIN" run Trial/Report --report -)");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.standardError, "done\nhint: look at it\n");
+    const json report = json::parse(outcome.standardOutput);
+    EXPECT_EQ(report["results"], json({{"count", 3},
+                                       {"third", 1.0 / 3.0},
+                                       {"box", {{"lower", {0.0, 1.0}}, {"name", "b"}}},
+                                       {"samples", {{"total", 5}, {"outside", 2}}}}));
+    EXPECT_EQ(report["samples"], json({{"total", 5}, {"outside", 2}}));
+    EXPECT_EQ(report["hints"], json::array({"look at it"}));
+    EXPECT_EQ(report["suggestions"], json({{"Scale", "0.25"}}));
 }
 
 TEST(Run, ReportsWhatItCost)
@@ -311,6 +332,8 @@ TEST(Completion, OffersWhatComesNext)
         {"tavrin run Trial/Everything Flag = t", 5, "true "},
         {R"(tavrin run Trial/Everything '"Choice=t')", 3, "Choice=two "},
         {"tavrin run Trial/Everything Field = flo", 5, "flow.vtu "},
+        {R"(tavrin run 'Field/Show Hedgehogs' '\"Color Map=pl')", 3,
+         "Color Map=plasma Color Map=plate_with_hole.vts "},
         {"tavrin run Trial/Wait -o F", 4, "Field= "},
         {"tavrin run Trial/Wait -o Field = flo", 6, "flow.vtu "},
         {"tavrin info double", 2, "double_gyre.pvd double_gyre/ "},

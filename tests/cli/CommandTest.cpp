@@ -19,8 +19,11 @@ struct Case
 };
 
 // "operate" is "tavrin run 'Field/Tensor Field Operator'", "trial NAME" runs a trial algorithm.
-const Case cases[] = {
-    // clang-format off
+const Case
+    cases
+        [] =
+            {
+                // clang-format off
     {"Works", R"(operate "Field A=flow.vtu#velocity" "Operator=Norm of Field A" -o Field=out.vtu)", 0, ""},
     {"WorksWithoutPort", R"(operate "Field A=flow.vtu" -o out.vtu)", 0, ""},
     {"WorksOnSeries", R"(operate "Field A=double_gyre.pvd" -o series.pvd && tavrin info series.pvd | grep -q 'time steps  21 from 0 to 10')", 0, ""},
@@ -111,7 +114,7 @@ const Case cases[] = {
     // Pictures
     {"Picture", R"(draw Field=flow.vtu "Color Map=viridis" --size 200x150 && head -c 24 out.png | tail -c 8 | od -An -tx1 >&2)", 0, " 00 00 00 c8 00 00 00 96\n"},
     {"ScaleIsAdvised", "draw Field=flow.vtu Scale=1000 --size 20x20", 0, "hint: the longest arrow has the length 1500, and neighboring samples are 0.32 apart; with \"Scale\" 0.21 both are equal\n"},
-    {"TimeIsMissing", "draw Field=double_gyre.pvd Time=12 --size 20x20", 0, "hint: the field has values from time 0 to 10, none at 12; shown are those at 0\n"},
+    {"TimeIsMissing", "draw Field=double_gyre.pvd Time=12 --size 20x20", 0, "hint: the field has values from time 0 to 10, none at 12; those at 0 are shown\n"},
     {"NoVectors", "draw Field=plate_with_hole.vts", 2, "error: option \"Field\": it takes a function of type 2-D Vector or a function of type 3-D Vector, not a function of type 3x3 Matrix on Points\n"},
     {"NothingToDraw", "draw", 1, "Input Field not set.\nerror: \"Field/Show Hedgehogs\" published nothing on \"Hedgehogs\"\n"},
     {"UnknownColorMap", R"(draw Field=flow.vtu "Color Map=virids")", 2, "error: unknown color map \"virids\"; did you mean \"viridis\"?\n"},
@@ -144,11 +147,34 @@ const Case cases[] = {
     {"ProgressLines", "trial Wait Seconds=1.5 Input=flow.vtu --progress always -o out.vtu 2>&1 | grep -c '^progress: wait [0-9]* %, [0-9.]* /s, [12] s left$' >&2", 0, "2\n"},
     {"NoProgressWithoutTerminal", "trial Wait Seconds=0.5 Input=flow.vtu -o out.vtu", 0, ""},
 
+    // Data of all kinds
+    {"FieldOfFunction", "trial Kinds Flow=flow.vtu >&2", 0, "Flow: velocity\n"},
+    {"FieldOfAnotherType", "trial Kinds Flow=plate_with_hole.vts", 2, "error: option \"Flow\": it takes a 3-D field of type 3-D Vector, not a function of type 3x3 Matrix on Points\n"},
+    {"FieldOfSeveralBlocks", R"(printf '<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><DataSet index="0" file="flow.vtu"/><DataSet index="1" file="abc_flow.vti"/></vtkMultiBlockDataSet></VTKFile>' >all.vtm; trial Kinds Flow=all.vtm Pair=all.vtm >&2)", 0, "Flow: velocity\nPair: function velocity\nPair: function velocity\n"},
+    {"MixedTakesGrid", "trial Kinds Mixed=flow.vtu >&2", 0, "Mixed: grid\n"},
+    {"MixedRaisesDimension", "trial Kinds Mixed=probe.vti >&2", 0, "Mixed: grid\n"},
+    {"MixedTakesFunction", "operate 'Field A=flow.vtu' -o norm.vtu && trial Kinds 'Mixed=norm.vtu#Norm of velocity' >&2", 0, "Mixed: function Norm of velocity\n"},
+    {"MixedRefusesOther", "trial Kinds Mixed=flow.vtu#velocity", 2, "error: option \"Mixed\": it takes a 3-D grid or point set or a function of type Scalar, not a function of type 3-D Vector on Points\n"},
+    {"AnythingIsGrid", "trial Kinds Anything=flow.vtu >&2", 0, "Anything: grid\n"},
+    {"AnythingIsFunction", "trial Kinds 'Anything=flow.vtu?on=points' >&2", 0, "Anything: function velocity\n"},
+    {"AnythingIsColorMap", "trial Kinds Anything=viridis@0:1 >&2", 0, "Anything: other\n"},
+    {"BundleIsConnectedWhole", "trial Kinds Pair=flow.vtu Scale=2 Pair=abc_flow.vti >&2", 0, "Pair: function velocity\nPair: function velocity\n"},
+    {"BundleOfOneIsRefused", "trial Kinds Pair=flow.vtu", 2, "error: option \"Pair\": it does not take this bundle\n"},
+    {"BundleIsEmptied", "trial Kinds Things=flow.vtu Things= Things=gray Things=flow.vtu#velocity >&2", 0, "Things: other\nThings: function velocity\n"},
+    {"DataComesBeforeValues", "trial Kinds Scale=2 Pair=flow.vtu Pair=flow.vtu >/dev/null && tavrin --plugin \"$PLUGIN\" describe Trial/Kinds Scale=2 Pair=flow.vtu Pair=flow.vtu >/dev/null", 0, ""},
+    {"RefusedChange", "trial Kinds Scale=2", 2, "error: option \"Scale\": needs a pair\n"},
+
+    // Logs
+    {"PrintsWholeLines", "trial Print -v 2>&1 >out | cat >err; cat out err >&2", 0, "first\nprinted 1 and 2\nsecond\nprinted 3\nthird\npart of an error\ndetail\ncomplete\nhint: a hint\n"},
+    {"PrintsWholeLinesToOneFile", "trial Print -v >all 2>&1; cat all >&2", 0, "first\nprinted 1 and 2\nsecond\npart of an error\ndetail\nprinted 3\nthird\ncomplete\nhint: a hint\n"},
+    {"LogsBeforeCrash", "{ trial LastWords Crash=true >log; } 2>/dev/null; cat log >&2", 0, "last words\n"},
+    {"LogsBeforeInterrupt", R"(tavrin --plugin "$PLUGIN" run Trial/LastWords >log & started; kill -INT $!; wait $!; code=$?; cat log >&2; exit $code)", 130, "interrupted\nlast words\n"},
+
     // Interruption
     {"Interrupted", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -INT $!; wait $!)", 130, "interrupted\n"},
     {"Terminated", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -TERM $!; wait $!)", 130, "interrupted\n"},
-    {"HungUp", R"(trial Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -HUP $!; wait $!)", 130, "interrupted\n"},
-    {"HangupIsIgnored", R"(trap '' HUP; trial Wait Seconds=1 Input=flow.vtu -o out.vtu & started; kill -HUP $!; wait $!)", 0, ""},
+    {"HungUp", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -HUP $!; wait $!)", 130, "interrupted\n"},
+    {"HangupIsIgnored", R"(trap '' HUP; tavrin --plugin "$PLUGIN" run Trial/Wait Seconds=1 Input=flow.vtu -o out.vtu & started; kill -HUP $!; wait $!)", 0, ""},
     {"InterruptedTwice", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Stubborn=true -o out.vtu & started; kill -INT $!; sleep 0.2; kill -TERM $!; { wait $!; } 2>/dev/null)", 143, ""},
 
     // What the system may refuse
@@ -180,7 +206,7 @@ const Case cases[] = {
     {"AlgorithmExits", "tavrin --plugin \"$HOSTILE\" run Hostile/Exit --report report.json", 1, "error: a plug-in ended the program\n"},
     {"AlgorithmsThatCannotBeDeclared", "for command in list man 'completion bash'; do tavrin --plugin \"$HOSTILE\" $command | grep -c 'Field/Info' | sed 's/[1-9][0-9]*/some/' >&2; done 2>&1 | sort >&2", 0, "some\nsome\nsome\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\n"},
     {"OwnPluginMissing", "cp -r \"$LIBRARIES\"/../bin/tavrin . && mkdir lib && cp \"$LIBRARIES\"/*.so* . && ./tavrin list 2>&1 | sed 's/.*plugins/PLACE/' >&2", 0, "PLACE: no such file\n"},
-    // clang-format on
+                // clang-format on
 };
 
 /// How GoogleTest shows a case.

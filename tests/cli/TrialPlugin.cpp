@@ -1,11 +1,14 @@
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
+#include <tavrin/field/Field.hpp>
 #include <tavrin/io/FileError.hpp>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
-// Algorithms that do on purpose what an algorithm may do to the program that runs it.
+// Algorithms that do deliberately what an algorithm may do to the program that runs it.
 
 namespace
 {
@@ -22,7 +25,7 @@ void sleepBriefly()
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
-/// Works until it is told to stop, or in spite of that.
+/// Works until the abort flag is set, or ignores the flag.
 class WaitAlgorithm : public DataAlgorithm
 {
 public:
@@ -31,7 +34,7 @@ public:
         explicit Options(Control& control) : tavrin::Options(control)
         {
             add<FunctionBase>("Input", "is published");
-            add<bool>("Stubborn", "does not look at the abort flag", false);
+            add<bool>("Stubborn", "ignores the abort flag", false);
             add<double>("Seconds", "how long", 60.0);
         }
     };
@@ -74,7 +77,8 @@ public:
     void execute(const tavrin::Options& options, const volatile bool&) override
     {
         infoLog() << "so far so good\n";
-        debugLog() << "a detail\nhint: try another\n";
+        debugLog() << "a detail\n";
+        hint("try another");
         const auto what = options.get<std::string>("What");
         if (what == "lines")
             throw runtime_error("first\nsecond\x1b[31m\n");
@@ -90,7 +94,7 @@ public:
     }
 };
 
-/// Has an option of every kind and reports what it got.
+/// Has an option of every kind and logs the values.
 class EverythingAlgorithm : public DataAlgorithm
 {
 public:
@@ -137,8 +141,130 @@ public:
     }
 };
 
+/// Has data options of all kinds and names what is connected to them.
+class KindsAlgorithm : public DataAlgorithm
+{
+public:
+    struct Options : tavrin::Options
+    {
+        explicit Options(Control& control) : tavrin::Options(control)
+        {
+            add<Field<3, Vector3>>("Flow", "a field");
+            add<TypeList<PointSet<3>, Function<Scalar>>>("Mixed", "a grid or a function");
+            add<DataObject>("Anything", "any object");
+            addBundle<FunctionBase>("Pair", "exactly two functions",
+                                    [](const DataObjectBundle& pair)
+                                    { return pair.members().size() == 2; });
+            addBundle<DataObject>("Things", "any objects");
+            add<double>("Scale", "a number", 1.0);
+        }
+
+        /// A value may be set only after the data is connected.
+        void optionChanged(const std::string& name) override
+        {
+            if (name == "Scale" && get<DataObjectBundle>("Pair") == nullptr)
+                throw usage_error("needs a pair");
+        }
+    };
+    using DataAlgorithm::DataAlgorithm;
+
+    void execute(const tavrin::Options& options, const volatile bool&) override
+    {
+        if (const auto flow = options.get<Field<3, Vector3>>("Flow"))
+            infoLog() << "Flow: " << flow->name() << '\n';
+        tell("Mixed", options.get<TypeList<PointSet<3>, Function<Scalar>>>("Mixed"));
+        tell("Anything", options.get<DataObject>("Anything"));
+        for (const char* const name : {"Pair", "Things"})
+            if (const auto bundle = options.get<DataObjectBundle>(name))
+                for (const auto& member : bundle->members())
+                    tell(name, member);
+    }
+
+private:
+    void tell(const std::string& option, const std::shared_ptr<const DataObject>& object) const
+    {
+        if (object == nullptr)
+            return;
+        const auto* const function = dynamic_cast<const FunctionBase*>(object.get());
+        infoLog() << option << ": "
+                  << (function != nullptr                  ? "function " + function->name()
+                      : object->isA(Domain::classTypeId()) ? "grid"
+                                                           : "other")
+                  << '\n';
+    }
+};
+
+/// Prints parts of lines by itself, between lines of its logs.
+class PrintAlgorithm : public DataAlgorithm
+{
+public:
+    using Options = tavrin::Options;
+    using DataAlgorithm::DataAlgorithm;
+
+    void execute(const tavrin::Options&, const volatile bool&) override
+    {
+        infoLog() << "first\n";
+        std::cout << "printed " << 1;
+        std::printf(" and %d", 2);
+        infoLog() << "second\nthi";
+        std::cerr << "part of an error";
+        debugLog() << "detail\n";
+        std::cout << "printed " << 3;
+        infoLog() << "rd\n";
+        std::fputs("complete\n", stderr);
+        hint("a hint");
+    }
+};
+
+/// Reports values of every form.
+class ReportAlgorithm : public DataAlgorithm
+{
+public:
+    using Options = tavrin::Options;
+    using DataAlgorithm::DataAlgorithm;
+
+    void execute(const tavrin::Options&, const volatile bool&) override
+    {
+        infoLog() << "done\n";
+        report("count", std::size_t{3});
+        report("third", 1.0 / 3.0);
+        report("box", {{"lower", ReportValue::Numbers{0.0, 1.0}}, {"name", std::string("b")}});
+        report("samples", {{"total", std::size_t{5}}, {"outside", std::size_t{2}}});
+        hint("look at it");
+        suggest("Scale", "0.25");
+    }
+};
+
+/// Logs, and then crashes the process or waits for the abort flag.
+class LastWordsAlgorithm : public DataAlgorithm
+{
+public:
+    struct Options : tavrin::Options
+    {
+        explicit Options(Control& control) : tavrin::Options(control)
+        {
+            add<bool>("Crash", "ends the process", false);
+        }
+    };
+    using DataAlgorithm::DataAlgorithm;
+
+    void execute(const tavrin::Options& options, const volatile bool& abortFlag) override
+    {
+        infoLog() << "last words\n";
+        if (options.get<bool>("Crash"))
+            std::abort();
+        std::ofstream("started") << std::flush;
+        while (!abortFlag)
+            sleepBriefly();
+    }
+};
+
 const AlgorithmRegister<WaitAlgorithm> wait("Trial/Wait", "Waits");
 const AlgorithmRegister<ThrowAlgorithm> throwing("Trial/Throw", "Throws");
 const AlgorithmRegister<EverythingAlgorithm> everything("Trial/Everything", "Takes everything");
+const AlgorithmRegister<KindsAlgorithm> kinds("Trial/Kinds", "Takes data of all kinds");
+const AlgorithmRegister<PrintAlgorithm> print("Trial/Print", "Prints parts of lines");
+const AlgorithmRegister<ReportAlgorithm> reporting("Trial/Report", "Reports values");
+const AlgorithmRegister<LastWordsAlgorithm> lastWords("Trial/LastWords", "Logs before it ends");
 
 }

@@ -1,7 +1,10 @@
 #include <support/errorOf.hpp>
 
+#include <support/smallData.hpp>
+
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
+#include <tavrin/colormap/NormRange.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
 
@@ -115,7 +118,7 @@ TEST(ColorMap, BuiltInMapsHaveTheirPublishedColors)
 {
     const auto color = [](const char* name, double value)
     { return builtInColorMap(name).mapValueToColor(value); };
-    // Rows of the published tables, the first of each no control point here.
+    // Rows of the published tables; the first one of each is not a control point of ours.
     expectNear(color("viridis", 100.0 / 255.0), {0.166617F, 0.463708F, 0.558119F, 1.0F});
     expectNear(color("viridis", 1.0), {0.993248F, 0.906157F, 0.143936F, 1.0F});
     expectNear(color("plasma", 100.0 / 255.0), {0.683758F, 0.156278F, 0.571660F, 1.0F});
@@ -170,6 +173,29 @@ TEST(ColorMap, RefusesWhatIsNone)
                       map.stretchedTo({0.0, infinity});
                   }),
               "a color map cannot span 0 to inf");
+}
+
+TEST(NormRange, IsThatOfFiniteValidNorms)
+{
+    const auto rangeOf =
+        [](std::vector<Vector2> values, std::shared_ptr<const ValidityMask> mask = nullptr)
+    {
+        const auto line = support::lineOf(values.size());
+        return finiteNormRange(*addData(line, PointSetBase::Points, std::move(values),
+                                        Precision::Float64, {}, "v", std::move(mask)));
+    };
+    EXPECT_EQ(rangeOf({{3.0, 4.0}, {0.0, -1.0}}), (ValueRange{1.0, 5.0}));
+    EXPECT_EQ(rangeOf({{infinity, 0.0}, {3.0, 4.0}, {nan, 0.0}, {0.0, -infinity}}),
+              (ValueRange{5.0, 5.0}));
+    EXPECT_EQ(rangeOf({{nan, 0.0}, {0.0, infinity}}), std::nullopt);
+    EXPECT_EQ(rangeOf({}), std::nullopt);
+    EXPECT_EQ(rangeOf({{0.0, 0.0}, {3.0, 4.0}, {0.0, 2.0}},
+                      std::make_shared<const ValidityMask>(ValidityMask{0, 1, 1})),
+              (ValueRange{2.0, 5.0}));
+    // More than one block.
+    std::vector<Vector2> many(5000, Vector2(1.0, 0.0));
+    many[4999] = Vector2(0.0, 7.0);
+    EXPECT_EQ(rangeOf(many), (ValueRange{1.0, 7.0}));
 }
 
 }

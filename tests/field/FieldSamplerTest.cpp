@@ -93,7 +93,7 @@ TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions
     const PointCloud<3> cloud(stored(scattered));
     const UniformGrid<3> fine(lattice({21, 22, 23}, 0.45, -0.5));
     const CurvilinearGrid<3> path({3000, 1, 1}, stored(scattered));
-    const PointCloud<3> none(stored(Points<3>{}));
+    const PointCloud<3> none(stored<Vector3>({}));
 
     for (const int threads : {1, 3})
         for (const std::size_t numTimes : {1, 1000})

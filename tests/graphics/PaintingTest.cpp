@@ -6,10 +6,14 @@
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <thread>
 
 namespace
 {
@@ -87,7 +91,7 @@ std::vector<ArrowGlyph> moved(std::vector<ArrowGlyph> glyphs, const Vector3& off
     return glyphs;
 }
 
-/// Both kinds of arrows do these alike.
+/// Tests for both kinds of arrows.
 class ArrowPaintingTest : public PaintingTest, public testing::WithParamInterface<bool>
 {};
 
@@ -98,8 +102,8 @@ TEST_P(ArrowPaintingTest, ArrowsAreWhereTheyShouldBe)
 {
     const Image image = paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.05, red, GetParam()},
                                      {{0, 0, 0}, {0, 1, 0}, 0.05, blue, GetParam()}});
-    // Seen straight on, x to the right at the bottom, y upwards at the left; three per cent of
-    // margin are left, and half of the heads.
+    // The view is along z: x points to the right at the bottom, y upward at the left, within a margin
+    // of 3 % and half a head.
     EXPECT_TRUE(isRed(pixelAt(image, 60, 107)));
     EXPECT_TRUE(isBlue(pixelAt(image, 12, 60)));
     EXPECT_EQ(pixelAt(image, 60, 60).green, 255);
@@ -192,7 +196,7 @@ TEST_P(ArrowPaintingTest, OddArrowsDoNoHarm)
 
     EXPECT_EQ(countInk(paintArrows({})), 0U);
     EXPECT_EQ(countInk(paintArrows({glyphs[1]})), 0U);
-    // A vector of length zero is a dot, and so is one that is far too small to be seen.
+    // A vector of length 0 is drawn as a dot, and so is one that is far too small to be seen.
     for (const double length : {0.0, 1e-5})
     {
         const std::size_t dot =
@@ -202,7 +206,7 @@ TEST_P(ArrowPaintingTest, OddArrowsDoNoHarm)
         EXPECT_GE(dot, 1U);
         EXPECT_LE(dot, 30U);
     }
-    // No width at all is as thin as can be seen.
+    // An arrow of width 0 is as thin as can be seen.
     EXPECT_GT(countInk(paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.0, blue, tube}})), 80U);
 }
 
@@ -319,6 +323,105 @@ TEST_F(PaintingTest, TheSameInputGivesTheSamePicture)
     const PictureOptions options{.width = 320, .height = 240};
     EXPECT_EQ(paint(scene, options, neverAbort).rgba, paint(scene, options, neverAbort).rgba);
 }
+
+/// Long arrows from a small box, which cover one another many times.
+std::vector<ArrowGlyph> crowd(std::size_t count, bool tube)
+{
+    auto glyphs = randomArrows(count, 1.0F, tube);
+    for (ArrowGlyph& glyph : glyphs)
+    {
+        glyph.start *= 0.3;
+        glyph.direction *= 2.0;
+    }
+    return glyphs;
+}
+
+TEST_P(ArrowPaintingTest, OnlyHiddenArrowsAreLeftOut)
+{
+    const auto glyphs = crowd(3000, GetParam());
+    const PictureOptions options{.width = 200, .height = 150};
+    const Image image = paintArrows(glyphs, options);
+    // In batches of a few arrows, hidden ones are not looked for.
+    Scene scene;
+    for (std::size_t i = 0; i < glyphs.size(); i += 20)
+        scene.drawables.push_back(
+            arrows(std::vector(glyphs.begin() + static_cast<std::ptrdiff_t>(i),
+                               glyphs.begin() + static_cast<std::ptrdiff_t>(i + 20))));
+    // Dense arrows have fewer sides, which shows only along their edges.
+    EXPECT_LE(numDifferent(image, paint(scene, options, neverAbort)), 200U * 150U / 25U);
+}
+
+TEST_F(PaintingTest, AnAbortEndsItSoon)
+{
+    using Clock = std::chrono::steady_clock;
+    struct Watcher final : ProgressObserver
+    {
+        void opened(const ProgressReport& report) override
+        {
+            title = report.title;
+            total = report.total;
+        }
+        void closed(const ProgressReport& report) override
+        {
+            isClosed = true;
+            count = report.counter.count();
+        }
+
+        std::string title;
+        unsigned long total = 0;
+        unsigned long count = 0;
+        bool isClosed = false;
+    };
+    // Transparent arrows do not hide one another, so that painting takes seconds.
+    auto glyphs = crowd(60000, true);
+    for (ArrowGlyph& glyph : glyphs)
+        glyph.color.alpha = 0.5F;
+    volatile bool abortFlag = false;
+    Clock::time_point setAt;
+    Watcher watcher;
+    std::jthread interrupter(
+        [&]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(700));
+            setAt = Clock::now();
+            abortFlag = true;
+        });
+    EXPECT_EQ(errorOf([&] { paint({.drawables = {arrows(glyphs)}}, {}, abortFlag, &watcher); }),
+              "aborted");
+    const auto end = Clock::now();
+    interrupter.join();
+    EXPECT_LT(end - setAt, std::chrono::milliseconds(500));
+    EXPECT_EQ(watcher.title, "painting");
+    EXPECT_EQ(watcher.total, 60000U);
+    EXPECT_LE(watcher.count, watcher.total);
+    EXPECT_TRUE(watcher.isClosed);
+
+    Watcher whole;
+    paint({.drawables = {arrows(crowd(100, true))}}, small(), neverAbort, &whole);
+    EXPECT_TRUE(whole.isClosed);
+    EXPECT_EQ(whole.total, 100U);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(PaintingTest, ShortMemoryEndsItWithOneLine)
+{
+    const auto scene = Scene{.drawables = {arrows(crowd(2000, true))}};
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    std::size_t numFailures = 0;
+    for (rlim_t megabytes = 24; megabytes < 1500; megabytes += megabytes / 6)
+    {
+        rlimit limit = before;
+        limit.rlim_cur = megabytes << 20U;
+        setrlimit(RLIMIT_AS, &limit);
+        const std::string error = errorOf([&] { paint(scene, small(), neverAbort); });
+        setrlimit(RLIMIT_AS, &before);
+        EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+        numFailures += error == "no exception" ? 0 : 1;
+    }
+    EXPECT_GT(numFailures, 0U);
+}
+#endif
 
 TEST_F(PaintingTest, FailuresSayWhatAndWhere)
 {

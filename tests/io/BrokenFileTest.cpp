@@ -102,12 +102,87 @@ TEST_F(BrokenFile, DeclaresMoreThanItHolds)
                   "f.vti",
                   smallImage("<PointData><DataArray type=\"Float64\" Name=\"p\" format=\"binary\">"
                              "MAAAAAAAAA==</DataArray></PointData>")),
-              "f.vti: array \"p\": the data end too early");
+              "f.vti: array \"p\": the data is truncated");
     EXPECT_EQ(
         complaintAbout("g.vtk", legacy("UNSTRUCTURED_GRID\nPOINTS 4000000000 float\n0 0 0\n")),
         "g.vtk: an array declares 12000000000 numbers, more than the file can hold");
     EXPECT_EQ(complaintAbout("h.vtk", legacy("UNSTRUCTURED_GRID\nPOINTS -5 float\n")),
               "h.vtk: the number of points is -5");
+}
+
+TEST_F(BrokenFile, HasArraysWithMoreThanTheyNeed)
+{
+    const auto image = [&](const std::string& array, const std::string& attributes = "",
+                           const std::string& appended = "")
+    {
+        return complaintAbout("a.vti",
+                              vtkFile("ImageData",
+                                      "<ImageData><Piece Extent=\"0 2 0 1 0 0\"><PointData>" +
+                                          array + "</PointData></Piece></ImageData>" + appended,
+                                      attributes));
+    };
+    const std::string array = "<DataArray type=\"UInt8\" Name=\"p\" format=";
+    const std::string raw = "<AppendedData encoding=\"raw\">_";
+    using namespace std::string_literals;
+    EXPECT_EQ(image(array + "\"ascii\">1 2 3 4 5 6 7</DataArray>"),
+              "a.vti: array \"p\": needs 6 numbers and has more");
+    // The number of bytes, 7, as UInt32; then the bytes.
+    EXPECT_EQ(image(array + "\"binary\">BwAAAAECAwQFBgc=</DataArray>"),
+              "a.vti: array \"p\": needs 6 bytes and has 7");
+    EXPECT_EQ(
+        image(array + "\"appended\" offset=\"0\"/>", "", raw + "\x07\0\0\0abcdefg</AppendedData>"s),
+        "a.vti: array \"p\": needs 6 bytes and has 7");
+    EXPECT_EQ(
+        image(array + "\"appended\" offset=\"0\"/>", "", raw + "\x06\0\0\0abcdef</AppendedData>"s),
+        "ok");
+    // One block of 7 bytes, and two of 6.
+    const std::string compressed = "compressor=\"vtkZLibDataCompressor\"";
+    EXPECT_EQ(image(array + "\"binary\">AQAAAAcAAAAAAAAACAAAAA==AAAA</DataArray>", compressed),
+              "a.vti: array \"p\": needs 6 bytes and has 7");
+    EXPECT_EQ(image(array + "\"binary\">AgAAAAYAAAAAAAAACAAAAAgAAAA=AAAA</DataArray>", compressed),
+              "a.vti: array \"p\": needs 6 bytes and has 12");
+    EXPECT_EQ(complaintAbout("b.vtk", legacy("STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nPOINT_DATA 2\n"
+                                             "SCALARS p int\nLOOKUP_TABLE default\n1 2 3\n")),
+              "b.vtk: an array has more numbers than it declares; the first of them ends at byte 135");
+}
+
+TEST_F(BrokenFile, IsReportedInAShortLine)
+{
+    const std::string name(3000, 'n');
+    const std::string shortName = std::string(80, 'n') + "..." + std::string(40, 'n');
+    EXPECT_EQ(complaintAbout("a.vti",
+                             smallImage("<PointData>" +
+                                        dataArray("type=\"Int8\" Name=\"" + name + "\"", "1 2 3") +
+                                        "</PointData>")),
+              "a.vti: array \"" + shortName + "\": the text ends after 3 of 6 numbers");
+    create("b.vti",
+           smallImage("<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "1 2 3 4 5 6") +
+                      "</PointData>"));
+    EXPECT_EQ(usageErrorOf("b.vti#" + name),
+              "b.vti: no array \"" + shortName + "\"; there is \"p\"");
+    // The array of points has no name.
+    EXPECT_EQ(complaintAbout("c.vtu", gridFile(4, "0 0 0 1", 1, "0 1 2", "3", "5")),
+              "c.vtu: the array of Points: the text ends after 4 of 12 numbers");
+}
+
+TEST_F(BrokenFile, MayBeEmptyWithAnEndlessExtent)
+{
+    EXPECT_EQ(complaintAbout(
+                  "a.vti",
+                  vtkFile("ImageData",
+                          "<ImageData WholeExtent=\"0 3 0 9223372036854775807 0 2\"><Piece "
+                          "Extent=\"0 3 3 2 0 2\"><PointData>" +
+                              dataArray("type=\"Int8\" Name=\"p\"", "") +
+                              "</PointData></Piece></ImageData>")),
+              "ok");
+}
+
+TEST_F(BrokenFile, DeclaresComponentsWithoutEnd)
+{
+    EXPECT_EQ(complaintAbout("a.vtk", legacy("STRUCTURED_POINTS\nDIMENSIONS 2 2 2\nFIELD f 1\n"
+                                             "a 1099511627776 0 bit\nMETADATA\nCOMPONENT_NAMES\n"
+                                             "x\n")),
+              "a.vtk: the array \"a\" has 1099511627776 components");
 }
 
 TEST_F(BrokenFile, HasBlocksThatDoNotAddUp)
@@ -124,10 +199,10 @@ TEST_F(BrokenFile, HasBlocksThatDoNotAddUp)
     };
     EXPECT_EQ(blocks("AQAAAAAAAAAAAAAAAwAAAA=="),
               "a.vti: array \"p\": a compressed block of 3 bytes cannot hold 0");
-    EXPECT_EQ(blocks("AQAAAACAAAAwAAAA/////w=="), "a.vti: array \"p\": the data end too early");
-    EXPECT_EQ(blocks("/////wAAAAAwAAAAAwAAAA=="), "a.vti: array \"p\": the data end too early");
+    EXPECT_EQ(blocks("AQAAAACAAAAwAAAA/////w=="), "a.vti: array \"p\": the data is truncated");
+    EXPECT_EQ(blocks("/////wAAAAAwAAAAAwAAAA=="), "a.vti: array \"p\": the data is truncated");
     EXPECT_EQ(blocks("AQAAAACAAAAwAAAAAwAAAA=="),
-              "a.vti: array \"p\": compressed data are damaged");
+              "a.vti: array \"p\": the compressed data is damaged");
     EXPECT_EQ(blocks("AQAAAACAAAAQAAAAAwAAAA=="), "a.vti: array \"p\": needs 48 bytes and has 16");
     EXPECT_EQ(blocks("AQAAAACAAAD///8/AwAAAA=="),
               "a.vti: array \"p\": a compressed block of 3 bytes cannot hold 1073741823");

@@ -167,6 +167,95 @@ TEST_F(CellConversion, KeepsTheMemoryAndTheNumbersOfCellsThatFit)
         std::holds_alternative<std::span<const std::int64_t>>(table.connectivity.storage()));
 }
 
+TEST_F(CellConversion, CutsASpiralExactly)
+{
+    // Many reflex corners, and an ear at each end alone.
+    constexpr std::size_t half = 200;
+    std::vector<std::array<double, 2>> corners(2 * half);
+    for (std::size_t i = 0; i < half; ++i)
+    {
+        const double angle = 0.1 * static_cast<double>(i);
+        const double radius = 1.0 + 0.3 * angle;
+        for (const double width : {0.0, 0.5})
+            corners[width == 0.0 ? i : 2 * half - 1 - i] = {(radius - width) * std::cos(angle),
+                                                            (radius - width) * std::sin(angle)};
+    }
+    std::ostringstream points;
+    std::string vertices;
+    points.precision(17);
+    double area = 0.0;
+    for (std::size_t i = 0; i < corners.size(); ++i)
+    {
+        const auto& [x, y] = corners[i];
+        const auto& [nextX, nextY] = corners[(i + 1) % corners.size()];
+        area += (x * nextY - y * nextX) / 2.0;
+        points << x << ' ' << y << " 0 ";
+        vertices += (i == 0 ? "" : " ") + std::to_string(i);
+    }
+    const Cells triangles = convert(VTK_POLYGON, vertices, points.str(), corners.size());
+    EXPECT_EQ(triangles.size(), corners.size() - 2);
+    double sum = 0.0;
+    for (const std::string& triangle : triangles)
+    {
+        std::istringstream text(triangle.substr(triangle.find(':') + 1));
+        std::size_t a = 0;
+        std::size_t b = 0;
+        std::size_t c = 0;
+        text >> a >> b >> c;
+        const auto& [ax, ay] = corners[a];
+        sum += std::abs((corners[b][0] - ax) * (corners[c][1] - ay) -
+                        (corners[b][1] - ay) * (corners[c][0] - ax)) /
+               2.0;
+    }
+    EXPECT_NEAR(sum, std::abs(area), 1e-4 * area);
+}
+
+TEST_F(CellConversion, TellsTheIndicesInTheFile)
+{
+    // Two squares in a row, the first one a ghost, and a polygon that becomes triangles.
+    const std::string points = "0 0 0 1 0 0 2 0 0 0 1 0 1 1 0 2 1 0 3 0 0";
+    const std::string file =
+        gridFile(7, points, 3, "0 1 4 3 1 2 5 4 1 6 5 2 4", "4 8 13", "9 9 7",
+                 "<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "0 1 2 3 4 5 6") +
+                     "</PointData><CellData>" + dataArray("type=\"Int8\" Name=\"c\"", "0 1 2") +
+                     dataArray("type=\"UInt8\" Name=\"vtkGhostType\"", "1 0 0") + "</CellData>");
+    create("a.vtu", file);
+    create("s.pvd", vtkFile("Collection", "<Collection><DataSet timestep=\"0\" file=\"a.vtu\"/>"
+                                          "<DataSet timestep=\"1\" file=\"a.vtu\"/></Collection>"));
+    for (const std::string reference : {"a.vtu#p", "a.vtu#c", "s.pvd#p", "s.pvd#c"})
+    {
+        const auto function = load(reference);
+        const auto values = valuesOf<Scalar>(*function);
+        ASSERT_LT(function->valuesPerStep(), 6U);
+        for (std::size_t i = 0; i < function->valuesPerStep(); ++i)
+            EXPECT_EQ(values[i], Scalar(static_cast<double>(function->indexInFile(i))));
+    }
+}
+
+TEST_F(CellConversion, KeepsTheCellsAtDuplicatePoints)
+{
+    // A row of two squares: the last two points belong to another piece.
+    const std::string points = "0 0 0 1 0 0 2 0 0 0 1 0 1 1 0 2 1 0";
+    const std::string marks = dataArray("type=\"UInt8\" Name=\"vtkGhostType\"", "0 0 1 0 0 1");
+    const std::string cells = "0 1 4 3 1 2 5 4";
+    create("a.vtu",
+           gridFile(6, points, 2, cells, "4 8", "9 9", "<PointData>" + marks + "</PointData>"));
+    EXPECT_EQ(cellsOf(*loader().loadGrid(reference("a.vtu"))),
+              (Cells{"Quads: 0 1 4 3", "Quads: 1 2 5 4"}));
+    // Without the cell that needs them they go.
+    create("b.vtu",
+           gridFile(6, points, 2, cells, "4 8", "9 9",
+                    "<PointData>" + marks + "</PointData><CellData>" +
+                        dataArray("type=\"UInt8\" Name=\"vtkGhostType\"", "0 1") + "</CellData>"));
+    const auto grid = loader().loadGrid(reference("b.vtu"));
+    EXPECT_EQ(cellsOf(*grid), Cells{"Quads: 0 1 3 2"});
+    EXPECT_EQ(dynamic_cast<const PointSetBase&>(*grid).numPoints(), 4U);
+    // A structured grid without a loss stays one.
+    create("c.vti", smallImage("<PointData>" + marks + "</PointData>"));
+    EXPECT_NE(dynamic_cast<const UniformGrid<2>*>(loader().loadGrid(reference("c.vti")).get()),
+              nullptr);
+}
+
 TEST_F(CellConversion, LeavesOutGhosts)
 {
     // 3 x 2 points, 2 cells; the second cell is blanked, and with it the points 2 and 5.

@@ -207,6 +207,39 @@ TEST_F(Reader, ReadsNumbersThatAreNoneFromText)
     }
 }
 
+TEST_F(Reader, MakesAMaskTheValidityOfFunctions)
+{
+    const std::string mask = dataArray("type=\"Int8\" Name=\"vtkValidPointMask\"", "1 0 1 1 2 1");
+    create("a.vti",
+           smallImage("<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "1 2 3 4 5 6") + mask +
+                      "</PointData><CellData>" + dataArray("type=\"Int8\" Name=\"c\"", "1 2") +
+                      "</CellData>"));
+    const auto masked = load("a.vti#p");
+    ASSERT_NE(masked->validity(), nullptr);
+    EXPECT_EQ(*masked->validity(), (ValidityMask{1, 0, 1, 1, 1, 1}));
+    EXPECT_EQ(load("a.vti#c")->validity(), nullptr);
+    EXPECT_EQ(load("a.vti#vtkValidPointMask")->validity(), nullptr);
+    EXPECT_EQ(usageErrorOf("a.vti#q"), "a.vti: no array \"q\"; there are \"p\", \"c\"");
+
+    // Steps without a mask are valid everywhere.
+    create("b.vti",
+           smallImage("<PointData>" + dataArray("type=\"Int8\" Name=\"p\"", "1 2 3 4 5 6") +
+                      "</PointData>"));
+    create("s.pvd", vtkFile("Collection", "<Collection><DataSet timestep=\"0\" file=\"b.vti\"/>"
+                                          "<DataSet timestep=\"1\" file=\"a.vti\"/></Collection>"));
+    EXPECT_EQ(*load("s.pvd#p")->validity(), (ValidityMask{1, 1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1}));
+    EXPECT_EQ(load("b.vti")->validity(), nullptr);
+}
+
+TEST_F(Reader, KnowsNamesInLatin1)
+{
+    create("a.vtk", "# vtk DataFile Version 3.0\nt\nASCII\nDATASET STRUCTURED_POINTS\n"
+                    "DIMENSIONS 2 1 1\nPOINT_DATA 2\nSCALARS Str\xf6mung int\n"
+                    "LOOKUP_TABLE default\n1 2\n");
+    EXPECT_EQ(load("a.vtk")->name(), "Str\xc3\xb6mung");
+    EXPECT_EQ(load("a.vtk#Str\xc3\xb6mung")->name(), load("a.vtk#Str\xf6mung")->name());
+}
+
 TEST_F(Reader, TakesShapesFromComponentsAndTheirNames)
 {
     const auto numbers = [](int components)

@@ -173,7 +173,7 @@ TEST_F(RoundTrip, PointCloudsStayWithoutCells)
     expectToComeBack(*awkwardFunction<Matrix3>(pointCloud<3>(), PointSetBase::Points, {1.0, 2.0}));
 }
 
-TEST_F(RoundTrip, MarksOfRealValuesAreAnArrayThatDoesNotStandInTheWay)
+TEST_F(RoundTrip, MasksComeBackAsTheValidityOfValues)
 {
     const auto grid = uniformGrid<2>();
     const std::size_t count = grid->numElements(PointSetBase::Points);
@@ -192,6 +192,8 @@ TEST_F(RoundTrip, MarksOfRealValuesAreAnArrayThatDoesNotStandInTheWay)
         io::writeFunction(*function, "f", file, neverAbort);
         io::Loader loader([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);
         EXPECT_EQ(loader.inspect(io::DataReference::parse(file.string())).arrays.size(), 2U);
+        EXPECT_EQ(*loader.loadFunction(io::DataReference::parse(file.string()))->validity(),
+                  *validity);
         const auto marks = std::dynamic_pointer_cast<const Function<Scalar>>(
             loader.loadFunction(io::DataReference::parse(file.string() + "#vtkValidPointMask")));
         ASSERT_NE(marks, nullptr);
@@ -199,7 +201,7 @@ TEST_F(RoundTrip, MarksOfRealValuesAreAnArrayThatDoesNotStandInTheWay)
         for (std::size_t i = 0; i < validity->size(); ++i)
             ASSERT_EQ((*marks->values())[i], Scalar((*validity)[i]));
 
-        // Values with the name of the marks stay what they are.
+        // Values that are written with the name of the mask are not replaced by it.
         io::writeFunction(*function, "vtkValidPointMask", file, neverAbort);
         io::Loader again([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);
         const auto values =

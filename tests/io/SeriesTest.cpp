@@ -105,6 +105,38 @@ TEST_F(Series, NamesTheStepThatIsMissingOrDiffers)
                               "missing.pvd: step 1 at t = 10: x/missing.vtu: no such file"});
 }
 
+TEST_F(Series, WarnsOnceAboutManyMissingSteps)
+{
+    create("a.vtu", step("1"));
+    std::vector<std::pair<std::string, std::string>> steps{{"0", "a.vtu"}};
+    for (int i = 1; i < 100; ++i)
+        steps.emplace_back(std::to_string(i) + "e-3", "gone" + std::to_string(i) + ".vtu");
+    create("s.pvd", pvd(steps));
+    loader().inspect(reference("s.pvd"));
+    EXPECT_EQ(warnings(),
+              std::vector<std::string>{
+                  "s.pvd: step 1 at t = 0.001: gone1.vtu: no such file (and 98 more like this)"});
+    EXPECT_EQ(
+        usageErrorOf("s.pvd?time=0.0021"),
+        "s.pvd: no step at t = 0.0021; there are steps at 0, 0.001, 0.002, 0.003, 0.004, ..., "
+        "0.095, 0.096, 0.097, 0.098, 0.099; the nearest is at 0.002");
+}
+
+TEST_F(Series, WarnsWhenAStepIsLoaded)
+{
+    create("a.vtu", step("1"));
+    std::string longCell = step("2");
+    longCell.replace(longCell.find(">0 1 2<"), 7, ">0 1 2 0<");
+    longCell.replace(longCell.find(">3</DataArray>"), 2, ">4");
+    create("b.vtu", longCell);
+    create("s.pvd", pvd({{"0", "a.vtu"}, {"1", "b.vtu"}}));
+    const auto function = load("s.pvd");
+    EXPECT_TRUE(warnings().empty());
+    EXPECT_EQ(valuesOf<Scalar>(*function), (std::vector<Scalar>{{1.0}, {2.0}}));
+    EXPECT_EQ(warnings(), std::vector<std::string>{"s.pvd: 1 cell lists more points than its type "
+                                                   "has; only the first are used"});
+}
+
 TEST_F(Series, RefusesListsThatAreNone)
 {
     create("a.vtu", step("1"));

@@ -158,16 +158,6 @@ TEST_F(Writer, RespectsAProtectedFile)
               (folder() / "protected.vti").string() + ": Permission denied");
 }
 
-TEST_F(Writer, ReplacesWhatALinkLeadsTo)
-{
-    create("real/f.vti", "old");
-    std::filesystem::create_symlink("real/f.vti", folder() / "f.vti");
-    writeFunction(*awkwardFunction(uniformGrid<1>()), "f", folder() / "f.vti", neverAbort);
-    EXPECT_TRUE(std::filesystem::is_symlink(folder() / "f.vti"));
-    EXPECT_NE(contentOf("real/f.vti"), "old");
-    EXPECT_EQ(listing(), (std::vector<std::string>{"f.vti", "real/", "real/f.vti"}));
-}
-
 TEST_F(Writer, KeepsThePermissionsOfAReplacedFile)
 {
     using std::filesystem::perms;

@@ -9,13 +9,13 @@ namespace tavrin::app
 namespace
 {
 
-std::optional<AlgorithmDescription> describe(const std::string& name, const Session& session)
+std::optional<pipeline::AlgorithmCard> describe(const std::string& name, const Session& session)
 {
     const auto warn = [&](const std::string& reason)
     { session.console.message("warning: algorithm \"" + name + "\" left out: " + reason); };
     try
     {
-        return AlgorithmRun(session.algorithms, name).describe();
+        return pipeline::AlgorithmCard(AlgorithmRun(session.algorithms, name));
     }
     catch (const std::exception& error)
     {
@@ -30,14 +30,14 @@ std::optional<AlgorithmDescription> describe(const std::string& name, const Sess
 
 }
 
-std::vector<AlgorithmDescription> describeAll(const Session& session)
+std::vector<pipeline::AlgorithmCard> describeAll(const Session& session)
 {
-    std::vector<AlgorithmDescription> descriptions;
+    std::vector<pipeline::AlgorithmCard> cards;
     for (const auto& [name, factory] : session.algorithms.factories())
-        if (auto description = describe(name, session))
-            descriptions.push_back(std::move(*description));
-    std::ranges::sort(descriptions, {}, &AlgorithmDescription::name);
-    return descriptions;
+        if (auto card = describe(name, session))
+            cards.push_back(std::move(*card));
+    std::ranges::sort(cards, {}, &pipeline::AlgorithmCard::name);
+    return cards;
 }
 
 }

@@ -28,7 +28,7 @@ public:
                    "and the algorithm may hide or show options, which are marked as hidden.\n\n"
                    "The JSON is one object with name, description, options [{name, kind, "
                    "help, group, afterSeparator, required, visible, default, value, choices, "
-                   "types, connected}] and outputs [{name, kind, types}]. Values are texts, "
+                   "types, references [{kind, placeholder}], connected}] and outputs [{name, kind, types}]. Values are texts, "
                    "as they are written in NAME=VALUE.",
                .examples = {{"tavrin describe \"Field/Tensor Field Operator\"",
                              "All options of an algorithm and an example call."},
@@ -49,8 +49,8 @@ public:
         io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
         pipeline::RunInputs(run, loader).apply(assignments);
         warnings.print();
-        session.console.print(mWantsJson ? jsonText(algorithmJson(run.describe()))
-                                         : algorithmSheet(run));
+        const pipeline::AlgorithmCard card(run);
+        session.console.print(mWantsJson ? jsonText(algorithmJson(card)) : algorithmSheet(card));
     }
 
 private:

@@ -2,6 +2,7 @@
 #include "../console/Warnings.hpp"
 #include "../run/OutputWriter.hpp"
 #include "../run/Picture.hpp"
+#include "../run/RunFollower.hpp"
 #include "../run/Threads.hpp"
 #include "../run/WholeFile.hpp"
 #include "../text/AlgorithmSheet.hpp"
@@ -9,7 +10,6 @@
 #include "Commands.hpp"
 #include "Session.hpp"
 
-#include <tavrin/io/Writer.hpp>
 #include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
@@ -30,55 +30,6 @@ void timed(double& seconds, const Work& work)
     work();
     seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
-
-/// The options of a run as the report tells them: data by its references.
-Json reportedOptions(const AlgorithmDescription& description,
-                     const std::vector<pipeline::OptionAssignment>& assignments)
-{
-    Json options = Json::object();
-    for (const auto& option : description.options)
-    {
-        if (option.kind == InputKind::Label)
-            continue;
-        Json& value = options[option.name];
-        if (option.kind != InputKind::Data && option.kind != InputKind::Bundle)
-            value = option.value;
-        for (const pipeline::OptionAssignment& assignment : assignments)
-        {
-            if (assignment.option != option.name || assignment.value.empty())
-                continue;
-            if (option.kind == InputKind::Data)
-                value = assignment.value;
-            else if (option.kind == InputKind::Bundle)
-                value.push_back(assignment.value);
-        }
-    }
-    return options;
-}
-
-/// Shows progress and refuses results that the requested files cannot hold.
-class RunWatcher final : public RunObserver
-{
-public:
-    RunWatcher(Session& session, const std::vector<OutputRequest>& requests)
-        : mProgressBar(session.console, session.progressMode), mRequests(requests)
-    {
-    }
-
-    void opened(const ProgressReport& report) override { mProgressBar.opened(report); }
-    void closed(const ProgressReport& report) override { mProgressBar.closed(report); }
-
-    void announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps) override
-    {
-        for (const OutputRequest& request : mRequests)
-            if (request.port == port)
-                io::requireSuitable(request.file, domain, numTimeSteps);
-    }
-
-private:
-    ProgressBar mProgressBar;
-    const std::vector<OutputRequest>& mRequests;
-};
 
 class RunCommand final : public Command
 {
@@ -102,11 +53,13 @@ public:
                    "their names when they are complete: a run that fails or is interrupted leaves "
                    "existing files as they were.\n\n"
                    "The algorithm's report goes to standard output, everything else to standard "
-                   "error. The file of --report gets, after a successful run, one JSON object with "
+                   "error. After a successful run, --report writes one JSON object with formatVersion, "
                    "algorithm, options {name: value}, seconds {read, execute, write}, "
-                   "peakMemoryBytes, infoLog, debugLog (arrays of lines) and outputs [{port, file, "
-                   "values, timeSteps}], with width and height for a picture, and what the "
-                   "algorithm counted, such as samples {total, outside}.",
+                   "peakMemoryBytes, infoLog, debugLog, hints (arrays of lines), suggestions "
+                   "{option: value}, results (what the algorithm reports), samples {total, outside} "
+                   "if a field was sampled, and outputs [{port, file, values, timeSteps}], with "
+                   "width and height for a picture. With --report -, standard output holds the "
+                   "report alone and everything else goes to standard error.",
                .examples = {{"tavrin run \"Field/Tensor Field Operator\" "
                              "\"Field A=flow.vtu#velocity\" \"Operator=Norm of Field A\" "
                              "-o Field=speed.vtu",
@@ -142,12 +95,12 @@ public:
     {
         if (words.empty())
             return Command::help(words, session);
-        return algorithmSheet(AlgorithmRun(session.algorithms, words.front()));
+        return algorithmSheet(
+            pipeline::AlgorithmCard(AlgorithmRun(session.algorithms, words.front())));
     }
 
     void execute(const Words& words, Session& session) override
     {
-        startThreads();
         AlgorithmRun run(session.algorithms, firstWord(words));
         const auto assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run);
         const auto requests = parseOutputs(mOutputWords, run.describe());
@@ -155,21 +108,24 @@ public:
         if (!mPictureWords.isEmpty() && std::ranges::none_of(requests, &OutputRequest::isPicture))
             throw usage_error("--size, --background and --view are for pictures; no output is a "
                               ".png file");
-        checkDestinations(destinations(requests), pipeline::inputFiles(assignments, run));
+        checkDestinations(destinations(requests), pipeline::inputFiles(assignments));
         if (isReportPrinted())
             session.console.reserveOutput();
+        startThreads();
 
         RunReport report;
-        report.algorithm = words.front();
         Warnings warnings(session.console);
         io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
         pipeline::RunInputs inputs(run, loader);
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
         warnings.print();
         checkFormats(requests, inputs.objects());
-        // What only the algorithm knows, such as the number of times, is refused before its work.
-        const OutputWriter writer(run, inputs.objects(), pictureOptions, session.abortFlag);
-        timed(report.seconds.execute, [&] { executeAndLog(run, writer, requests, session); });
+        timed(report.seconds.execute, [&] { executeRun(run, requests, session); });
+        requireResults(run, requests, session);
+
+        ProgressBar progress(session.console, session.progressMode);
+        const OutputWriter writer(run, inputs.objects(), pictureOptions, progress,
+                                  session.abortFlag);
         io::PendingFiles files;
         timed(report.seconds.write,
               [&]
@@ -178,17 +134,7 @@ public:
                       report.outputs.push_back(writer.write(request, files));
               });
         if (mReportFile)
-        {
-            report.options = reportedOptions(run.describe(), assignments);
-            report.infoLog = run.infoLog();
-            report.debugLog = run.debugLog();
-            report.results = run.results();
-            const std::string text = jsonText(report.toJson());
-            if (isReportPrinted())
-                session.console.answer(text);
-            else
-                files.push_back(prepareWholeFile(*mReportFile, text, session.abortFlag));
-        }
+            addReport(jsonText(report.toJson(run, assignments)), files, session);
         // From here on nothing can fail except giving files their names.
         session.console.requireOutput();
         for (const auto& file : files)
@@ -208,65 +154,59 @@ private:
 
     bool isReportPrinted() const { return mReportFile == "-"; }
 
-    /// Executes the algorithm and prints its logs, however it ends. Throws what the algorithm
-    /// throws, `Aborted` after an interrupt, and `RunFailure` where a requested output is missing.
-    static void executeAndLog(AlgorithmRun& run, const OutputWriter& writer,
-                              const std::vector<OutputRequest>& requests, Session& session)
+    void addReport(const std::string& text, io::PendingFiles& files, Session& session) const
     {
+        if (isReportPrinted())
+            session.console.answer(text);
+        else
+            files.push_back(prepareWholeFile(*mReportFile, text, session.abortFlag));
+    }
+
+    /// Throws what the algorithm throws, and `Aborted` after an interrupt.
+    static void executeRun(AlgorithmRun& run, const std::vector<OutputRequest>& requests,
+                           Session& session)
+    {
+        RunFollower follower(session.console, {session.progressMode, session.isVerbose}, requests);
         try
         {
-            {
-                RunWatcher watcher(session, requests);
-                run.execute(session.abortFlag, &watcher);
-            }
-            if (session.abortFlag)
-                throw io::Aborted();
+            run.execute(session.abortFlag, &follower);
         }
         catch (const Options::missing_option_error& error)
         {
-            printLogs(run, session, session.isVerbose);
             throw usage_error(error.what());
         }
-        catch (...)
-        {
-            if (!session.abortFlag)
-                printLogs(run, session, session.isVerbose);
-            throw;
-        }
-        const auto missing = missingPorts(writer, requests);
-        // Without outputs, what the algorithm has to say is all there is of it.
-        const bool saidNothing =
-            run.describe().outputs.empty() && run.infoLog().empty() && !run.debugLog().empty();
-        printLogs(run, session, session.isVerbose || saidNothing || !missing.empty());
-        if (saidNothing)
-            throw RunFailure("\"" + run.describe().name + "\" reported nothing");
-        if (!missing.empty())
-            throw RunFailure("\"" + run.describe().name + "\" published nothing on " +
-                             joined(missing, ", "));
+        if (session.abortFlag)
+            throw io::Aborted();
     }
 
-    static std::vector<std::string> missingPorts(const OutputWriter& writer,
-                                                 const std::vector<OutputRequest>& requests)
+    /// Throws `RunFailure` if a requested output was not published, or if an algorithm without outputs
+    /// had nothing to report. The debug log, which is then shown, may say why.
+    static void requireResults(const AlgorithmRun& run, const std::vector<OutputRequest>& requests,
+                               Session& session)
     {
-        std::vector<std::string> ports;
+        std::vector<std::string> missing;
         for (const OutputRequest& request : requests)
-            if (!writer.isPublished(request))
-                ports.push_back("\"" + request.port + "\"");
-        return ports;
+            if (!isPublished(request, run))
+                missing.push_back("\"" + request.port + "\"");
+        const AlgorithmDescription description = run.describe();
+        const bool isSilent = description.outputs.empty() && run.infoLog().empty() &&
+                              run.results().empty() && !run.debugLog().empty();
+        if (missing.empty() && !isSilent)
+            return;
+        if (!session.isVerbose)
+            printDebugLog(session.console, run.debugLog());
+        const std::string reason =
+            lastLineOf(run.infoLog().empty() ? run.debugLog() : run.infoLog());
+        throw RunFailure(
+            "\"" + description.name + "\" " +
+            (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +
+            (reason.empty() ? "" : ": " + reason));
     }
 
-    /// The debug log goes to standard error as a whole, or only the hints in it.
-    static void printLogs(const AlgorithmRun& run, Session& session, bool wantsWholeDebugLog)
+    static std::string lastLineOf(const std::string& log)
     {
-        std::string info = run.infoLog();
-        if (!info.empty() && !info.ends_with('\n'))
-            info += '\n';
-        session.console.print(info);
-        for (const std::string& line : linesOf(run.debugLog()))
-            if (wantsWholeDebugLog || line.starts_with("hint: "))
-                session.console.message(line);
-        for (const std::string& text : run.hints())
-            session.console.message("hint: " + text);
+        const auto lines = linesOf(log);
+        return lines.empty() ? "" : lines.back();
     }
 
     std::vector<std::string> mOutputWords;

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -45,12 +46,21 @@ bool areOneTarget()
            output.st_dev == error.st_dev && output.st_ino == error.st_ino;
 }
 
+/// Passes on lines without an end that other code has printed. The console is not locked by then,
+/// since `ForeignOutput` calls it.
+void flushForeignOutput()
+{
+    std::fflush(stdout);
+    std::fflush(stderr);
+}
+
 }
 
 Console::Console() : mIsTerminal(canShowStatus()), mAreOneTarget(areOneTarget()) {}
 
 void Console::print(std::string_view text)
 {
+    flushForeignOutput();
     const std::scoped_lock lock(mMutex);
     write(Output, text);
 }
@@ -62,6 +72,7 @@ void Console::message(const std::string& text)
 
 void Console::lines(std::string_view text)
 {
+    flushForeignOutput();
     const std::scoped_lock lock(mMutex);
     write(Error, text);
 }
@@ -98,6 +109,7 @@ void Console::reserveOutput()
 
 void Console::answer(std::string_view text)
 {
+    flushForeignOutput();
     const std::scoped_lock lock(mMutex);
     if (mAnswerDescriptor == Output)
         return write(Output, text);
@@ -107,6 +119,7 @@ void Console::answer(std::string_view text)
 
 void Console::requireOutput()
 {
+    flushForeignOutput();
     const std::scoped_lock lock(mMutex);
     if (mOutputError != 0 && mOutputError != EPIPE)
         throw io::FileError("standard output", std::strerror(mOutputError));

@@ -6,7 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
+#include <string_view>
 
 namespace tavrin::app
 {
@@ -22,7 +22,6 @@ void reportExit()
 {
     if (!isGuarding)
         return;
-    std::cout << std::flush;
     std::fflush(nullptr);
     constexpr std::string_view message = "error: a plug-in ended the program\n";
     static_cast<void>(!write(STDERR_FILENO, message.data(), message.size()));

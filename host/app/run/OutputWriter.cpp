@@ -10,10 +10,10 @@
 namespace tavrin::app
 {
 
-bool OutputWriter::isPublished(const OutputRequest& request) const
+bool isPublished(const OutputRequest& request, const AlgorithmRun& run)
 {
-    return request.isGraphics ? mRun.graphics(request.port) != nullptr
-                              : mRun.result(request.port) != nullptr;
+    return request.isGraphics ? run.graphics(request.port) != nullptr
+                              : run.result(request.port) != nullptr;
 }
 
 RunReport::Output OutputWriter::write(const OutputRequest& request, io::PendingFiles& files) const
@@ -41,7 +41,7 @@ RunReport::Output OutputWriter::writePicture(const OutputRequest& request,
                                              io::PendingFiles& files) const
 {
     const auto scene = sceneOf(mRun.graphics(request.port), mInputs);
-    const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag);
+    const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag, &mObserver);
     const auto bytes = graphics::encodePng(image, mAbortFlag);
     files.push_back(prepareWholeFile(
         request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));

@@ -9,20 +9,22 @@
 namespace tavrin::app
 {
 
-/// Writes what a run has delivered: data as data files, graphics as pictures or as line segments.
+/// Whether the run published a result on the requested output.
+bool isPublished(const OutputRequest& request, const AlgorithmRun& run);
+
+/// Writes the results of a run: data as data files, graphics as pictures or as line segments.
 class OutputWriter
 {
 public:
-    /// Pictures show the domain and the colors of the inputs. All arguments must outlive the
-    /// writer.
+    /// Pictures show the domain and the colors of the inputs. `observer` hears of the painting. All
+    /// arguments must outlive the writer.
     OutputWriter(const AlgorithmRun& run, const DataObjectBundle::Members& inputs,
-                 const graphics::PictureOptions& pictureOptions, const volatile bool& abortFlag)
-        : mRun(run), mInputs(inputs), mPictureOptions(pictureOptions), mAbortFlag(abortFlag)
+                 const graphics::PictureOptions& pictureOptions, ProgressObserver& observer,
+                 const volatile bool& abortFlag)
+        : mRun(run), mInputs(inputs), mPictureOptions(pictureOptions), mObserver(observer),
+          mAbortFlag(abortFlag)
     {
     }
-
-    /// Whether there is something to write.
-    bool isPublished(const OutputRequest& request) const;
 
     /// Adds the file, complete but for its name, to `files`. Throws `FileError`, `Aborted`,
     /// `usage_error` for what the file's format does not take, and
@@ -37,6 +39,7 @@ private:
     const AlgorithmRun& mRun;
     const DataObjectBundle::Members& mInputs;
     const graphics::PictureOptions& mPictureOptions;
+    ProgressObserver& mObserver;
     const volatile bool& mAbortFlag;
 };
 

@@ -8,6 +8,67 @@
 namespace tavrin::app
 {
 
+namespace
+{
+
+/// Grows when the meaning of a part of the report changes or a part is removed.
+constexpr int formatVersion = 1;
+
+Json jsonOf(const ReportValue& value);
+
+Json jsonOf(const ReportValue::Members& members)
+{
+    Json object = Json::object();
+    for (const auto& [name, value] : members)
+        object[name] = jsonOf(value);
+    return object;
+}
+
+Json jsonOf(const ReportValue& value)
+{
+    return std::visit(
+        []<typename Content>(const Content& content) -> Json
+        {
+            if constexpr (std::is_same_v<Content, ReportValue::Members>)
+                return jsonOf(content);
+            else
+                return content;
+        },
+        value.content());
+}
+
+Json optionsJson(const AlgorithmDescription& description,
+                 std::span<const pipeline::OptionAssignment> assignments)
+{
+    Json options = Json::object();
+    for (const auto& option : description.options)
+    {
+        const bool isBundle = option.kind == InputKind::Bundle;
+        if (option.kind == InputKind::Label)
+            continue;
+        Json& value = options[option.name];
+        if (option.kind != InputKind::Data && !isBundle)
+        {
+            value = option.value;
+            continue;
+        }
+        for (const pipeline::OptionAssignment& assignment : assignments)
+        {
+            if (assignment.option != option.name)
+                continue;
+            if (assignment.value.empty())
+                value = nullptr;
+            else if (isBundle)
+                value.push_back(assignment.value);
+            else
+                value = assignment.value;
+        }
+    }
+    return options;
+}
+
+}
+
 std::size_t peakMemoryBytes()
 {
     std::ifstream status("/proc/self/status");
@@ -22,27 +83,10 @@ std::size_t peakMemoryBytes()
     return 0;
 }
 
-Json jsonOf(const ReportValue& value)
+Json RunReport::toJson(const AlgorithmRun& run,
+                       std::span<const pipeline::OptionAssignment> assignments) const
 {
-    const auto* const members = std::get_if<ReportValue::Members>(&value.content());
-    if (members == nullptr)
-        return std::visit(
-            [](const auto& content) -> Json
-            {
-                if constexpr (std::is_constructible_v<Json, decltype(content)>)
-                    return content;
-                else
-                    return {};
-            },
-            value.content());
-    Json object = Json::object();
-    for (const auto& [name, member] : *members)
-        object[name] = jsonOf(member);
-    return object;
-}
-
-Json RunReport::toJson() const
-{
+    const AlgorithmDescription description = run.describe();
     Json outputList = Json::array();
     for (const Output& output : outputs)
     {
@@ -50,16 +94,21 @@ Json RunReport::toJson() const
         entry.update(output.content);
         outputList.push_back(std::move(entry));
     }
-    Json report{{"algorithm", algorithm},
-                {"options", options},
+    const Json results = jsonOf(run.results());
+    Json report{{"formatVersion", formatVersion},
+                {"algorithm", description.name},
+                {"options", optionsJson(description, assignments)},
                 {"seconds",
                  {{"read", seconds.read}, {"execute", seconds.execute}, {"write", seconds.write}}},
                 {"peakMemoryBytes", peakMemoryBytes()},
-                {"infoLog", linesOf(infoLog)},
-                {"debugLog", linesOf(debugLog)},
+                {"infoLog", linesOf(run.infoLog())},
+                {"debugLog", linesOf(run.debugLog())},
+                {"hints", run.hints()},
+                {"suggestions", run.suggestions()},
+                {"results", results},
                 {"outputs", std::move(outputList)}};
-    for (const auto& [name, value] : results)
-        report[name] = jsonOf(value);
+    if (results.contains("samples"))
+        report["samples"] = results["samples"];
     return report;
 }
 

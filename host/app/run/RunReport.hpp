@@ -3,13 +3,15 @@
 #include "../text/Json.hpp"
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/pipeline/OptionAssignment.hpp>
 
 #include <filesystem>
+#include <span>
 
 namespace tavrin::app
 {
 
-/// What `--report` tells of a run.
+/// The measurements and outputs of a run that `--report` writes besides what the run itself holds.
 struct RunReport
 {
     struct Seconds
@@ -23,24 +25,20 @@ struct RunReport
     {
         std::string port;
         std::filesystem::path file;
-        /// What was written: "values" and "timeSteps" of data, "width" and "height" of a picture.
+        /// "values" and "timeSteps" of data, "width" and "height" of a picture.
         Json content;
     };
 
-    std::string algorithm;
-    /// The value of each option by its name, as text; null without one, several for a bundle.
-    Json options = Json::object();
     Seconds seconds;
-    std::string infoLog;
-    std::string debugLog;
     std::vector<Output> outputs;
-    /// What the algorithm reported.
-    ReportValue::Members results;
 
-    Json toJson() const;
+    /// The report as one object. The value of each option is a text, that of a data option the
+    /// reference, several references for a bundle, and null without a value.
+    Json toJson(const AlgorithmRun& run,
+                std::span<const pipeline::OptionAssignment> assignments) const;
 };
 
-/// The largest amount of memory that the process has used so far; 0 where it is not known.
+/// The largest amount of memory that the process has used so far; 0 if the system does not tell.
 std::size_t peakMemoryBytes();
 
 }

@@ -1,7 +1,7 @@
 #include "Threads.hpp"
 
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/base/LexicalCast.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <omp.h>
 

@@ -2,48 +2,42 @@
 
 #include "Layout.hpp"
 
-#include <tavrin/pipeline/ColorMapInput.hpp>
-
-#include <algorithm>
-
 namespace tavrin::app
 {
 
 namespace
 {
 
+using pipeline::AlgorithmCard;
+using pipeline::DataInput;
 using Option = AlgorithmDescription::Option;
 using Rows = std::vector<std::vector<std::string>>;
 
-bool takesData(const Option& option)
+/// Appends a list with its title before the first entry and the others below that.
+void addList(std::vector<std::string>& lines, const std::string& title,
+             const std::vector<std::string>& entries)
 {
-    return option.kind == InputKind::Data || option.kind == InputKind::Bundle;
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        lines.push_back((i == 0 ? title : std::string(title.size(), ' ')) + entries[i]);
 }
 
-/// How a data option is given.
-std::string placeholder(const InputBase& input)
-{
-    if (pipeline::takesColorMap(input))
-        return "COLORMAP";
-    const auto* const data = dynamic_cast<const InputDataObject*>(&input);
-    return data != nullptr && dataSortOf(data->types()) == DataSort::Domain ? "FILE" : "FILE#ARRAY";
-}
-
-/// The lines about what an option takes and has.
-std::vector<std::string> valueLines(const Option& option, const InputBase& input)
+/// The lines about the values that an option takes and the value that it has.
+std::vector<std::string> valueLines(const Option& option, const DataInput* data)
 {
     if (option.kind == InputKind::Label)
         return linesOf(option.value);
     std::vector<std::string> lines;
-    if (takesData(option))
-        lines.push_back("takes " + placeholder(input) +
+    if (data != nullptr)
+    {
+        lines.push_back("takes " + data->placeholder +
                         (option.kind == InputKind::Bundle ? ", several times" : "") +
                         (option.isConnected ? "; connected" : ""));
+        addList(lines, "accepts: ", option.types);
+    }
     else
         lines.push_back("default: " + option.defaultValue +
                         (option.value == option.defaultValue ? "" : "; now: " + option.value));
-    for (std::size_t i = 0; i < option.choices.size(); ++i)
-        lines.push_back((i == 0 ? "choices: " : "         ") + option.choices[i]);
+    addList(lines, "choices: ", option.choices);
     return lines;
 }
 
@@ -57,11 +51,11 @@ std::string remarks(const Option& option)
     return text;
 }
 
-Rows optionRows(const std::vector<Option>& options, const AlgorithmRun& run)
+Rows optionRows(const AlgorithmCard& card)
 {
     Rows rows;
     std::string group;
-    for (const Option& option : options)
+    for (const Option& option : card.options)
     {
         if (option.group != group)
             rows.push_back({"[" + option.group + "]"});
@@ -70,53 +64,60 @@ Rows optionRows(const std::vector<Option>& options, const AlgorithmRun& run)
         group = option.group;
         rows.push_back(
             {option.name, std::string(nameOf(option.kind)), option.help + remarks(option)});
-        for (const std::string& line : valueLines(option, run.input(option.name)))
+        for (const std::string& line : valueLines(option, card.dataInput(option)))
             rows.push_back({"", "", line});
     }
     return rows;
 }
 
-bool isNeededInExample(const Option& option)
+std::string exampleCall(const AlgorithmCard& card)
 {
-    return option.isVisible &&
-           (takesData(option) || (option.kind == InputKind::Choice && !option.choices.empty()));
-}
-
-std::string exampleCall(const AlgorithmRun& run, const AlgorithmDescription& description)
-{
-    std::string call = "tavrin run " + shellWord(description.name);
-    for (const Option& option : description.options)
-        if (isNeededInExample(option))
+    std::string call = "tavrin run " + shellWord(card.name);
+    for (const Option& option : card.options)
+    {
+        const DataInput* const data = card.dataInput(option);
+        const bool isChoice = option.kind == InputKind::Choice && !option.choices.empty();
+        if (option.isVisible && (data != nullptr || isChoice))
             call += " " + shellWord(option.name + "=" +
-                                    (takesData(option) ? placeholder(run.input(option.name))
-                                                       : option.value));
-    for (const auto& output : description.outputs)
+                                    (data == nullptr       ? option.value
+                                     : data->kinds.empty() ? data->placeholder
+                                                           : data->kinds.front()->placeholder));
+    }
+    for (const auto& output : card.outputs)
         call += " -o " + shellWord(output.name + (output.isGraphics ? "=FILE.png" : "=FILE.vtu"));
     return call;
 }
 
+Json acceptedJson(const DataInput* data)
+{
+    Json accepted = Json::array();
+    if (data != nullptr)
+        for (const pipeline::DataKind* const kind : data->kinds)
+            accepted.push_back({{"kind", kind->name}, {"placeholder", kind->placeholder}});
+    return accepted;
 }
 
-std::string algorithmSheet(const AlgorithmRun& run)
+}
+
+std::string algorithmSheet(const AlgorithmCard& card)
 {
-    const AlgorithmDescription description = run.describe();
-    std::string page = description.name + '\n' + wrapped(description.description, 0) + '\n';
-    if (!description.options.empty())
-        page += "\nOptions:\n" + alignedColumns(optionRows(description.options, run), 2);
-    if (!description.outputs.empty())
+    std::string page = card.name + '\n' + wrapped(card.description, 0) + '\n';
+    if (!card.options.empty())
+        page += "\nOptions:\n" + alignedColumns(optionRows(card), 2);
+    if (!card.outputs.empty())
     {
         Rows rows;
-        for (const auto& output : description.outputs)
+        for (const auto& output : card.outputs)
             rows.push_back({output.name, output.isGraphics ? "graphics" : "data"});
         page += "\nOutputs:\n" + alignedColumns(rows, 2);
     }
-    return page + "\nExample:\n  " + exampleCall(run, description) + '\n';
+    return page + "\nExample:\n  " + exampleCall(card) + '\n';
 }
 
-Json algorithmJson(const AlgorithmDescription& description)
+Json algorithmJson(const AlgorithmCard& card)
 {
     Json options = Json::array();
-    for (const Option& option : description.options)
+    for (const Option& option : card.options)
         options.push_back({{"name", option.name},
                            {"kind", nameOf(option.kind)},
                            {"help", option.help},
@@ -128,14 +129,15 @@ Json algorithmJson(const AlgorithmDescription& description)
                            {"value", option.value},
                            {"choices", option.choices},
                            {"types", option.types},
+                           {"references", acceptedJson(card.dataInput(option))},
                            {"connected", option.isConnected}});
     Json outputs = Json::array();
-    for (const auto& output : description.outputs)
+    for (const auto& output : card.outputs)
         outputs.push_back({{"name", output.name},
                            {"kind", output.isGraphics ? "graphics" : "data"},
                            {"types", output.types}});
-    return {{"name", description.name},
-            {"description", description.description},
+    return {{"name", card.name},
+            {"description", card.description},
             {"options", std::move(options)},
             {"outputs", std::move(outputs)}};
 }

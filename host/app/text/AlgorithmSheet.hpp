@@ -2,16 +2,17 @@
 
 #include "Json.hpp"
 
-#include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/pipeline/AlgorithmCard.hpp>
 
 namespace tavrin::app
 {
 
-/// An algorithm's declaration and current values, for a person to read.
-std::string algorithmSheet(const AlgorithmRun& run);
+/// The declaration of an algorithm and the current values of its options, for a person to read.
+std::string algorithmSheet(const pipeline::AlgorithmCard& card);
 
-/// The same as JSON: name, description, options [{name, kind, help, group, afterSeparator,
-/// required, visible, default, value, choices, types, connected}], outputs [{name, kind, types}].
-Json algorithmJson(const AlgorithmDescription& description);
+/// The same for programs: name, description, options [{name, kind, help, group, afterSeparator,
+/// required, visible, default, value, choices, types, references [{kind, placeholder}],
+/// connected}], outputs [{name, kind, types}].
+Json algorithmJson(const pipeline::AlgorithmCard& card);
 
 }

@@ -8,8 +8,8 @@ namespace tavrin::app
 namespace
 {
 
-/// What does not depend on commands and algorithms. bash splits words at "=" outside of quotes, and
-/// replaces only the last piece.
+/// The part that does not depend on commands and algorithms. bash splits words at "=" outside of
+/// quotes and replaces only the last piece.
 constexpr const char* machinery = R"(
 # Prints those of the candidates on standard input that begin with $1, one per line.
 _tavrin_beginning()
@@ -20,7 +20,7 @@ _tavrin_beginning()
     done
 }
 
-# Takes quotes and backslashes away from a word.
+# Removes quotes and backslashes from a word.
 _tavrin_plain()
 {
     local word=${1#[\"\']}
@@ -50,7 +50,7 @@ _tavrin()
         fi
     done
 
-    # NAME=VALUE: "prefix" is what the candidates repeat of NAME=.
+    # NAME=VALUE: "prefix" is the part of NAME= that the candidates repeat.
     if [[ $current == = ]]; then
         name=$(_tavrin_plain "$previous") value=
         current=
@@ -76,7 +76,9 @@ _tavrin()
         esac
     elif [[ -n $name ]]; then
         candidates=$(_tavrin_values "$algorithm" "$name")
-        [[ -z $candidates ]] && files=1
+        if [[ -z $candidates ]] || _tavrin_takes_data "$algorithm" "$name"; then
+            files=1
+        fi
     elif [[ $value == -* ]]; then
         candidates=$(_tavrin_flags "$command")
     elif [[ -z $command ]]; then
@@ -133,7 +135,7 @@ std::string quoted(const std::string& text)
     return word + "'";
 }
 
-/// A line that prints the texts, one per line.
+/// A shell command that prints the texts, one per line.
 std::string printing(const std::vector<std::string>& texts)
 {
     if (texts.empty())
@@ -144,7 +146,7 @@ std::string printing(const std::vector<std::string>& texts)
     return command;
 }
 
-/// The branch of a `case` statement.
+/// One branch of a `case` statement.
 std::string branch(const std::string& pattern, const std::string& command)
 {
     return "    " + pattern + ") " + command + " ;;\n";
@@ -168,12 +170,18 @@ std::vector<std::string> optionNames(const CLI::App& syntax)
     return names;
 }
 
-/// The choices, or what else there is to offer; empty for data and free values.
-std::vector<std::string> valuesOf(const AlgorithmDescription::Option& option)
+/// The values to offer besides files: choices, and the references that are always there; empty for
+/// free values.
+std::vector<std::string> valuesOf(const AlgorithmDescription::Option& option,
+                                  const pipeline::DataInput* data)
 {
     if (option.kind == InputKind::Boolean)
         return {"true", "false"};
-    return option.choices;
+    std::vector<std::string> values = option.choices;
+    if (data != nullptr)
+        for (const pipeline::DataKind* const kind : data->kinds)
+            values.insert(values.end(), kind->offers.begin(), kind->offers.end());
+    return values;
 }
 
 std::string commandFunctions(const ProgramDeclaration& program)
@@ -204,13 +212,14 @@ std::string commandFunctions(const ProgramDeclaration& program)
            function("_tavrin_takes_value", selection("$1", branch(takingValue, "true")));
 }
 
-std::string algorithmFunctions(const std::vector<AlgorithmDescription>& algorithms)
+std::string algorithmFunctions(const std::vector<pipeline::AlgorithmCard>& algorithms)
 {
     std::vector<std::string> names;
     std::string options;
     std::string outputs;
     std::string values;
-    for (const AlgorithmDescription& algorithm : algorithms)
+    std::string dataOptions;
+    for (const pipeline::AlgorithmCard& algorithm : algorithms)
     {
         names.push_back(algorithm.name);
         std::vector<std::string> words;
@@ -218,9 +227,13 @@ std::string algorithmFunctions(const std::vector<AlgorithmDescription>& algorith
         {
             if (option.kind != InputKind::Label)
                 words.push_back(option.name + '=');
-            if (!valuesOf(option).empty())
-                values +=
-                    branch(quoted(algorithm.name + '|' + option.name), printing(valuesOf(option)));
+            const pipeline::DataInput* const data = algorithm.dataInput(option);
+            const auto offers = valuesOf(option, data);
+            const std::string pattern = quoted(algorithm.name + '|' + option.name);
+            if (!offers.empty())
+                values += branch(pattern, printing(offers));
+            if (data != nullptr)
+                dataOptions += branch(pattern, "true");
         }
         options += branch(quoted(algorithm.name), printing(words));
         words.clear();
@@ -231,13 +244,14 @@ std::string algorithmFunctions(const std::vector<AlgorithmDescription>& algorith
     return function("_tavrin_algorithms", "    " + printing(names) + '\n') +
            function("_tavrin_options", selection("$1", options)) +
            function("_tavrin_outputs", selection("$1", outputs)) +
-           function("_tavrin_values", selection("\"$1|$2\"", values));
+           function("_tavrin_values", selection("\"$1|$2\"", values)) +
+           function("_tavrin_takes_data", selection("\"$1|$2\"", dataOptions));
 }
 
 }
 
 std::string bashCompletion(const ProgramDeclaration& program,
-                           const std::vector<AlgorithmDescription>& algorithms)
+                           const std::vector<pipeline::AlgorithmCard>& algorithms)
 {
     return "# Completion of tavrin for bash, made by \"tavrin completion bash\".\n" +
            commandFunctions(program) + algorithmFunctions(algorithms) + machinery;

@@ -2,13 +2,13 @@
 
 #include "CommandText.hpp"
 
-#include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/pipeline/AlgorithmCard.hpp>
 
 namespace tavrin::app
 {
 
 /// A script for bash that completes commands, options, algorithms, NAME=VALUE, choices and files.
 std::string bashCompletion(const ProgramDeclaration& program,
-                           const std::vector<AlgorithmDescription>& algorithms);
+                           const std::vector<pipeline::AlgorithmCard>& algorithms);
 
 }

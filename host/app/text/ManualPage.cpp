@@ -11,7 +11,7 @@ namespace tavrin::app
 namespace
 {
 
-/// A text as roff prints it: no requests, and hyphens that can be copied.
+/// A text that roff prints literally: not as a request, and with hyphens that can be copied.
 std::string escaped(const std::string& text)
 {
     std::string roff;
@@ -37,25 +37,25 @@ std::string subheading(const std::string& title)
     return ".SS \"" + escaped(title) + "\"\n";
 }
 
-/// A term and what it means.
+/// A term with its meaning.
 std::string entry(const std::string& term, const std::string& meaning)
 {
     return ".TP\n.B " + escaped(term) + '\n' + escaped(meaning) + '\n';
 }
 
-/// Paragraphs; lines that begin with a blank are printed as they are.
+/// Paragraphs. Lines that begin with a blank are not wrapped.
 std::string paragraphs(const std::string& text)
 {
     std::string roff = ".PP\n";
-    bool isAsIs = false;
+    bool isLiteral = false;
     for (const std::string& line : linesOf(text))
     {
-        if (line.starts_with(' ') != isAsIs)
-            roff += isAsIs ? ".fi\n" : ".nf\n";
-        isAsIs = line.starts_with(' ');
+        if (line.starts_with(' ') != isLiteral)
+            roff += isLiteral ? ".fi\n" : ".nf\n";
+        isLiteral = line.starts_with(' ');
         roff += line.empty() ? ".PP\n" : escaped(line) + '\n';
     }
-    return roff + (isAsIs ? ".fi\n" : "");
+    return roff + (isLiteral ? ".fi\n" : "");
 }
 
 std::string optionEntries(const CLI::App& syntax)
@@ -75,7 +75,7 @@ std::string commandSection(const CommandDeclaration& command)
            optionEntries(command.syntax);
 }
 
-std::string algorithmSection(const AlgorithmDescription& algorithm)
+std::string algorithmSection(const pipeline::AlgorithmCard& algorithm)
 {
     std::string roff = subheading(algorithm.name) + escaped(algorithm.description) + '\n';
     for (const auto& option : algorithm.options)
@@ -85,7 +85,13 @@ std::string algorithmSection(const AlgorithmDescription& algorithm)
             meaning += " (one of: " + joined(option.choices, "; ") + ")";
         if (!option.defaultValue.empty())
             meaning += " [" + option.defaultValue + "]";
-        roff += entry(option.name + " (" + std::string(nameOf(option.kind)) + ")", meaning);
+        const pipeline::DataInput* const data = algorithm.dataInput(option);
+        if (data != nullptr)
+            meaning += " (accepts: " + joined(option.types, "; ") + ")";
+        roff +=
+            entry(option.name + (data != nullptr ? "=" + data->placeholder
+                                                 : " (" + std::string(nameOf(option.kind)) + ")"),
+                  meaning);
     }
     for (const auto& output : algorithm.outputs)
         roff += entry("-o " + output.name + "=FILE", output.isGraphics ? "graphics" : "data");
@@ -95,7 +101,7 @@ std::string algorithmSection(const AlgorithmDescription& algorithm)
 }
 
 std::string manualPage(const ProgramDeclaration& program,
-                       const std::vector<AlgorithmDescription>& algorithms)
+                       const std::vector<pipeline::AlgorithmCard>& algorithms)
 {
     std::string roff =
         ".TH TAVRIN 1 \"\" \"tavrin " TAVRIN_VERSION "\" \"User Commands\"\n.nh\n.ad l\n" +
@@ -106,7 +112,7 @@ std::string manualPage(const ProgramDeclaration& program,
     for (const CommandDeclaration& command : program.commands)
         roff += commandSection(command);
     roff += heading("ALGORITHMS");
-    for (const AlgorithmDescription& algorithm : algorithms)
+    for (const pipeline::AlgorithmCard& algorithm : algorithms)
         roff += algorithmSection(algorithm);
     for (const Topic& topic : helpTopics())
         roff += heading('"' + topic.title + '"') + paragraphs(topic.text);

@@ -2,13 +2,13 @@
 
 #include "CommandText.hpp"
 
-#include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/pipeline/AlgorithmCard.hpp>
 
 namespace tavrin::app
 {
 
-/// The manual page tavrin(1) in roff.
+/// The manual page tavrin(1) as roff source.
 std::string manualPage(const ProgramDeclaration& program,
-                       const std::vector<AlgorithmDescription>& algorithms);
+                       const std::vector<pipeline::AlgorithmCard>& algorithms);
 
 }

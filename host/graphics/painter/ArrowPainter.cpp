@@ -19,7 +19,9 @@ constexpr double fewArrows = 1e5;
 /// Arrows that cover the tile more often than this are dense: it pays to find out which are hidden.
 constexpr double sparseCover = 4.0;
 /// Hidden arrows are looked for anew whenever others have covered the tile this many times.
-constexpr double coverBetweenUpdates = 4.0;
+constexpr double coverBetweenUpdates = 2.0;
+/// Dense arrows are drawn coarser still.
+constexpr double denseCoarseness = 1.5;
 /// The least width and length of an arrow in the picture, and the rounding of edges to pixels.
 constexpr double pixelSlack = 3.0;
 
@@ -121,22 +123,32 @@ std::optional<ArrowPainter::Candidate> ArrowPainter::candidateFor(const ArrowGly
         width * (arrow.tube ? ArrowMesh::tubeHeadRadius : ArrowMesh::flatHeadRadius);
     // A flat arrow in a parallel view is as far away as its axis.
     const double thickness = !arrow.tube && camera.isParallel() ? 0.0 : headRadius;
-    const double nearest = std::max(
-        std::min(camera.distance(start), camera.distance(end)) - thickness, camera.nearest());
+    const auto nearestAround = [&](const Position& position)
+    { return std::max(camera.distance(position) - thickness, camera.nearest()); };
+    const double distanceFrom = nearestAround(start);
+    const double distanceTo = nearestAround(end);
+    const double pixelsPerUnit = camera.pixelsPerUnitAt(std::min(distanceFrom, distanceTo));
     const OcclusionMap::Strip strip{.from = camera.project(start),
                                     .to = camera.project(end),
-                                    .radius =
-                                        headRadius * camera.pixelsPerUnitAt(nearest) + pixelSlack};
+                                    .radius = headRadius * pixelsPerUnit + pixelSlack,
+                                    .depthFrom = camera.bufferDepth(distanceFrom),
+                                    .depthTo = camera.bufferDepth(distanceTo)};
     const double length = std::hypot(strip.to[0] - strip.from[0], strip.to[1] - strip.from[1]);
     const std::array<double, 2> middle{0.5 * (strip.from[0] + strip.to[0]),
                                        0.5 * (strip.from[1] + strip.to[1])};
     if (!tile.meetsCircle(middle, 0.5 * length + strip.radius))
         return {};
-    const double pixelsPerUnit = camera.pixelsPerUnit(start + 0.5 * direction);
+    OcclusionMap::Strip shaft = strip;
+    OcclusionMap::Strip head = strip;
+    const Position neck = start + static_cast<double>(ArrowMesh::neck) * direction;
+    shaft.to = head.from = camera.project(neck);
+    shaft.depthTo = head.depthFrom = camera.bufferDepth(nearestAround(neck));
+    shaft.radius = ArrowMesh::shaftRadius * width * pixelsPerUnit + pixelSlack;
+    const double widthInPixels = width * camera.pixelsPerUnit(start + 0.5 * direction);
     return Candidate{.instance = instance,
-                     .level = &levelFor(arrow, width * pixelsPerUnit),
-                     .strip = strip,
-                     .depth = camera.bufferDepth(nearest),
+                     .level = &levelFor(arrow, widthInPixels),
+                     .shaft = shaft,
+                     .head = head,
                      .area = std::min(length * strip.radius, tile.width * tile.height)};
 }
 
@@ -149,7 +161,7 @@ ArrowPainter::Crowd ArrowPainter::crowdOf(const std::vector<ArrowGlyph>& arrows,
         if (const auto candidate = candidateFor(arrows[i], sight))
         {
             crowd.indices.push_back(static_cast<std::uint32_t>(i));
-            depths.push_back(static_cast<float>(candidate->depth));
+            depths.push_back(static_cast<float>(candidate->depth()));
             area += candidate->area;
         }
     crowd.isDense = area > sparseCover * sight.tile.width * sight.tile.height;
@@ -215,6 +227,8 @@ void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, co
     const Sight sight{placement, camera, tile, pass};
     mCoarseness = std::max(1.0, std::sqrt(static_cast<double>(arrows.size()) / fewArrows));
     const Crowd crowd = crowdOf(arrows, sight);
+    if (crowd.isDense)
+        mCoarseness *= denseCoarseness;
     meter.advance(arrows.size() - crowd.indices.size());
 
     OcclusionMap occlusion(tile);
@@ -226,7 +240,7 @@ void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, co
     {
         meter.advance(1);
         const auto candidate = candidateFor(arrows[i], sight);
-        if (crowd.isDense && occlusion.hides(candidate->strip, candidate->depth))
+        if (crowd.isDense && occlusion.hides(candidate->head) && occlusion.hides(candidate->shaft))
             continue;
         collect(*candidate);
         collectedArea += candidate->area;

@@ -71,11 +71,13 @@ private:
     {
         Instance instance;
         Level* level;
-        OcclusionMap::Strip strip;
-        /// What the depth buffer holds where the arrow is nearest.
-        double depth;
-        /// The pixels of the tile that the strip covers, at most.
+        OcclusionMap::Strip shaft;
+        OcclusionMap::Strip head;
+        /// The pixels of the tile that the arrow covers, at most.
         double area;
+
+        /// What the depth buffer holds where the arrow is nearest.
+        double depth() const { return std::min(shaft.depthFrom, head.depthTo); }
     };
 
     struct Crowd

@@ -1,6 +1,7 @@
 #include "OcclusionMap.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace tavrin::graphics::painter
@@ -48,36 +49,49 @@ void OcclusionMap::update(const std::vector<float>& depths)
         depth = depth < 1.0F ? depth : openDepth;
 }
 
-bool OcclusionMap::hides(const Strip& strip, double depth) const
+bool OcclusionMap::hides(const Strip& strip) const
 {
-    const double left = strip.from[0] - mTile.left;
-    const double top = strip.from[1] - mTile.top;
-    const double alongX = strip.to[0] - strip.from[0];
-    const double alongY = strip.to[1] - strip.from[1];
-    const auto blockOf = [](double pixel, std::size_t count)
+    // Goes along the segment in slabs of blocks, across the axis along which it is longer.
+    const std::array origin{strip.from[0] - mTile.left, strip.from[1] - mTile.top};
+    const std::array extent{strip.to[0] - strip.from[0], strip.to[1] - strip.from[1]};
+    const std::array numBlocks{mColumns, mRows};
+    const std::size_t along = std::abs(extent[0]) >= std::abs(extent[1]) ? 0 : 1;
+    const std::size_t across = 1 - along;
+    const std::array strides =
+        along == 0 ? std::array{std::size_t{1}, mColumns} : std::array{mColumns, std::size_t{1}};
+    /// The first and the last block between two pixels.
+    const auto blocksBetween = [&](double a, double b, std::size_t axis)
     {
-        const double block = std::floor(pixel / static_cast<double>(blockSize));
-        return static_cast<std::size_t>(std::clamp(block, 0.0, static_cast<double>(count - 1)));
+        const auto blockOf = [&](double pixel)
+        {
+            const double block = std::floor(pixel / static_cast<double>(blockSize));
+            const auto last = static_cast<double>(numBlocks[axis] - 1);
+            return static_cast<std::size_t>(std::clamp(block, 0.0, last));
+        };
+        return std::pair(blockOf(std::min(a, b) - strip.radius),
+                         blockOf(std::max(a, b) + strip.radius));
     };
-    const auto firstRow = blockOf(std::min(top, top + alongY) - strip.radius, mRows);
-    const auto lastRow = blockOf(std::max(top, top + alongY) + strip.radius, mRows);
-    for (std::size_t row = firstRow; row <= lastRow; ++row)
+    const auto [firstSlab, lastSlab] =
+        blocksBetween(origin[along], origin[along] + extent[along], along);
+    for (std::size_t slab = firstSlab; slab <= lastSlab; ++slab)
     {
-        // The part of the segment whose surroundings reach into the row of blocks.
-        const double upper = static_cast<double>(row * blockSize) - strip.radius;
-        const double lower = static_cast<double>((row + 1) * blockSize) + strip.radius;
+        // The part of the segment whose surroundings reach into the slab.
         double begin = 0.0;
         double end = 1.0;
-        if (std::abs(alongY) > 1e-6)
+        if (std::abs(extent[along]) > 1.0)
         {
-            const auto [enter, leave] = std::minmax((upper - top) / alongY, (lower - top) / alongY);
-            begin = std::clamp(enter, 0.0, 1.0);
-            end = std::clamp(leave, 0.0, 1.0);
+            const double low = static_cast<double>(slab * blockSize) - strip.radius;
+            const double high = static_cast<double>((slab + 1) * blockSize) + strip.radius;
+            begin = std::clamp((low - origin[along]) / extent[along], 0.0, 1.0);
+            end = std::clamp((high - origin[along]) / extent[along], 0.0, 1.0);
         }
-        const auto [least, greatest] = std::minmax(left + begin * alongX, left + end * alongX);
-        const auto lastColumn = blockOf(greatest + strip.radius, mColumns);
-        for (auto column = blockOf(least - strip.radius, mColumns); column <= lastColumn; ++column)
-            if (mFarthest[row * mColumns + column] > depth + depthTolerance)
+        // Depths are linear in the picture.
+        const double depth = std::min(std::lerp(strip.depthFrom, strip.depthTo, begin),
+                                      std::lerp(strip.depthFrom, strip.depthTo, end));
+        const auto [first, last] = blocksBetween(origin[across] + begin * extent[across],
+                                                 origin[across] + end * extent[across], across);
+        for (std::size_t block = first; block <= last; ++block)
+            if (mFarthest[slab * strides[0] + block * strides[1]] > depth + depthTolerance)
                 return false;
     }
     return true;

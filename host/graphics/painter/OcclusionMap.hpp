@@ -15,13 +15,16 @@ namespace tavrin::graphics::painter
 class OcclusionMap
 {
 public:
-    /// A strip of the picture around a segment.
+    /// The surroundings of a segment.
     struct Strip
     {
-        /// In pixels of the picture.
+        /// Pixels of the picture.
         std::array<double, 2> from;
         std::array<double, 2> to;
         double radius;
+        /// What the depth buffer holds for the nearest surface around both ends.
+        double depthFrom;
+        double depthTo;
     };
 
     /// Nothing is hidden.
@@ -30,14 +33,13 @@ public:
     /// `depths` are those of the tile's pixels, 0 (near) to 1, rows from below.
     void update(const std::vector<float>& depths);
 
-    /// Whether something that lies in a strip, and nowhere nearer than `depth`, is hidden. What is
-    /// nearer by less than the depth buffer tells apart counts as hidden, so that of coplanar
-    /// things the first one drawn is on top.
-    bool hides(const Strip& strip, double depth) const;
+    /// Whether something that fills a strip is hidden. What is nearer by less than the depth buffer
+    /// tells apart counts as hidden, so that of coplanar things the first one drawn is on top.
+    bool hides(const Strip& strip) const;
 
 private:
     /// Side of a block, in pixels.
-    static constexpr std::size_t blockSize = 8;
+    static constexpr std::size_t blockSize = 4;
 
     float& farthest(std::size_t column, std::size_t row)
     {

@@ -2,33 +2,32 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace tavrin::graphics::painter
 {
 
-/// Tells another process what share of some work is done.
+/// Tells another process how many elements of a scene have been painted. A scene is gone through
+/// several times, so that a pass over all elements counts only for a part of them.
 class WorkMeter
 {
 public:
-    /// `done` will count up to `whole`.
-    WorkMeter(std::atomic<std::uint32_t>& done, std::uint32_t whole) : mDone(done), mWhole(whole) {}
+    /// `done` will count up to `total`.
+    WorkMeter(std::atomic<std::uint64_t>& done, std::uint64_t total) : mDone(done), mTotal(total) {}
 
-    /// How much work there will be, in the unit of `advance`.
-    void expect(std::size_t total) { mTotal = total; }
+    void setNumPasses(std::size_t numPasses) { mNumPasses = numPasses; }
 
     void advance(std::size_t count)
     {
         mCount += count;
-        const double share =
-            static_cast<double>(mCount) / static_cast<double>(std::max(mTotal, mCount));
-        mDone = static_cast<std::uint32_t>(share * mWhole);
+        mDone = std::min<std::uint64_t>(mCount / mNumPasses, mTotal);
     }
 
 private:
-    std::atomic<std::uint32_t>& mDone;
-    std::uint32_t mWhole;
-    std::size_t mTotal = 0;
+    std::atomic<std::uint64_t>& mDone;
+    std::uint64_t mTotal;
+    std::size_t mNumPasses = 1;
     std::size_t mCount = 0;
 };
 

@@ -30,8 +30,7 @@ enum class DrawableKind
     Primitive
 };
 
-/// The colors of a color bar, which is a function, are sent as this many samples: as many as the
-/// tallest picture that most people paint has rows.
+/// The color function of a color bar is sent as this many samples, more than a bar usually has rows.
 constexpr std::size_t numBarColors = 4096;
 
 /// Every item begins at a multiple of this, so that arrays can be used where they lie.
@@ -43,10 +42,10 @@ concept Plain = std::is_trivially_copyable_v<T> && alignof(T) <= alignment;
 class JobWriter
 {
 public:
-    JobWriter(SharedBytes& bytes, JobKind kind, const volatile bool& abortFlag)
+    JobWriter(SharedBytes& bytes, JobKind kind, std::size_t total, const volatile bool& abortFlag)
         : mBytes(bytes), mAbortFlag(abortFlag)
     {
-        add(JobState{});
+        add(JobState{.total = total});
         add(kind);
     }
 
@@ -262,10 +261,21 @@ ColorBar takeColorBar(JobReader& reader)
 
 }
 
+std::size_t numElements(const Scene& scene)
+{
+    std::size_t count = 0;
+    for (const auto& drawable : scene.drawables)
+        if (const auto* const batch = dynamic_cast<const ArrowBatch*>(drawable.get()))
+            count += batch->arrows().size();
+        else if (const auto* const primitive = dynamic_cast<const Primitive*>(drawable.get()))
+            count += primitive->numVertices();
+    return count;
+}
+
 void writePaintJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& options,
                    const volatile bool& abortFlag)
 {
-    JobWriter writer(bytes, JobKind::Paint, abortFlag);
+    JobWriter writer(bytes, JobKind::Paint, numElements(scene), abortFlag);
     writer.add(options.width);
     writer.add(options.height);
     writer.add(options.background);
@@ -282,7 +292,7 @@ void writePaintJob(SharedBytes& bytes, const Scene& scene, const PictureOptions&
 
 void writeEncodingJob(SharedBytes& bytes, const Image& image, const volatile bool& abortFlag)
 {
-    JobWriter writer(bytes, JobKind::Encode, abortFlag);
+    JobWriter writer(bytes, JobKind::Encode, 0, abortFlag);
     writer.add(image.width);
     writer.add(image.height);
     writer.addArray(std::span(image.rgba));

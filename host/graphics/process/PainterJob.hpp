@@ -25,20 +25,22 @@ struct JobState
         OutOfMemory = 3
     };
 
-    /// The share of the work that is done, 0 to `whole`.
-    std::atomic<std::uint32_t> done = 0;
+    /// How many elements of the scene, arrows and vertices, there are and have been painted.
+    std::uint64_t total = 0;
+    std::atomic<std::uint64_t> done = 0;
     std::atomic<std::uint32_t> outcome = Unfinished;
-
-    static constexpr std::uint32_t whole = 1000;
 };
 
-static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
 struct PaintJob
 {
     Scene scene;
     PictureOptions options;
 };
+
+/// How many elements a scene has.
+TAVRIN_API std::size_t numElements(const Scene& scene);
 
 /// Appends the state and the description of a picture to be painted. Throws `logic_error` for a
 /// drawable of unknown kind, `runtime_error` "aborted" soon after `abortFlag` is set, and

@@ -43,7 +43,7 @@ fs::path painterProgram()
     return fs::absolute(info.dli_fname).parent_path() / "tavrin" / "tavrin-painter";
 }
 
-/// The running program. Killed, if it still runs, when the object goes.
+/// The running program, which is killed if it still runs at the end of the object's life.
 class Child
 {
 public:
@@ -77,7 +77,7 @@ public:
             close(mDescriptor);
     }
 
-    /// Waits for a moment, or until the process ends. Returns whether it has.
+    /// Waits for a moment or until the process ends, and returns whether it has ended.
     bool hasEnded()
     {
         pollfd entry{.fd = mDescriptor, .events = POLLIN, .revents = 0};
@@ -111,6 +111,33 @@ private:
     bool mHasEnded = false;
 };
 
+/// Passes the state of a job on to an observer, if there is one.
+class Reporting
+{
+public:
+    Reporting(const JobState& state, ProgressObserver* observer)
+        : mState(state), mObserver(observer)
+    {
+        if (mObserver != nullptr)
+            mObserver->opened(mReport);
+    }
+    Reporting(const Reporting&) = delete;
+    Reporting& operator=(const Reporting&) = delete;
+    ~Reporting()
+    {
+        if (mObserver != nullptr)
+            mObserver->closed(mReport);
+    }
+
+    void update() { mCounter.advance(mState.done - mCounter.count()); }
+
+private:
+    const JobState& mState;
+    ProgressObserver* mObserver;
+    ProgressCounter mCounter;
+    ProgressReport mReport{"painting", mState.total, true, mCounter};
+};
+
 std::string textOf(SharedBytes& bytes)
 {
     const auto text = bytes.map();
@@ -120,20 +147,20 @@ std::string textOf(SharedBytes& bytes)
 }
 
 std::vector<std::uint8_t> runPainter(SharedBytes& job, const volatile bool& abortFlag,
-                                     const PaintingProgress& progress)
+                                     ProgressObserver* observer)
 {
     SharedBytes result;
     SharedBytes complaints;
     const auto& state = *reinterpret_cast<const JobState*>(job.map().data());
     if (abortFlag)
         throw runtime_error("aborted");
+    Reporting reporting(state, observer);
     Child child(job, result, complaints);
     while (!child.hasEnded())
     {
         if (abortFlag)
             throw runtime_error("aborted");
-        if (progress)
-            progress(static_cast<double>(state.done) / JobState::whole);
+        reporting.update();
     }
     switch (static_cast<JobState::Outcome>(state.outcome.load()))
     {

@@ -11,12 +11,13 @@ namespace tavrin::graphics::process
 ///
 /// Painting happens in a process of its own because a graphics driver cannot be interrupted, may
 /// crash where memory is short, and needs libraries that nothing else does. The process is killed
-/// as soon as `abortFlag` is set.
+/// as soon as `abortFlag` is set. `observer`, which may be null, hears of the progress under the
+/// title "painting".
 ///
 /// Throws `runtime_error` "aborted" after an abort, with the painter's message where it failed, and
 /// "the picture cannot be painted: CAUSE" where it cannot be started or crashed; `std::bad_alloc`
 /// where memory is short.
 std::vector<std::uint8_t> runPainter(SharedBytes& job, const volatile bool& abortFlag,
-                                     const PaintingProgress& progress);
+                                     ProgressObserver* observer);
 
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/algorithm/Progress.hpp>
 #include <tavrin/graphics/Scene.hpp>
 
 #include <cstddef>
@@ -8,11 +9,11 @@
 namespace tavrin::graphics
 {
 
-/// From where a scene is seen.
+/// The direction from which a scene is seen.
 struct TAVRIN_API View
 {
-    /// Degrees: the direction from the scene to the eye, turned about z from x towards y, and then
-    /// raised towards z.
+    /// Degrees: the direction from the scene to the eye, turned about z from x toward y, and then
+    /// raised toward z.
     double azimuth = 0.0;
     double elevation = 0.0;
 
@@ -30,12 +31,12 @@ struct PictureOptions
     std::size_t height = 960;
     /// May be transparent.
     Color background{1.0F, 1.0F, 1.0F, 1.0F};
-    /// Without one, a scene that is thin along an axis is seen straight on, and any other from the
-    /// front right above. A view along an axis is parallel, others are in perspective.
+    /// By default, a scene that is flat along an axis is seen along it, and any other from the front
+    /// right above. A view along an axis is a parallel projection, all others are in perspective.
     std::optional<View> view = std::nullopt;
 };
 
-/// Throws `usage_error` for a size that cannot be painted: each side takes 1 to 16384 pixels.
+/// Throws `usage_error` for a size that cannot be painted: each side must be 1 to 16384 pixels.
 TAVRIN_API void checkPictureSize(std::size_t width, std::size_t height);
 
 struct Image
@@ -47,20 +48,17 @@ struct Image
     std::vector<std::uint8_t> rgba;
 };
 
-/// Called now and then with the share of the work that is done, 0 to 1. May be empty.
-using PaintingProgress = std::function<void(double share)>;
-
 /// Paints a scene without a display, in software where there is no graphics processor. The camera
 /// is placed so that everything fits. The same input gives the same picture, whatever the order of
 /// transparent drawables.
 ///
 /// Painting happens in a process of its own, which is killed within a fraction of a second after
-/// `abortFlag` is set.
+/// `abortFlag` is set. `observer`, which may be null, hears of the work under the title "painting".
 /// Throws `usage_error` for an impossible size, `runtime_error` "aborted" after an abort, with a
 /// message such as "no OpenGL 3.3 context without a display: CAUSE" or "FILE: CAUSE" for a shader
 /// that cannot be compiled, or where the graphics driver crashes, and `std::bad_alloc`.
 TAVRIN_API Image paint(const Scene& scene, const PictureOptions& options,
-                       const volatile bool& abortFlag, const PaintingProgress& progress = {});
+                       const volatile bool& abortFlag, ProgressObserver* observer = nullptr);
 
 /// The bytes of the image as a PNG file. Throws `runtime_error` where the size of `rgba` does not
 /// match the image's width and height, and "aborted" as `paint`.

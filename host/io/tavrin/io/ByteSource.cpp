@@ -13,9 +13,9 @@ namespace tavrin::io
 namespace
 {
 
-[[noreturn]] void complainAboutEnd()
+[[noreturn]] void failTruncated()
 {
-    throw Malformed("the data end too early");
+    throw Malformed("the data is truncated");
 }
 
 constexpr std::uint8_t padding = 64;
@@ -66,7 +66,7 @@ void RawByteSource::read(std::span<std::byte> target)
 {
     const auto count = static_cast<std::streamsize>(target.size());
     if (mStream.rdbuf()->sgetn(reinterpret_cast<char*>(target.data()), count) != count)
-        complainAboutEnd();
+        failTruncated();
 }
 
 void Base64ByteSource::read(std::span<std::byte> target)
@@ -98,17 +98,17 @@ void Base64ByteSource::refill()
             if (digit == foreign)
             {
                 if (mEnd == 0)
-                    complainAboutEnd();
+                    failTruncated();
                 return;
             }
             buffer.sbumpc();
             if (digit != blank)
                 digits[i++] = digit;
         }
-        // Two digits at least are needed for a byte; what follows padding is padding.
+        // A byte needs two digits at least, and only padding may follow padding.
         const std::size_t bytes = digits[2] == padding ? 1 : digits[3] == padding ? 2 : 3;
         if (digits[0] == padding || digits[1] == padding || (bytes == 1 && digits[3] != padding))
-            complainAboutEnd();
+            failTruncated();
         const std::uint32_t bits = static_cast<std::uint32_t>(digits[0]) << 18 |
                                    static_cast<std::uint32_t>(digits[1]) << 12 |
                                    (digits[2] & 63U) << 6 | (digits[3] & 63U);

@@ -8,7 +8,7 @@
 namespace tavrin::io
 {
 
-/// Bytes taken one after the other from where a stream stands.
+/// A sequence of bytes that is read from the current position of a stream.
 class ByteSource
 {
 public:
@@ -17,11 +17,11 @@ public:
     ByteSource& operator=(const ByteSource&) = delete;
     virtual ~ByteSource() = default;
 
-    /// Fills the target. Throws `Malformed` where there are fewer bytes.
+    /// Fills the target with the next bytes. Throws `Malformed` where there are too few.
     virtual void read(std::span<std::byte> target) = 0;
 };
 
-/// The bytes of the stream themselves.
+/// Bytes that the stream contains as they are.
 class RawByteSource : public ByteSource
 {
 public:
@@ -32,7 +32,8 @@ private:
     std::istream& mStream;
 };
 
-/// Bytes written as base64. Several encoded runs, each with its own padding, read as one.
+/// Bytes that the stream contains as base64. Successive encoded texts, each with its own padding, are
+/// read as one sequence.
 class Base64ByteSource : public ByteSource
 {
 public:
@@ -50,7 +51,7 @@ private:
     std::size_t mEnd = 0;
 };
 
-/// Turns the bytes of each number around.
+/// Reverses the order of the bytes of each number.
 void swapBytes(std::span<std::byte> bytes, std::size_t bytesPerNumber);
 
 }

@@ -117,11 +117,25 @@ void FileAccess::warn(const std::filesystem::path& file, const std::string& text
     }
     else if (warning->second.line != file.string() + ": " + cleanLine(text))
         ++warning->second.repetitions;
+    if (!mHoldsWarnings)
+        passOnWarnings();
 }
 
-void FileAccess::reportWarnings()
+void FileAccess::holdWarnings()
 {
     const std::lock_guard lock(mMutex);
+    mHoldsWarnings = true;
+}
+
+void FileAccess::releaseWarnings()
+{
+    const std::lock_guard lock(mMutex);
+    mHoldsWarnings = false;
+    passOnWarnings();
+}
+
+void FileAccess::passOnWarnings()
+{
     for (const std::string& kind : mNewWarnings)
     {
         const auto& [line, repetitions] = mWarnings[kind];
@@ -202,9 +216,14 @@ BuiltGrid FileAccess::build(DataFile& file, const FilePlace& place,
 StoredArray readValues(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid)
 {
     StoredArray values = file.readArray(array);
-    const auto& origin =
-        array.association == Association::Points ? grid.pointOrigin : grid.cellOrigin;
-    return origin ? gather(values, *origin) : values;
+    const auto& origin = originOf(grid, array.association);
+    return origin == nullptr ? values : gather(values, *origin);
+}
+
+const std::shared_ptr<const std::vector<std::size_t>>& originOf(const BuiltGrid& grid,
+                                                                Association association)
+{
+    return association == Association::Points ? grid.pointOrigin : grid.cellOrigin;
 }
 
 ValidityMask readValidity(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid)

@@ -26,23 +26,24 @@ public:
 
     const volatile bool& abortFlag() const { return mAbortFlag; }
 
-    /// Warns about a file. Of warnings that differ in their numbers only, the first is passed on,
-    /// together with the count of the others, when `work` of `reporting` ends; later ones are dropped.
+    /// Warns about a file. Of warnings that differ in their numbers only, the first one is passed on:
+    /// at the end of the work of `reporting`, with the count of the others, or else at once.
     void warn(const std::filesystem::path& file, const std::string& text);
 
     /// Does the work, then passes on the warnings that arose in it. Returns its result.
     template<typename Work>
     auto reporting(const Work& work)
     {
+        holdWarnings();
         try
         {
             auto result = work();
-            reportWarnings();
+            releaseWarnings();
             return result;
         }
         catch (...)
         {
-            reportWarnings();
+            releaseWarnings();
             throw;
         }
     }
@@ -78,11 +79,15 @@ private:
         std::string line;
         std::size_t repetitions = 0;
     };
-    void reportWarnings();
+    void holdWarnings();
+    void releaseWarnings();
+    /// The caller holds the mutex.
+    void passOnWarnings();
 
     Loader::Warn mWarn;
     const volatile bool& mAbortFlag;
     std::mutex mMutex;
+    bool mHoldsWarnings = false;
     /// By file and kind.
     std::map<std::string, Warning> mWarnings;
     /// Keys of `mWarnings` in the order in which the warnings arose.
@@ -97,6 +102,10 @@ void requireFile(const std::filesystem::path& path);
 
 /// The values of an array for the elements of a grid that was built from the file.
 StoredArray readValues(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid);
+
+/// The index in the file of each value of an association; null where the indices are the same.
+const std::shared_ptr<const std::vector<std::size_t>>& originOf(const BuiltGrid& grid,
+                                                                Association association);
 
 /// The marks, 1 or 0, that tell which of these values are valid; empty where the file has no such
 /// array.

@@ -29,7 +29,8 @@ void CellCollector::merge()
 {
     if (mParts.size() == 1 && mParts.front().firstPoint == 0)
         return;
-    // What is wrong stays wrong: it must not become right in another part, nor overflow.
+    // An invalid index must stay invalid: shifted, it could become a valid one of another part, or
+    // overflow.
     constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max();
     std::vector<std::int64_t> allOffsets{0};
     std::vector<std::int64_t> allConnectivity;

@@ -7,7 +7,7 @@
 namespace tavrin::io
 {
 
-/// A file that could not be read or written. The text names the file first: "FILE: cause".
+/// The error for a file that could not be read or written. Its text is "FILE: cause".
 class TAVRIN_API FileError : public runtime_error
 {
 public:
@@ -17,7 +17,7 @@ public:
     }
 };
 
-/// Reading or writing stopped because the abort flag was set.
+/// Thrown where reading or writing stops because the abort flag is set.
 class TAVRIN_API Aborted : public runtime_error
 {
 public:

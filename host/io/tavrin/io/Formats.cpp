@@ -65,6 +65,7 @@ std::vector<FileFormat> makeFormats()
          .family = "VTK XML",
          .dataSet = "Collection",
          .content = FileContent::TimeSteps,
+         .holdsSeveralArrays = false,
          .readList = readPvdList,
          .prepareSeries = prepareSeries},
         {.extension = ".series",

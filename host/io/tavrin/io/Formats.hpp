@@ -52,7 +52,7 @@ struct FileFormat
     std::vector<StructuringType> grids = {};
     /// Whether it holds points without cells.
     bool holdsPointClouds = false;
-    /// Whether a file holds more than one array.
+    /// Whether several arrays can be written into a file.
     bool holdsSeveralArrays = true;
     /// Whether the format holds these cells of an unstructured grid; null where it holds all.
     bool (*holdsCells)(const CellComplex& cells) = nullptr;

@@ -220,7 +220,10 @@ BuiltGrid buildWithPoints(DataFile& file, std::optional<std::size_t> dimension,
             else
                 domain = std::make_shared<const UnstructuredGrid<D>>(wrapPoints<D>(points),
                                                                      std::move(cells.table));
-            return {std::move(domain), {}, std::move(cells.origin), std::move(cells.warnings)};
+            std::shared_ptr<const std::vector<std::size_t>> origin;
+            if (cells.origin)
+                origin = std::make_shared<const std::vector<std::size_t>>(std::move(*cells.origin));
+            return {std::move(domain), {}, std::move(origin), std::move(cells.warnings)};
         });
 }
 
@@ -314,8 +317,9 @@ BuiltGrid withoutGhosts(BuiltGrid grid, const Ghosts& ghosts)
         return grid;
     BuiltGrid result;
     result.warnings = std::move(grid.warnings);
-    result.pointOrigin = std::move(pointOrigin);
-    result.cellOrigin = std::move(cellOrigin);
+    using Indices = const std::vector<std::size_t>;
+    result.pointOrigin = std::make_shared<Indices>(std::move(pointOrigin));
+    result.cellOrigin = std::make_shared<Indices>(std::move(cellOrigin));
 
     std::vector<CellType> types;
     std::vector<std::int64_t> offsets{0};

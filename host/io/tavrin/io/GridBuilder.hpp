@@ -12,8 +12,8 @@ struct BuiltGrid
 {
     std::shared_ptr<const Domain> domain;
     /// The index in the file for each point or cell of the domain; nothing where all are the same.
-    std::optional<std::vector<std::size_t>> pointOrigin;
-    std::optional<std::vector<std::size_t>> cellOrigin;
+    std::shared_ptr<const std::vector<std::size_t>> pointOrigin;
+    std::shared_ptr<const std::vector<std::size_t>> cellOrigin;
     std::vector<std::string> warnings;
 };
 

@@ -5,7 +5,8 @@
 namespace tavrin::io
 {
 
-/// Fills in what the grid says: kind, dimension, numbers of elements, size, cell types and bounds.
+/// Sets the members of `info` that describe the grid: kind, dimension, numbers of elements, size, cell
+/// types and bounds.
 void describeGrid(const Domain& domain, FileInfo& info);
 
 }

@@ -1,9 +1,9 @@
 #include <tavrin/io/Loader.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
 #include <tavrin/io/FileInspection.hpp>
 #include <tavrin/io/series/SeriesReader.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/value/SeriesValueArray.hpp>
 
 #include <algorithm>
@@ -122,7 +122,8 @@ FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, Data
                                  {
                                      function = std::make_shared<const Function<T>>(
                                          share(grid.domain), partOf(array.association),
-                                         wrapValues<T>(values), times, array.name, validity);
+                                         wrapValues<T>(values), times, array.name, validity,
+                                         originOf(grid, array.association));
                                  });
                       return function;
                   });
@@ -145,7 +146,7 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
                        [reader](std::size_t step) { return wrapValues<T>(reader->load(step)); });
                    function = std::make_shared<const Function<T>>(
                        reader->domain(), part, std::move(values), times, array.name,
-                       validityOf(reader->takeValidity()));
+                       validityOf(reader->takeValidity()), reader->origin());
                });
     return function;
 }

@@ -5,8 +5,8 @@
 namespace tavrin::io
 {
 
-/// What is wrong with a file that is being read. The loader turns it into a `FileError`, which
-/// knows the file.
+/// The error for invalid content of a file that is being read. Its text does not name the file; the
+/// loader turns it into a `FileError`, which does.
 class Malformed : public std::runtime_error
 {
 public:

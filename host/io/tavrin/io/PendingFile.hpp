@@ -8,8 +8,8 @@
 namespace tavrin::io
 {
 
-/// A file, or a file and those that it lists, that is complete but for its name. What is not
-/// published is removed with the object.
+/// A file, or a file and the files that it lists, that is complete except for its name. It is removed
+/// with the object unless it is published.
 class TAVRIN_API PendingFile
 {
 public:
@@ -18,11 +18,11 @@ public:
     PendingFile& operator=(const PendingFile&) = delete;
     virtual ~PendingFile() = default;
 
-    /// Gives the file its name, in place of a file that has it. Throws `FileError`.
+    /// Gives the file its name; an existing file of that name is replaced. Throws `FileError`.
     virtual void publish() = 0;
 };
 
-/// Files that are to appear together.
+/// Files to be published together.
 using PendingFiles = std::vector<std::unique_ptr<PendingFile>>;
 
 }

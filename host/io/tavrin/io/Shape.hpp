@@ -28,14 +28,14 @@ std::optional<Shape> shapeOf(std::size_t components, const std::vector<std::stri
 /// All shapes that this number of components can be read as; six make a symmetric 3x3 matrix.
 std::vector<Shape> shapesFitting(std::size_t components);
 
-/// "scalar", "3", "2x2".
+/// The shape as text: "scalar", "3", "2x2".
 std::string shapeText(const Shape& shape);
 
 /// Calls `visitor.operator()<T>()` with the type of values of this shape.
 template<typename Visitor>
 void visitShape(const Shape& shape, Visitor&& visitor);
 
-/// "3-D Vector".
+/// The name of the type of values of this shape: "3-D Vector".
 std::string valueTypeNameOf(const Shape& shape);
 
 template<typename T>

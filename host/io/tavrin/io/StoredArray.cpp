@@ -49,7 +49,7 @@ IndexArray toIndices(const StoredArray& array)
                    [&]<typename Stored>()
                    {
                        if constexpr (std::is_floating_point_v<Stored>)
-                           throw Malformed("cell offsets or connectivity are no whole numbers");
+                           throw Malformed("cell offsets or connectivity are not integers");
                        else
                            std::copy_n(array.as<Stored>(), widened.size(), widened.begin());
                    });

@@ -12,7 +12,7 @@
 namespace tavrin::io
 {
 
-/// The types behind `Precision`.
+/// The C++ types of the precisions.
 using StoredTypes = TypeList<std::int8_t, std::int16_t, std::int32_t, std::int64_t, std::uint8_t,
                              std::uint16_t, std::uint32_t, std::uint64_t, float, double>;
 
@@ -30,13 +30,13 @@ void visitPrecision(Precision precision, Visitor&& visitor)
         });
 }
 
-/// From how many elements on a loop over them is worth several threads.
+/// The number of elements above which several threads make a loop faster.
 inline constexpr std::size_t worthThreads = 65536;
 
 /// The bytes of one number.
 std::size_t sizeOf(Precision precision);
 
-/// Tuples of numbers as a file holds them, in memory that `owner` keeps alive.
+/// Tuples of numbers in the precision of a file, in memory that `owner` keeps alive.
 struct StoredArray
 {
     Precision precision = Precision::Float64;
@@ -45,7 +45,7 @@ struct StoredArray
     std::byte* data = nullptr;
     std::shared_ptr<const void> owner;
 
-    /// Memory for tuples that are still to be filled in.
+    /// Allocates memory for tuples without initializing it.
     static StoredArray allocate(Precision precision, std::size_t tuples, std::size_t components);
 
     std::size_t numbers() const { return tuples * components; }
@@ -61,8 +61,8 @@ struct StoredArray
 /// The tuples with the given indices, in their order.
 StoredArray gather(const StoredArray& array, const std::vector<std::size_t>& indices);
 
-/// Indices of 32 or 64 bits as they are, whole numbers of other sizes widened. Throws `Malformed`
-/// for other numbers.
+/// The numbers as indices: integers of 32 or 64 bits share the memory, others are converted. Throws
+/// `Malformed` for floating-point numbers.
 IndexArray toIndices(const StoredArray& array);
 
 }

@@ -32,7 +32,7 @@ bool parse(std::string_view word, Number& number)
         return rest == end;
     if constexpr (std::is_floating_point_v<Number>)
     {
-        // Beyond the range: strtod tells infinity from zero.
+        // For a number out of range, strtod returns infinity or zero.
         if (error == std::errc::result_out_of_range && rest == end)
         {
             number = static_cast<Number>(std::strtod(std::string(word).c_str(), nullptr));
@@ -42,23 +42,7 @@ bool parse(std::string_view word, Number& number)
     return false;
 }
 
-bool startsLikeNumber(std::string_view word)
-{
-    if (word.starts_with('-') || word.starts_with('+'))
-        word.remove_prefix(1);
-    if (word.empty())
-        return false;
-    const char first = word.front();
-    const auto equals = [&](std::string_view name)
-    {
-        return word.size() >= name.size() &&
-               std::ranges::equal(word.substr(0, name.size()), name,
-                                  [](char a, char b) { return (a | ' ') == b; });
-    };
-    return (first >= '0' && first <= '9') || first == '.' || equals("nan") || equals("inf");
-}
-
-[[noreturn]] void complain(std::string_view word, std::size_t done, std::size_t count)
+[[noreturn]] void fail(std::string_view word, std::size_t done, std::size_t count)
 {
     if (word.empty())
         throw Malformed("the text ends after " + std::to_string(done) + " of " +
@@ -95,6 +79,22 @@ std::vector<Number> parseAll(std::string_view text, std::size_t count, const std
 
 }
 
+bool startsLikeNumber(std::string_view word)
+{
+    if (word.starts_with('-') || word.starts_with('+'))
+        word.remove_prefix(1);
+    if (word.empty())
+        return false;
+    const char first = word.front();
+    const auto equals = [&](std::string_view name)
+    {
+        return word.size() >= name.size() &&
+               std::ranges::equal(word.substr(0, name.size()), name,
+                                  [](char a, char b) { return (a | ' ') == b; });
+    };
+    return (first >= '0' && first <= '9') || first == '.' || equals("nan") || equals("inf");
+}
+
 std::string_view WordReader::next()
 {
     constexpr int end = std::char_traits<char>::eof();
@@ -123,7 +123,7 @@ void readTextNumbers(WordReader& words, const StoredArray& array, const volatile
                                throw Aborted();
                            const std::string_view word = words.next();
                            if (!parse(word, array.as<Stored>()[i]))
-                               complain(word, i, count);
+                               fail(word, i, count);
                        }
                    });
 }
@@ -136,7 +136,7 @@ void skipTextNumbers(WordReader& words, std::size_t count, const volatile bool& 
             throw Aborted();
         const std::string_view word = words.next();
         if (!startsLikeNumber(word))
-            complain(word, i, count);
+            fail(word, i, count);
     }
 }
 

@@ -19,9 +19,9 @@ struct Pair
 
 using enum CellType;
 
-// The vertices have the same numbers on both sides. For wedges that is the numbering of VTK's shape
-// functions: triangle 0 1 2, then 3 4 5 opposite. Which way the normal of 0 1 2 points, where VTK's
-// documents disagree between the linear and the quadratic wedge, matters to no interpolation.
+// The cell types of a pair number their vertices in the same way. For wedges this is the numbering of
+// VTK's shape functions: triangle 0 1 2, then 3 4 5 opposite. VTK's documents disagree about the
+// direction of the normal of 0 1 2, which has no effect on interpolation.
 constexpr std::array pairs{
     Pair{Points, VTK_VERTEX},
     Pair{Lines, VTK_LINE},
@@ -43,24 +43,14 @@ constexpr std::array pairs{
     Pair{Invalid, VTK_EMPTY_CELL},
 };
 
-CellType fullyQuadratic(CellType type)
-{
-    switch (type)
-    {
-    case SubparametricQuadraticLine:
-        return QuadraticLine;
-    case SubparametricQuadraticTriangle:
-        return QuadraticTriangle;
-    case SubparametricQuadraticQuad:
-        return QuadraticQuad;
-    case SubparametricQuadraticTetrahedron:
-        return QuadraticTetrahedron;
-    case SubparametricQuadraticHexahedron:
-        return QuadraticHexahedron;
-    default:
-        return type;
-    }
-}
+/// Further cell types that are written with the number of a cell with the same vertices.
+constexpr std::array subparametric{
+    Pair{SubparametricQuadraticLine, VTK_QUADRATIC_EDGE},
+    Pair{SubparametricQuadraticTriangle, VTK_QUADRATIC_TRIANGLE},
+    Pair{SubparametricQuadraticQuad, VTK_QUADRATIC_QUAD},
+    Pair{SubparametricQuadraticTetrahedron, VTK_QUADRATIC_TETRA},
+    Pair{SubparametricQuadraticHexahedron, VTK_QUADRATIC_HEXAHEDRON},
+};
 
 }
 
@@ -72,8 +62,10 @@ std::optional<CellType> cellTypeOf(int vtkType)
 
 int vtkTypeOf(CellType type)
 {
-    const auto found = std::ranges::find(pairs, fullyQuadratic(type), &Pair::type);
-    return found == pairs.end() ? VTK_EMPTY_CELL : found->vtkType;
+    if (const auto found = std::ranges::find(pairs, type, &Pair::type); found != pairs.end())
+        return found->vtkType;
+    const auto found = std::ranges::find(subparametric, type, &Pair::type);
+    return found == subparametric.end() ? VTK_EMPTY_CELL : found->vtkType;
 }
 
 }

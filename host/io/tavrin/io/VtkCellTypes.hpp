@@ -7,13 +7,13 @@
 namespace tavrin::io
 {
 
-/// The kind of cell that a VTK file's cell type number stands for where its vertices are also
-/// numbered alike; `Invalid` for an empty cell. Nothing for a cell that has to be renumbered
-/// (pixel, voxel), taken apart (strip, polygon, polyhedron) or is unknown.
+/// The cell type with VTK's number `vtkType`, if both number the vertices in the same way; `Invalid`
+/// for an empty cell. Nothing for a cell that has to be renumbered (pixel, voxel) or decomposed
+/// (strip, polygon, polyhedron), and for an unknown one.
 std::optional<CellType> cellTypeOf(int vtkType);
 
-/// The number under which a kind of cell is written. A subparametric cell is written as the
-/// quadratic one, which has the same vertices.
+/// VTK's number for a cell type. A subparametric cell has the number of the quadratic cell with the
+/// same vertices.
 int vtkTypeOf(CellType type);
 
 }

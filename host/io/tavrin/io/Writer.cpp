@@ -67,11 +67,10 @@ std::unique_ptr<PendingFile> prepareFunctions(
     { return function->domain() == functions.front()->domain() && function->numTimeSteps() == 1; };
     if (functions.empty() || !std::ranges::all_of(functions, isAlike))
         throw logic_error("functions of one step on one domain are needed for one file");
-    if (isSeries(file))
-        throw usage_error(file.string() +
-                          ": several functions are written into a file of one step");
     const Domain& domain = *functions.front()->domain();
     requireSuitable(file, domain, 1);
+    if (!findFormat(file)->holdsSeveralArrays)
+        throw usage_error(file.string() + ": a file with this extension holds one array");
     std::vector<NamedFunction> named;
     for (const auto& function : functions)
         named.push_back({*function, arrayNameFor(function->name())});

@@ -38,9 +38,11 @@ std::string_view nameOf(TimeBehavior behavior)
 FunctionBase::FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                            std::shared_ptr<const ValueArrayBase> values,
                            std::vector<double> timeSteps, std::string name,
-                           std::shared_ptr<const ValidityMask> validity)
+                           std::shared_ptr<const ValidityMask> validity,
+                           std::shared_ptr<const FileIndices> fileIndices)
     : mDomain(std::move(domain)), mDomainPart(domainPart), mValues(std::move(values)),
-      mTimeSteps(std::move(timeSteps)), mName(std::move(name)), mValidity(std::move(validity))
+      mTimeSteps(std::move(timeSteps)), mName(std::move(name)), mValidity(std::move(validity)),
+      mFileIndices(std::move(fileIndices))
 {
     if (mValues == nullptr)
         throw logic_error("a function needs an array of values");
@@ -66,11 +68,14 @@ std::vector<std::string> FunctionBase::getInfoStrings() const
 template<typename T>
 Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                       std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
-                      std::string name, std::shared_ptr<const ValidityMask> validity)
+                      std::string name, std::shared_ptr<const ValidityMask> validity,
+                      std::shared_ptr<const FileIndices> fileIndices)
     : FunctionBase(std::move(domain), domainPart, std::move(values), std::move(timeSteps),
-                   std::move(name), std::move(validity))
+                   std::move(name), std::move(validity), fileIndices)
 {
     transferToDomain(this->domain().get(), domainPart, *FunctionBase::values(), numTimeSteps());
+    if (fileIndices != nullptr && fileIndices->size() != valuesPerStep())
+        throw logic_error("the file indices of a function do not fit its domain");
 }
 
 template<typename T>

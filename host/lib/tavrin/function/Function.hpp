@@ -24,6 +24,9 @@ TAVRIN_API std::string_view nameOf(TimeBehavior behavior);
 /// For each value of a function 1, or 0 where the value is only a placeholder.
 using ValidityMask = LargeVector<std::uint8_t>;
 
+/// For each element of a domain part its index in the file that a function was read from.
+using FileIndices = std::vector<std::size_t>;
+
 /// Values on one part of a domain, at one or more time steps.
 ///
 /// A function made with m time steps holds the values of all of them, step after step, in one
@@ -56,8 +59,16 @@ public:
     /// The name of the quantity, such as that of an array in a file; may be empty.
     const std::string& name() const { return mName; }
 
-    /// Marks the values that are real, for all time steps; null where all of them are.
+    /// Marks the values that are real, for all time steps; null where all of them are. Values that are not
+    /// are left out of statistics and pictures, and fields have no value where they would take part.
     const std::shared_ptr<const ValidityMask>& validity() const { return mValidity; }
+
+    /// The index that an element of the domain part has in the file that the function was read from.
+    /// It differs from `element` where elements of the file were left out or decomposed.
+    std::size_t indexInFile(std::size_t element) const
+    {
+        return mFileIndices == nullptr ? element : (*mFileIndices)[element];
+    }
 
     /// "3-D Vector" and the like.
     virtual std::string valueTypeName() const = 0;
@@ -73,7 +84,8 @@ public:
 protected:
     FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                  std::shared_ptr<const ValueArrayBase> values, std::vector<double> timeSteps,
-                 std::string name, std::shared_ptr<const ValidityMask> validity);
+                 std::string name, std::shared_ptr<const ValidityMask> validity,
+                 std::shared_ptr<const FileIndices> fileIndices);
 
 private:
     std::shared_ptr<const Domain> mDomain;
@@ -82,6 +94,7 @@ private:
     std::vector<double> mTimeSteps;
     std::string mName;
     std::shared_ptr<const ValidityMask> mValidity;
+    std::shared_ptr<const FileIndices> mFileIndices;
 };
 
 /// "Scalar", "3-D Vector", "2x2 Matrix", ...
@@ -103,11 +116,12 @@ class TAVRIN_API Function final : public FunctionBase
 public:
     /// Throws `runtime_error` "Data can't be registered to non-existent domains." for a null domain and
     /// "The data does not fit onto the specified domain" for a wrong number of values. Throws
-    /// `logic_error` where there is no value array, time steps do not ascend, or the mask differs
-    /// in size from the values.
+    /// `logic_error` where there is no value array, time steps do not ascend, the mask differs in size
+    /// from the values, or the file indices from the domain part.
     Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
              std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
-             std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr);
+             std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr,
+             std::shared_ptr<const FileIndices> fileIndices = nullptr);
 
     /// The values of all time steps.
     std::shared_ptr<const ValueArray<T>> values() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/pipeline/DataKinds.hpp>
 
 #include <optional>
 #include <string>
@@ -9,21 +10,25 @@
 namespace tavrin::pipeline
 {
 
-/// One `NAME=VALUE` or `NAME:=VALUE` of the command line.
+/// One `NAME=VALUE` or `NAME:=VALUE` for the option of an algorithm.
 struct TAVRIN_API OptionAssignment
 {
     std::string option;
+    /// For a data option the text of the reference; an empty one disconnects the option.
     std::string value;
-    /// `:=`, past the validator.
+    /// Whether the validator is bypassed, as `:=` asks for.
     bool isDirect = false;
+    /// The reference in the value of a data option, unless the value is empty.
+    std::optional<ObjectReference> reference;
 
-    /// NAME is the longest name of an option that the word begins with, up to its `=`.
-    /// Throws `usage_error` for a word without `=`, and for an unknown name.
+    /// Parses one word. NAME is the longest name of an option with which the word begins and that is
+    /// followed by `=` or `:=`. Throws `usage_error` for a word without `=`, an unknown name, and a
+    /// malformed reference to data.
     static OptionAssignment parse(const std::string& word, const AlgorithmRun& run);
 };
 
-/// Throws `usage_error` as `OptionAssignment::parse`, and for an option that is assigned twice and
-/// takes one value.
+/// Parses words as `OptionAssignment::parse` does, and refuses with a `usage_error` an option that is
+/// assigned twice unless it takes a bundle.
 TAVRIN_API std::vector<OptionAssignment> parseAssignments(const std::vector<std::string>& words,
                                                           const AlgorithmRun& run);
 

@@ -2,45 +2,43 @@
 
 #include <tavrin/pipeline/OptionAssignment.hpp>
 
-#include <tavrin/io/Loader.hpp>
-
-#include <map>
+#include <span>
 
 namespace tavrin::pipeline
 {
 
-/// The files of data and color maps that assignments name, and those that the former list. Throws
-/// `usage_error` for a malformed reference.
+/// The files that are read for the assignments, including those that time series and multi-block
+/// files list.
 TAVRIN_API std::vector<std::filesystem::path> inputFiles(
-    const std::vector<OptionAssignment>& assignments, const AlgorithmRun& run);
+    std::span<const OptionAssignment> assignments);
 
-/// Sets the options of a run from the command line, with data from files.
+/// Sets the options of a run from text, with data from files.
 class TAVRIN_API RunInputs
 {
 public:
     RunInputs(AlgorithmRun& run, io::Loader& loader) : mRun(run), mLoader(loader) {}
 
-    /// Sets the options in the order given, so that each one finds those before it in place. All
-    /// data is loaded before: a color map without a range spans the norms of the first field,
-    /// wherever it is named. Throws what `AlgorithmRun`, `Loader` and `loadColorMap` throw.
-    void apply(const std::vector<OptionAssignment>& assignments);
+    /// Loads and connects all data, a bundle as a whole, and then sets the values in the order given.
+    /// An empty reference to a bundle drops the members given before it. A color map without a range
+    /// spans the norms of the first function, wherever that is given. Throws what `AlgorithmRun` and
+    /// `DataKind::make` throw.
+    void apply(std::span<const OptionAssignment> assignments);
 
-    /// What was loaded: functions and grids in the order given, then the rest.
+    /// The objects that were loaded, in the order in which they were made: color maps come last.
     const DataObjectBundle::Members& objects() const { return mObjects; }
 
 private:
-    using Object = std::shared_ptr<const DataObject>;
-    using Objects = DataObjectBundle::Members;
+    using Members = DataObjectBundle::Members;
 
-    void apply(const OptionAssignment& assignment, const Objects& objects);
-    Objects load(const OptionAssignment& assignment);
-    Object loadGrid(io::DataReference reference, const InputBase& input);
-    Object loadOther(const OptionAssignment& assignment);
+    std::vector<Members> loadData(std::span<const OptionAssignment> assignments);
+    void connectData(std::span<const OptionAssignment> assignments,
+                     const std::vector<Members>& loaded);
+    Members load(const ObjectReference& reference, const InputBase& input);
+    void connect(const std::string& option, const Members& members);
 
     AlgorithmRun& mRun;
     io::Loader& mLoader;
-    DataObjectBundle::Members mObjects;
-    std::map<std::string, DataObjectBundle::Members> mBundles;
+    Members mObjects;
 };
 
 }

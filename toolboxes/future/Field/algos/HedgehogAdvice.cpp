@@ -10,10 +10,11 @@
 namespace
 {
 
-/// An arrow should be neither so many times longer nor shorter than its neighbors are away.
+/// Arrows are in proportion if they are at most this many times longer or shorter than their
+/// neighbors are away.
 constexpr double disproportion = 20.0;
 
-/// A line should be at least so many steps of single precision long.
+/// The direction of a line is kept if its length is at least this many steps of single precision.
 constexpr double fewestSteps = 32.0;
 
 /// A number with two significant digits, in its shortest form.
@@ -26,33 +27,55 @@ std::string rounded(double number)
     return tavrin::toText(number);
 }
 
-}
-
-std::string adviceOnScale(double longestArrow, double scale, double neighborDistance)
+std::string share(std::size_t count, std::size_t total)
 {
-    const double better = scale * (neighborDistance / longestArrow);
-    const bool isFitting = longestArrow * disproportion >= neighborDistance &&
-                           longestArrow <= neighborDistance * disproportion;
-    if (isFitting || neighborDistance == 0.0 || !std::isfinite(better))
-        return {};
-    return "hint: the longest arrow has the length " + rounded(longestArrow) +
-           ", and neighboring samples are " + rounded(neighborDistance) +
-           " apart; with \"Scale\" " + rounded(better) + " both are equal\n";
+    return std::to_string(count) + " of " + std::to_string(total) + ' ';
 }
 
-std::string adviceOnPrecision(double longestArrow, double farthestPosition)
+}
+
+ScaleAdvice adviseOnScale(double arrowLength, double scale, double neighborDistance)
+{
+    const double better = scale * (neighborDistance / arrowLength);
+    if (neighborDistance == 0.0 || !std::isfinite(better))
+        return {};
+    ScaleAdvice advice{.suggestion = rounded(better), .hint = {}};
+    if (arrowLength * disproportion < neighborDistance ||
+        arrowLength > neighborDistance * disproportion)
+        advice.hint = "the longest arrows have a length of " + rounded(arrowLength) +
+                      ", and neighboring samples are " + rounded(neighborDistance) +
+                      " apart; with \"Scale\" " + advice.suggestion + " both are equal";
+    return advice;
+}
+
+std::string hintOnPrecision(double lineLength, double farthestPosition)
 {
     const double step = farthestPosition * std::numeric_limits<float>::epsilon();
-    if (longestArrow == 0.0 || longestArrow >= fewestSteps * step)
+    if (lineLength == 0.0 || lineLength >= fewestSteps * step)
         return {};
-    return "hint: the longest line has the length " + rounded(longestArrow) +
-           ", and its ends are rounded to multiples of about " + rounded(step) +
-           " here; the other representations are exact\n";
+    return "the longest lines have a length of " + rounded(lineLength) +
+           ", and their ends are rounded to multiples of about " + rounded(step) +
+           " here; the other representations are exact";
 }
 
-std::string adviceOnTime(double time, double firstTime, double lastTime)
+std::string hintOnTime(double time, double firstTime, double lastTime)
 {
     const std::string first = tavrin::toText(firstTime);
-    return "hint: the field has values from time " + first + " to " + tavrin::toText(lastTime) +
-           ", none at " + tavrin::toText(time) + "; shown are those at " + first + '\n';
+    return "the field has values from time " + first + " to " + tavrin::toText(lastTime) +
+           ", none at " + tavrin::toText(time) + "; those at " + first + " are shown";
+}
+
+std::string hintOnInvalid(std::size_t numInvalid, std::size_t numValues)
+{
+    if (numInvalid == 0)
+        return {};
+    return share(numInvalid, numValues) + "values are marked as outside and left out";
+}
+
+std::string hintOnNotFinite(std::size_t numNotFinite, std::size_t numArrows)
+{
+    if (numNotFinite == 0)
+        return {};
+    return share(numNotFinite, numArrows) +
+           "arrows have a position or a vector that is not finite, and are not drawn";
 }

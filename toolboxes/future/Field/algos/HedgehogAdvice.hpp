@@ -1,16 +1,30 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
-/// What to tell whoever looks at a picture of arrows that are much longer or shorter than their
-/// neighbors are away: a line with the "Scale" that would make both equal; nothing for arrows in
-/// proportion, or where a length is not known.
-std::string adviceOnScale(double longestArrow, double scale, double neighborDistance);
+/// Advice to the user on the option "Scale".
+struct ScaleAdvice
+{
+    /// The "Scale" with which arrows are about as long as samples are apart, with two significant
+    /// digits; empty where a length is not known.
+    std::string suggestion;
+    /// Why to use it; empty for arrows that are in proportion.
+    std::string hint;
+};
 
-/// What to tell whoever looks at lines, whose ends are in single precision, so far from the origin
-/// that their directions are lost; nothing where they are kept.
-std::string adviceOnPrecision(double longestArrow, double farthestPosition);
+/// `arrowLength` is the length that nearly all arrows stay below with the current `scale`.
+ScaleAdvice adviseOnScale(double arrowLength, double scale, double neighborDistance);
 
-/// What to tell whoever asked for a time that a field does not have: between which it has values, and
-/// that those of the first are shown.
-std::string adviceOnTime(double time, double firstTime, double lastTime);
+/// A hint that lines, whose ends are in single precision, are too far from the origin to keep their
+/// directions; empty where they keep them.
+std::string hintOnPrecision(double lineLength, double farthestPosition);
+
+/// A hint that a field has no values at a time, and that those of the first time are shown.
+std::string hintOnTime(double time, double firstTime, double lastTime);
+
+/// A hint that some values are marked as outside of their field; empty for none.
+std::string hintOnInvalid(std::size_t numInvalid, std::size_t numValues);
+
+/// A hint that some arrows cannot be drawn; empty for none.
+std::string hintOnNotFinite(std::size_t numNotFinite, std::size_t numArrows);

@@ -34,13 +34,13 @@ using Colors = LargeVector<Color>;
 using RendererPointer = std::shared_ptr<graphics::ObjectRenderer>;
 using DrawablePointer = std::shared_ptr<graphics::Drawable>;
 
-/// The thickness of an arrow of "Width Scale" 1, as a share of its length.
+/// The thickness of an arrow with "Width Scale" 1, as a share of its length.
 constexpr double relativeWidth = 0.05;
 
 /// The arrows are filled in blocks that fit into the nearest cache.
 constexpr std::size_t arrowsPerBlock = 512;
 
-/// The components of a lower dimension, and zeros behind them.
+/// A value of lower dimension with zeros appended.
 template<std::size_t N>
 Tensor<double, 3> padded(const Tensor<double, N>& value)
 {
@@ -184,27 +184,82 @@ DrawableMaker makerFor(const std::string& representation)
     throw logic_error("Invalid gui option for Representation.");
 }
 
-struct Lengths
+/// The time steps between which a function is interpolated at a time; the first step twice for a
+/// time that the function does not have.
+std::pair<std::size_t, std::size_t> stepsAround(const FunctionBase& function, double time)
 {
-    /// Of the longest arrow.
-    double longest = 0.0;
-    /// From the origin to the farthest position.
-    double farthest = 0.0;
-};
+    const auto& steps = function.timeSteps();
+    if (steps.size() < 2 || !(time >= steps.front() && time <= steps.back()))
+        return {0, 0};
+    const auto above = std::ranges::upper_bound(steps, time);
+    const auto lower = static_cast<std::size_t>(above - steps.begin()) - 1;
+    return {lower, steps[lower] == time ? lower : lower + 1};
+}
 
-/// Of what is finite.
-Lengths lengthsOf(const LargeVector<Arrow>& arrows)
+/// Removes the arrows, and their colors if there are any, of values that the function's mask marks
+/// as invalid at a time.
+void removeInvalid(const FunctionBase& function, double time, LargeVector<Arrow>& arrows,
+                   Colors& colors)
 {
-    constexpr auto finite = [](double length) { return std::isfinite(length) ? length : 0.0; };
-    double longest = 0.0;
-    double farthest = 0.0;
-#pragma omp parallel for schedule(static) reduction(max : longest, farthest)
+    if (function.validity() == nullptr)
+        return;
+    const auto [lower, upper] = stepsAround(function, time);
+    const std::uint8_t* const isValid = function.validity()->data();
+    std::size_t numKept = 0;
     for (std::size_t i = 0; i < arrows.size(); ++i)
     {
-        longest = std::max(longest, finite(norm(arrows[i].vector)));
-        farthest = std::max(farthest, finite(norm(arrows[i].position)));
+        if (isValid[lower * arrows.size() + i] == 0 || isValid[upper * arrows.size() + i] == 0)
+            continue;
+        arrows[numKept] = arrows[i];
+        if (!colors.empty())
+            colors[numKept] = colors[i];
+        ++numKept;
     }
-    return {longest, farthest};
+    arrows.resize(numKept);
+    if (!colors.empty())
+        colors.resize(numKept);
+}
+
+/// The length that all but 5 % of the arrows stay below, so that a few outliers, such as marks for
+/// missing values, do not count; the length of the longest arrow if it is 0 otherwise. Looks at a
+/// bounded number of arrows that are finite, always the same ones. 0 without any.
+double typicalLengthOf(const LargeVector<Arrow>& arrows)
+{
+    constexpr std::size_t maximumSamples = std::size_t{1} << 16;
+    const std::size_t numSamples = std::min(arrows.size(), maximumSamples);
+    std::vector<double> lengths;
+    for (std::size_t i = 0; i < numSamples; ++i)
+        if (const double length = norm(arrows[i * arrows.size() / numSamples].vector);
+            std::isfinite(length))
+            lengths.push_back(length);
+    if (lengths.empty())
+        return 0.0;
+    const std::size_t numAbove = lengths.size() / 20;
+    const auto typical = lengths.end() - 1 - static_cast<std::ptrdiff_t>(numAbove);
+    std::ranges::nth_element(lengths, typical);
+    return *typical > 0.0 ? *typical : std::ranges::max(lengths);
+}
+
+struct Extent
+{
+    /// The distance from the origin to the farthest position that is finite.
+    double farthest = 0.0;
+    std::size_t numNotFinite = 0;
+};
+
+Extent extentOf(const LargeVector<Arrow>& arrows)
+{
+    double farthest = 0.0;
+    std::size_t numNotFinite = 0;
+#pragma omp parallel for schedule(static) reduction(max : farthest) reduction(+ : numNotFinite)
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+    {
+        const double distance = norm(arrows[i].position);
+        if (std::isfinite(distance))
+            farthest = std::max(farthest, distance);
+        numNotFinite += std::isfinite(distance + norm(arrows[i].vector)) ? 0 : 1;
+    }
+    return {farthest, numNotFinite};
 }
 
 class ShowHedgehogsAlgorithmlgorithm : public VisAlgorithm
@@ -269,6 +324,13 @@ private:
               const PointSet<D>& domain, const std::shared_ptr<const ColorMapDataObject>& colorMap,
               LargeVector<Arrow>& arrows, Colors& colors);
 
+    /// Gives a hint unless it is empty.
+    void tell(const std::string& text) const
+    {
+        if (!text.empty())
+            hint(text);
+    }
+
     template<typename Fill>
     void fillArrows(const std::string& title, std::size_t count, const Fill& fill);
 };
@@ -311,10 +373,16 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
     if (!isPointSet)
         throw logic_error("Invalid grid");
 
-    const auto [longest, farthest] = lengthsOf(arrows);
-    debugLog() << adviceOnScale(longest, scale, neighborDistance);
+    const auto [farthest, numNotFinite] = extentOf(arrows);
+    tell(hintOnInvalid(field->valuesPerStep() - arrows.size(), field->valuesPerStep()));
+    tell(hintOnNotFinite(numNotFinite, arrows.size()));
+    const double arrowLength = typicalLengthOf(arrows);
+    const auto advice = adviseOnScale(arrowLength, scale, neighborDistance);
+    tell(advice.hint);
+    if (!advice.suggestion.empty())
+        suggest("Scale", advice.suggestion);
     if (representation == "line")
-        debugLog() << adviceOnPrecision(longest, farthest);
+        tell(hintOnPrecision(arrowLength, farthest));
 
     const auto mapping = mappingFor(options.get<std::string>("Vector anchor point at"));
     setGraphics("Hedgehogs",
@@ -345,7 +413,7 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
     // A time that the field does not have leaves the evaluator where it is, at the first step.
     evaluator.reset(time);
     if (!evaluator.isValid())
-        debugLog() << adviceOnTime(time, evaluator.firstTime(), evaluator.lastTime());
+        hint(hintOnTime(time, evaluator.firstTime(), evaluator.lastTime()));
     arrows.resize(evaluator.size());
     colors.resize(colorMap == nullptr ? 0 : evaluator.size());
     const auto arrowAt = [&](const Tensor<double, D>& position, const Tensor<double, N>& value) {
@@ -373,13 +441,14 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
                    {
                        const auto value = evaluator.value(i);
                        arrows[i] = arrowAt(centerOf(complex->cell(i), complex->pointSet()), value);
-                       // On purpose not scaled, unlike the colors of points.
+                       // Deliberately not scaled, unlike the colors of points.
                        if (colorMap != nullptr)
                            colors[i] = colorMap->colorMap().mapValueToColor(norm(value));
                    });
     }
     else
         throw logic_error("Grid is neither cell nor point based");
+    removeInvalid(function, time, arrows, colors);
 }
 
 /// Calls `fill(i)` for all arrows, with a progress report.

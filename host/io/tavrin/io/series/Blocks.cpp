@@ -1,8 +1,8 @@
 #include <tavrin/io/series/Blocks.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +21,7 @@ struct Member
     FilePlace place;
 };
 
-/// Which step of a series has the time. Throws `usage_error`, naming the nearest time.
+/// The index of the step at a time. Throws `usage_error`, naming the nearest step, if there is none.
 std::size_t findStep(const Collection& collection, double time)
 {
     const auto found = std::ranges::min_element(collection.steps, {},
@@ -38,7 +38,7 @@ std::size_t findStep(const Collection& collection, double time)
                       (times.size() == 1 ? "" : "; the nearest is at " + toText(*found->time)));
 }
 
-/// Throws `usage_error` unless the file has the time that is wanted, if one is.
+/// Throws `usage_error` if a time is wanted and the file does not have it.
 void requireTime(const DataFile& file, const std::optional<double>& wanted)
 {
     if (wanted && !file.time)

@@ -1,8 +1,8 @@
 #include <tavrin/io/series/SeriesReader.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
 #include <tavrin/io/Malformed.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 namespace tavrin::io
 {
@@ -50,7 +50,7 @@ void SeriesReader::addValidity(DataFile& file, std::size_t step)
     if (findValidityMask(file.arrays, mArray) == nullptr)
         return;
     const std::size_t numSteps = mSteps.size();
-    const bool hasOrigin = mGrid.pointOrigin || mGrid.cellOrigin;
+    const bool hasOrigin = origin() != nullptr;
     const ValidityMask validity = readValidity(
         file, mArray,
         hasOrigin ? mAccess->build(file, mSteps[step].place, mReference.dimension) : mGrid);

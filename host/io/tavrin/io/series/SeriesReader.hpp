@@ -21,6 +21,12 @@ public:
     const std::shared_ptr<const Domain>& domain() const { return mGrid.domain; }
     void setDomain(std::shared_ptr<const Domain> domain) { mGrid.domain = std::move(domain); }
 
+    /// The index of each value in the file; null where the indices are the same.
+    const std::shared_ptr<const std::vector<std::size_t>>& origin() const
+    {
+        return originOf(mGrid, mArray.association);
+    }
+
     /// The array in the file of the first step.
     const DataFile::Array& array() const { return mArray; }
     const Shape& shape() const { return mShape; }

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::size_t bufferSize = std::size_t{1} << 18;
 
-/// Between two looks at the abort flag.
+/// The number of bytes written between two checks of the abort flag.
 constexpr std::size_t bytesAtOnce = std::size_t{1} << 22;
 
 }

@@ -1,22 +1,20 @@
 #pragma once
 
-#include <tavrin/base/Export.hpp>
-
 #include <streambuf>
 #include <vector>
 
 namespace tavrin::io
 {
 
-/// A stream buffer over an open file that remembers why writing failed and stops writing soon
+/// A stream buffer that writes to an open file, remembers why writing failed, and stops writing soon
 /// after an abort flag is set.
-class TAVRIN_API FileBuffer : public std::streambuf
+class FileBuffer : public std::streambuf
 {
 public:
-    /// The descriptor stays the caller's.
+    /// The caller closes the descriptor.
     FileBuffer(int descriptor, const volatile bool& abortFlag);
 
-    /// The system's number of the first error, 0 as long as there was none.
+    /// The error number of the first failure; 0 if there was none.
     int error() const { return mError; }
 
 protected:

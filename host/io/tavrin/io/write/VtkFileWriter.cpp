@@ -17,7 +17,7 @@ namespace tavrin::io
 namespace
 {
 
-/// One of VTK's writers, writing to a stream of ours instead of one that it opens.
+/// A VTK writer that writes to a given stream instead of one that it opens.
 template<typename Writer>
 class StreamWriter : public Writer
 {
@@ -26,7 +26,7 @@ public:
     {
         auto writer = vtkSmartPointer<StreamWriter>::Take(new StreamWriter(stream));
         writer->InitializeObjectBase();
-        // Opens a stream that costs nothing, which `StartFile` sets aside.
+        // Makes VTK open a stream in memory, which `StartFile` replaces.
         writer->WriteToOutputStringOn();
         return writer;
     }
@@ -67,7 +67,7 @@ vtkSmartPointer<vtkXMLWriter> makeWriter(const vtkDataSet& dataSet, std::ostream
 bool writeVtkFile(vtkDataSet& dataSet, std::ostream& stream)
 {
     const auto writer = makeWriter(dataSet, stream);
-    // An observed error is not printed.
+    // VTK does not print errors that are observed.
     vtkNew<vtkCallbackCommand> silence;
     silence->SetCallback([](vtkObject*, unsigned long, void*, void*) {});
     writer->AddObserver(vtkCommand::ErrorEvent, silence);

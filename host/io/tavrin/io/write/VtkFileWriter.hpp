@@ -7,10 +7,10 @@
 namespace tavrin::io
 {
 
-/// Writes a data set as a VTK XML file with its arrays appended raw, uncompressed.
+/// Writes a data set as a VTK XML file with raw, uncompressed appended arrays.
 ///
-/// VTK's writers stop early when the stream fails, and their own reports are not reliable: the
-/// caller checks the stream. Returns whether VTK has found no fault of its own.
+/// Returns whether VTK reports success. Its reports of stream failures are not reliable, so the caller
+/// must check the stream as well.
 bool writeVtkFile(vtkDataSet& dataSet, std::ostream& stream);
 
 }

@@ -28,7 +28,7 @@ namespace
 
 constexpr std::size_t elementsPerBlock = 4096;
 
-/// Calls `work(first, count)` for blocks that cover 0 ... size - 1. Throws `Aborted`.
+/// Calls `work(first, count)` for successive blocks of the indices 0 ... size - 1. Throws `Aborted`.
 template<typename Work>
 void inBlocks(std::size_t size, const volatile bool& abortFlag, const Work& work)
 {

@@ -93,7 +93,7 @@ void XmlCells::addTypedList(vtkXMLDataElement& piece)
         readFaces(*section, cells);
 }
 
-/// A file lists where each cell ends; the first one begins at 0.
+/// The offsets of the first vertex of each cell and the end: files list only where each cell ends.
 IndexArray XmlCells::readStarts(vtkXMLDataElement& ends, std::size_t cells,
                                 const std::string& listName)
 {

@@ -11,7 +11,7 @@ namespace tavrin::io
 
 class XmlValues;
 
-/// The cells of the pieces of an unstructured grid or of polygonal data. All reading throws
+/// Collects the cells of the pieces of an unstructured grid or of polygonal data. All functions throw
 /// `Malformed` and `Aborted`.
 class XmlCells
 {
@@ -24,7 +24,7 @@ public:
     /// Adds the cells of the next piece.
     void add(vtkXMLDataElement& piece, std::size_t numPoints);
 
-    /// The cells of all pieces, whose points are numbered one piece after the other.
+    /// The cells of all pieces; the points of each piece are numbered after those of the previous one.
     FileCells take();
 
 private:

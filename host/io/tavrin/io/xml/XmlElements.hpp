@@ -8,10 +8,10 @@
 namespace tavrin::io
 {
 
-/// The first child element of a name; null where there is none.
+/// The first child element with a name; null if there is none.
 vtkXMLDataElement* child(vtkXMLDataElement& element, const char* name);
 
-/// Calls `visitor(element)` for the child elements of a name.
+/// Calls `visitor(child)` for all child elements with a name.
 template<typename Visitor>
 void forChildren(vtkXMLDataElement* element, const char* name, const Visitor& visitor)
 {
@@ -23,15 +23,15 @@ void forChildren(vtkXMLDataElement* element, const char* name, const Visitor& vi
     }
 }
 
-/// The last array of a name among the children, as `DataFile::addArray` keeps the last; null where
+/// The last array with a name among the children, in accordance with `DataFile::addArray`; null if
 /// there is none.
 vtkXMLDataElement* findArray(vtkXMLDataElement* section, const std::string& name);
 
-/// The same for an array that has to be there; throws `Malformed`, which says `where` it is missing.
+/// As `findArray`, but throws `Malformed` if there is none; the text says that `where` lacks it.
 vtkXMLDataElement& requireArray(vtkXMLDataElement* section, const std::string& name,
                                 const std::string& where);
 
-/// The only array of a section of a piece, such as that of Points. Throws `Malformed`.
+/// The array of a section that has only one, such as Points. Throws `Malformed` if there is none.
 vtkXMLDataElement& onlyArray(vtkXMLDataElement& piece, const char* section);
 
 }

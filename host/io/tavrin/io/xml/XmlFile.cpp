@@ -2,6 +2,7 @@
 
 #include <tavrin/io/Malformed.hpp>
 #include <tavrin/io/TextNumbers.hpp>
+#include <tavrin/io/xml/PieceExtents.hpp>
 #include <tavrin/io/xml/XmlCells.hpp>
 #include <tavrin/io/xml/XmlElements.hpp>
 #include <tavrin/io/xml/XmlValues.hpp>
@@ -36,44 +37,6 @@ void requireDataSet(vtkXMLDataElement& root, const FileFormat& format)
                     enumerate(supported, "and"));
 }
 
-/// Whether two of the boxes, which are parts of a whole, have cells in common. Sorted along an axis,
-/// a box is compared with those that begin before it ends. The axis is the one with the fewest such
-/// pairs: along another one, all boxes might begin together.
-bool doOverlap(std::vector<DataFile::Extent> boxes, const DataFile::Extent& whole)
-{
-    using Extent = DataFile::Extent;
-    const auto overlap = [&](const Extent& a, const Extent& b, std::size_t axis)
-    {
-        return whole[2 * axis] == whole[2 * axis + 1] ||
-               std::max(a[2 * axis], b[2 * axis]) < std::min(a[2 * axis + 1], b[2 * axis + 1]);
-    };
-    const auto sortAlong = [&](std::size_t axis)
-    { std::ranges::sort(boxes, {}, [axis](const Extent& box) { return box[2 * axis]; }); };
-    const auto countPairs = [&](std::size_t axis)
-    {
-        sortAlong(axis);
-        std::size_t pairs = 0;
-        for (auto box = boxes.begin(); box != boxes.end(); ++box)
-            pairs += static_cast<std::size_t>(
-                std::partition_point(box, boxes.end(),
-                                     [&](const Extent& other)
-                                     { return other[2 * axis] < (*box)[2 * axis + 1]; }) -
-                box);
-        return pairs;
-    };
-    std::array<std::size_t, 3> pairs{};
-    for (std::size_t axis = 0; axis < 3; ++axis)
-        pairs[axis] =
-            whole[2 * axis] == whole[2 * axis + 1] ? boxes.size() * boxes.size() : countPairs(axis);
-    const auto best = static_cast<std::size_t>(std::ranges::min_element(pairs) - pairs.begin());
-    sortAlong(best);
-    for (auto a = boxes.begin(); a != boxes.end(); ++a)
-        for (auto b = a + 1; b != boxes.end() && overlap(*a, *b, best); ++b)
-            if (overlap(*a, *b, 0) && overlap(*a, *b, 1) && overlap(*a, *b, 2))
-                return true;
-    return false;
-}
-
 constexpr const char* sectionOf(Association association)
 {
     return association == Association::Points ? "PointData" : "CellData";
@@ -104,7 +67,6 @@ private:
     void readLayout();
     void readPieces();
     void readStructuredPieces();
-    bool doPiecesOverlap() const;
     void listArrays();
     void readTime();
     /// Reads an array from all pieces that have elements of the association; `section` returns the
@@ -200,35 +162,11 @@ void XmlFile::readStructuredPieces()
     if (mPieces.empty())
         return;
     setExtent(toExtent(XmlValues::attribute(*mGrid, "WholeExtent").value_or("")));
-    std::size_t cells = 0;
+    std::vector<Extent> extents;
+    extents.reserve(mPieces.size());
     for (const Piece& piece : mPieces)
-    {
-        for (std::size_t axis = 0; axis < 3; ++axis)
-        {
-            const auto [first, last] =
-                std::pair(piece.extent[2 * axis], piece.extent[2 * axis + 1]);
-            if (first < extent[2 * axis] || last > extent[2 * axis + 1])
-                throw Malformed("a piece leaves the whole extent");
-            if (first == last && extent[2 * axis] != extent[2 * axis + 1])
-                throw Malformed("a piece is flat where the whole is not");
-        }
-        cells += piece.cells;
-    }
-    // Pieces without a common cell that have as many cells as the whole cover it.
-    if (doPiecesOverlap())
-        throw Malformed("its pieces overlap");
-    if (cells != numCells)
-        throw Malformed("its pieces have " + std::to_string(cells) + " cells, the whole has " +
-                        std::to_string(numCells));
-}
-
-bool XmlFile::doPiecesOverlap() const
-{
-    std::vector<Extent> boxes;
-    boxes.reserve(mPieces.size());
-    for (const Piece& piece : mPieces)
-        boxes.push_back(piece.extent);
-    return doOverlap(std::move(boxes), extent);
+        extents.push_back(piece.extent);
+    requireCover(extents, extent);
 }
 
 void XmlFile::readLayout()
@@ -307,7 +245,7 @@ StoredArray XmlFile::readFromPieces(Association association, Precision precision
     }
     StoredArray result = StoredArray::allocate(precision, numElements(association), components);
     const std::size_t tupleBytes = result.bytesPerTuple();
-    if (!isStructured() || parts.size() == 1)
+    if (!isStructured() || parts.size() <= 1)
     {
         StoredArray part = result;
         for (const auto& [piece, array] : parts)
@@ -319,34 +257,13 @@ StoredArray XmlFile::readFromPieces(Association association, Precision precision
         return result;
     }
     std::memset(result.data, 0, result.tuples * tupleBytes);
-    // Points along each axis, or cells; an axis of one point has one layer of cells.
-    const auto countsOf = [&](const Extent& box)
-    {
-        GridSize counts = sizeOf(box);
-        for (std::size_t& count : counts)
-            if (!ofPoints && count > 1)
-                --count;
-        return counts;
-    };
-    const GridSize whole = countsOf(extent);
     for (const auto& [piece, array] : parts)
     {
-        const GridSize counts = countsOf(piece->extent);
-        StoredArray part =
+        const GridSize counts = countsOf(piece->extent, association);
+        const StoredArray part =
             StoredArray::allocate(precision, counts[0] * counts[1] * counts[2], components);
         mValues.read(*array, part);
-        GridSize first;
-        for (std::size_t axis = 0; axis < 3; ++axis)
-            first[axis] = static_cast<std::size_t>(piece->extent[2 * axis] - extent[2 * axis]);
-        for (std::size_t k = 0; k < counts[2]; ++k)
-            for (std::size_t j = 0; j < counts[1]; ++j)
-            {
-                const std::size_t source = (k * counts[1] + j) * counts[0];
-                const std::size_t target =
-                    ((first[2] + k) * whole[1] + first[1] + j) * whole[0] + first[0];
-                std::memcpy(result.data + target * tupleBytes, part.data + source * tupleBytes,
-                            counts[0] * tupleBytes);
-            }
+        copyIntoWhole(part, piece->extent, result, extent, association);
     }
     return result;
 }

@@ -229,7 +229,7 @@ std::unique_ptr<ByteSource> XmlValues::open(vtkXMLDataElement& array)
     if (attribute(array, "format") == "appended")
     {
         if (mParser->GetAppendedDataPosition() == 0)
-            throw Malformed("the appended data are missing");
+            throw Malformed("the appended data is missing");
         const std::size_t offset = countAttribute(array, "offset");
         mStream.seekg(mParser->GetAppendedDataPosition() + static_cast<std::streamoff>(offset));
         if (mAppendedIsRaw)
@@ -269,7 +269,7 @@ XmlValues::Blocks XmlValues::readBlockSizes(ByteSource& bytes, std::size_t neede
     const std::size_t plainSize = readHeaderNumber(bytes);
     const std::size_t lastPlainSize = readHeaderNumber(bytes);
     if (count > available)
-        throw Malformed("the data end too early");
+        throw Malformed("the data is truncated");
 
     Blocks blocks;
     std::size_t compressedBytes = 0;
@@ -280,7 +280,7 @@ XmlValues::Blocks XmlValues::readBlockSizes(ByteSource& bytes, std::size_t neede
         const std::size_t plain =
             block + 1 == count && lastPlainSize > 0 ? lastPlainSize : plainSize;
         if (compressed > available - compressedBytes)
-            throw Malformed("the data end too early");
+            throw Malformed("the data is truncated");
         if (plain == 0 || plain / bestCompression > compressed + 1)
             throw Malformed("a compressed block of " + std::to_string(compressed) +
                             " bytes cannot hold " + std::to_string(plain));
@@ -320,7 +320,7 @@ void XmlValues::requireUnnamed(vtkXMLDataElement& array, std::size_t numbers)
     {
         requireBytes(needed, readHeaderNumber(*bytes));
         if (needed > available)
-            throw Malformed("the data end too early");
+            throw Malformed("the data is truncated");
     }
 }
 
@@ -349,7 +349,7 @@ void XmlValues::readCompressed(ByteSource& bytes, std::span<std::byte> target)
         bytes.read(std::as_writable_bytes(std::span(input)));
         const std::size_t plain = blocks.plain[block];
         if (mCompressor->Uncompress(input.data(), input.size(), output, plain) != plain)
-            throw Malformed("compressed data are damaged");
+            throw Malformed("the compressed data is damaged");
         output += plain;
     }
     mCompressor->RemoveObserver(listener);

@@ -20,8 +20,8 @@ namespace tavrin::io
 /// The elements of a VTK XML file, and the numbers in them.
 ///
 /// VTK's parser provides the elements. The numbers are decoded here, because VTK's decoder trusts
-/// the sizes that a file declares, and leaves the rest of an array uninitialized where the data end
-/// early.
+/// the sizes that a file declares, and leaves the rest of an array uninitialized where the data is
+/// truncated.
 class XmlValues
 {
 public:

@@ -15,7 +15,7 @@ void main()
         normal = -normal;
     facing = abs(facing);
 
-    // A head light, a little to the upper left.
+    // A light near the eye, shifted to the upper left.
     vec3 towardsLight = normalize(towardsEye + 0.45 * u_up - 0.3 * u_right);
     float diffuse = max(dot(normal, towardsLight), 0.0);
     float specular = pow(max(dot(normal, normalize(towardsLight + towardsEye)), 0.0), 48.0);
@@ -23,5 +23,5 @@ void main()
     float rim = mix(0.7, 1.0, smoothstep(0.0, 0.4, facing));
 
     vec3 color = v_color.rgb * (0.5 + 0.55 * diffuse) * rim + vec3(0.16 * specular * (1.0 - u_isFlat));
-    writeColor(vec4(min(color, 1.0), v_color.a));
+    writeColorOfPass(vec4(min(color, 1.0), v_color.a));
 }

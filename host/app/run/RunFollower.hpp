@@ -1,0 +1,45 @@
+#pragma once
+
+#include "../console/ProgressBar.hpp"
+#include "OutputRequest.hpp"
+
+#include <tavrin/algorithm/AlgorithmRun.hpp>
+
+namespace tavrin::app
+{
+
+/// Shows on the console what an algorithm logs, as it happens, and its progress; ends the run if a
+/// result is announced that a requested file cannot hold.
+class RunFollower final : public RunObserver
+{
+public:
+    struct Settings
+    {
+        ProgressMode progressMode;
+        /// Whether the debug log is shown.
+        bool isVerbose;
+    };
+
+    RunFollower(Console& console, const Settings& settings,
+                const std::vector<OutputRequest>& requests);
+
+    void opened(const ProgressReport& report) override { mProgressBar.opened(report); }
+    void closed(const ProgressReport& report) override { mProgressBar.closed(report); }
+
+    void infoLine(const std::string& line) override;
+    void debugLine(const std::string& line) override;
+    void hinted(const std::string& text) override;
+    void announced(const std::string& port, const Domain& domain,
+                   std::size_t numTimeSteps) override;
+
+private:
+    Console& mConsole;
+    ProgressBar mProgressBar;
+    bool mIsVerbose;
+    const std::vector<OutputRequest>& mRequests;
+};
+
+/// Prints the lines of a debug log on standard error.
+void printDebugLog(Console& console, const std::string& log);
+
+}
