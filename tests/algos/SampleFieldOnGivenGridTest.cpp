@@ -67,7 +67,8 @@ TEST_F(SampleTest, SamplesStepAfterStep)
     EXPECT_TRUE(logged("Found 7 time values.\n"));
     EXPECT_TRUE(logged("0 of 6 samples lie outside the domain of the field.\n"
                        "4 of 7 times lie outside the range of the field.\n"));
-    EXPECT_EQ(hints(), "");
+    EXPECT_EQ(hints(), "8 of 14 samples are outside of the field; they are 0 and marked as not "
+                       "valid; 4 of 7 times are outside of its range, 1 to 3\n");
 }
 
 TEST_F(SampleTest, WarnsWhenNothingWasMet)
@@ -206,13 +207,14 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
     const auto grid = cloudOf<2>({{0.5, 0.0}});
     connect(ramp(), grid);
     execute();
-    ASSERT_NE(run.result(port), nullptr);
+    const auto earlier = run.result(port);
+    ASSERT_NE(earlier, nullptr);
 
     const auto complaint = [&](const std::string& times)
     {
         run.setText("Time", times);
         execute();
-        EXPECT_EQ(run.result(port), nullptr) << times;
+        EXPECT_EQ(run.result(port), earlier) << times;
         EXPECT_TRUE(logged("Found 0 time values.\n")) << times;
         EXPECT_TRUE(run.results().empty());
         return run.infoLog();
@@ -222,6 +224,7 @@ TEST_F(SampleTest, PublishesNothingWithoutTimes)
     EXPECT_EQ(complaint("[1:1]"),
               quoted("First number in range must be smaller than the second number."));
     EXPECT_EQ(complaint("{1,2"), quoted("missing closing bracket \"}\"."));
+    EXPECT_TRUE(hinted("\"Time\" is no list of numbers: missing closing bracket \"}\"."));
     EXPECT_EQ(complaint("-3,4"), quoted("Binary Operator - requires previous set."));
     // An error that does not end the parsing is reported all the same.
     EXPECT_EQ(complaint("{1}+[2 3]").substr(0, 33), "ListParser encountered an error: ");
@@ -240,6 +243,31 @@ TEST_F(SampleTest, LetsABrokenAssertionOfTheParserPass)
     connect(ramp(), cloudOf<2>({{0.5, 0.0}}));
     run.setText("Time", "[0:1");
     EXPECT_THROW(execute(), assertion_failed);
+}
+
+TEST_F(SampleTest, KeepsAnEarlierResultWhenARunFails)
+{
+    const auto grid = cloudOf<2>({{0.5, 0.0}});
+    connect(ramp(), grid);
+    execute();
+    const auto earlier = run.result(port);
+    ASSERT_NE(earlier, nullptr);
+    connect(coordinateField<3, Vector4>(), grid);
+    EXPECT_THROW(execute(), logic_error);
+    EXPECT_EQ(run.result(port), earlier);
+    connect(ramp(), grid);
+    run.setText("Time", "[0:1");
+    EXPECT_THROW(execute(), assertion_failed);
+    EXPECT_EQ(run.result(port), earlier);
+    // An abort and a missing input withdraw it.
+    run.setText("Time", "0");
+    execute(alreadyAborted);
+    EXPECT_EQ(run.result(port), nullptr);
+    execute();
+    EXPECT_NE(run.result(port), nullptr);
+    connect(nullptr, grid);
+    execute();
+    EXPECT_EQ(run.result(port), nullptr);
 }
 
 TEST_F(SampleTest, RefusesWhatDoesNotFitInMemory)

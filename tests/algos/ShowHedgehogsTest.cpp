@@ -37,7 +37,7 @@ std::shared_ptr<const ColorMapDataObject> grayMap(float alphaOfWhite = 1.0F)
 class ShowHedgehogsTest : public testing::Test
 {
 protected:
-    /// Runs and returns the trace.
+    /// Executes and returns what was written to standard output.
     std::string execute()
     {
         return standardOutputOf([&] { run.execute(neverAbort); });

@@ -344,6 +344,31 @@ TEST_F(OperatorTest, WorksOnAllStepsOfASeriesAndKeepsDomainPartAndTimes)
     EXPECT_EQ((*result->values())[3], Scalar(1.0));
 }
 
+TEST_F(OperatorTest, AResultIsValidWhereAllOperandsAre)
+{
+    const auto domain = lineOf(4);
+    const auto withMask = [&](const ValidityMask& mask)
+    {
+        return addData(domain, PointSetBase::Points, std::vector<Scalar>{1.0, 2.0, 3.0, 4.0},
+                       Precision::Float64, {}, "f",
+                       mask.empty() ? nullptr : std::make_shared<const ValidityMask>(mask));
+    };
+    const auto maskOf = [&](const ValidityMask& a, const ValidityMask& b)
+    {
+        resultOf<Scalar>(linearOp, withMask(a), withMask(b));
+        const auto result = std::dynamic_pointer_cast<const FunctionBase>(run.result("Field"));
+        return result->validity() == nullptr ? ValidityMask{} : *result->validity();
+    };
+    EXPECT_EQ(maskOf({1, 1, 0, 0}, {1, 0, 1, 0}), (ValidityMask{1, 0, 0, 0}));
+    EXPECT_EQ(maskOf({}, {1, 0, 1, 0}), (ValidityMask{1, 0, 1, 0}));
+    EXPECT_EQ(maskOf({0, 0, 1, 0}, {}), (ValidityMask{0, 0, 1, 0}));
+    EXPECT_EQ(maskOf({}, {}), ValidityMask{});
+    // Operations on one field keep its mask.
+    resultOf<Scalar>(normOp, withMask({1, 1, 0, 0}), withMask({0, 0, 0, 0}));
+    EXPECT_EQ(*std::dynamic_pointer_cast<const FunctionBase>(run.result("Field"))->validity(),
+              (ValidityMask{1, 1, 0, 0}));
+}
+
 TEST_F(OperatorTest, AnEmptyFieldGivesAnEmptyResult)
 {
     const auto none = cloudOf<2>({});

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-// Sampling as a user does it, from files to files.
+// Tests of sampling on the command line, from files to files.
 
 namespace
 {
@@ -29,7 +29,7 @@ TEST(SampleCommand, WritesASeriesThatOtherCommandsTake)
     const Outcome info = workshop.run("tavrin info sampled.pvd");
     EXPECT_NE(info.standardOutput.find("19 from 0 to 10"), std::string::npos);
     EXPECT_NE(info.standardOutput.find("vtkValidPointMask"), std::string::npos);
-    // The marks of real samples do not make the array ambiguous.
+    // The validity mask in the file does not make the choice of the array ambiguous.
     const Outcome report = workshop.run("tavrin run Field/Info Field=sampled.pvd");
     EXPECT_EQ(report.exitCode, 0) << report.standardError;
 }
@@ -116,8 +116,8 @@ q      cells  1           float64    Scalar  wall                   room.vtm#q
     EXPECT_EQ(info["blocks"][2]["arrays"][0]["reference"], "wall.vti#q");
 }
 
-/// Only the algorithm knows how many times there are, and on which of the grids: all the same, what
-/// cannot be written is refused before the sampling, which takes a minute here.
+/// Only the algorithm knows the number of time steps and the grid of the result. A format that cannot
+/// hold them is still refused before the sampling, which would take a minute here.
 TEST(SampleCommand, RefusesAFormatBeforeItSamples)
 {
     const Workshop workshop;

@@ -118,7 +118,7 @@ TEST(ColorMap, BuiltInMapsHaveTheirPublishedColors)
 {
     const auto color = [](const char* name, double value)
     { return builtInColorMap(name).mapValueToColor(value); };
-    // Rows of the published tables, the first of each no control point here.
+    // Rows of the published tables; the first one of each is not a control point of ours.
     expectNear(color("viridis", 100.0 / 255.0), {0.166617F, 0.463708F, 0.558119F, 1.0F});
     expectNear(color("viridis", 1.0), {0.993248F, 0.906157F, 0.143936F, 1.0F});
     expectNear(color("plasma", 100.0 / 255.0), {0.683758F, 0.156278F, 0.571660F, 1.0F});

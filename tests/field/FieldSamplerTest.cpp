@@ -35,7 +35,7 @@ std::shared_ptr<const CurvilinearGrid<3>> bentGrid()
         const Vector3 point = straight.point(i);
         points.push_back(point + Vector3(0.3 * std::sin(point[1]), 0.0, 0.3 * std::sin(point[0])));
     }
-    return std::make_shared<CurvilinearGrid<3>>(straight.size(), stored<3>(points));
+    return std::make_shared<CurvilinearGrid<3>>(straight.size(), stored(points));
 }
 
 template<typename Grid>
@@ -90,10 +90,10 @@ TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions
     for (int i = 0; i < 3000; ++i)
         scattered.push_back(Vector3(3.0, 3.0, 3.0) + randomVector(random, 6.0));
     scattered[17][1] = std::numeric_limits<double>::quiet_NaN();
-    const PointCloud<3> cloud(stored<3>(scattered));
+    const PointCloud<3> cloud(stored(scattered));
     const UniformGrid<3> fine(lattice({21, 22, 23}, 0.45, -0.5));
-    const CurvilinearGrid<3> path({3000, 1, 1}, stored<3>(scattered));
-    const PointCloud<3> none(stored<3>({}));
+    const CurvilinearGrid<3> path({3000, 1, 1}, stored(scattered));
+    const PointCloud<3> none(stored<Vector3>({}));
 
     for (const int threads : {1, 3})
         for (const std::size_t numTimes : {1, 1000})
@@ -112,7 +112,7 @@ TEST(FieldSamplerTest, TakesPositionsInMemoryAndOfOtherDimensions)
     const auto formula = std::make_shared<SpatialFunctionField<3, Vector3>>(
         [](const Vector3& position, double) { return position; });
     const std::vector<Vector2> flat{{1.0, 2.0}, {3.0, 4.0}};
-    const PointCloud<2> cloud(stored<2>(flat));
+    const PointCloud<2> cloud(stored(flat));
     const std::vector<Vector3> positions{{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}};
     std::vector<Vector3> values(2);
     std::vector<std::uint8_t> isValid(2);

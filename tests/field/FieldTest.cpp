@@ -320,6 +320,37 @@ TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
     }
 }
 
+TEST(Field, HasNoValueWhereTheMaskOfTheFunctionLeavesAGap)
+{
+    // Two steps of four values; the third value of the first step and the last of both are gaps.
+    const auto mask = std::make_shared<const ValidityMask>(ValidityMask{1, 1, 0, 0, 1, 1, 1, 0});
+    const auto marksOf = [&](std::shared_ptr<const Domain> line, const DomainPart& part,
+                             double time, std::vector<Tensor<double, 1>> positions)
+    {
+        const auto field =
+            Field<1, Scalar>::applyTo(*addData(std::move(line), part, std::vector<Scalar>(8, 2.0),
+                                               Precision::Float64, {0.0, 1.0}, {}, mask));
+        const auto evaluator = field->makeEvaluator();
+        const auto batches = field->makeBatchEvaluator();
+        std::vector<Scalar> values(positions.size());
+        std::vector<std::uint8_t> marks(positions.size());
+        batches->evaluate(time, positions, values.data(), marks.data(), neverAbort);
+        for (std::size_t k = 0; k < positions.size(); ++k)
+        {
+            evaluator->reset(time, positions[k]);
+            EXPECT_EQ(evaluator->isValid(), marks[k] != 0) << positions[k];
+            EXPECT_EQ(values[k], Scalar(marks[k] != 0 ? 2.0 : 0.0)) << positions[k];
+        }
+        return marks;
+    };
+    using Marks = std::vector<std::uint8_t>;
+    const auto points = PointSetBase::Points;
+    EXPECT_EQ(marksOf(lineOf(4), points, 0.0, {{0.5}, {1.0}, {1.5}, {2.5}}), (Marks{1, 1, 0, 0}));
+    EXPECT_EQ(marksOf(lineOf(4), points, 1.0, {{0.5}, {1.5}, {2.0}, {2.5}}), (Marks{1, 1, 1, 0}));
+    EXPECT_EQ(marksOf(lineOf(4), points, 0.5, {{0.5}, {1.5}}), (Marks{1, 0}));
+    EXPECT_EQ(marksOf(lineOf(5), detail::Cells, 0.0, {{0.5}, {2.5}, {3.5}}), (Marks{1, 0, 0}));
+}
+
 TEST(Field, IsInterpolatedBetweenSteps)
 {
     const auto field = Field<1, Scalar>::applyTo(

@@ -19,7 +19,7 @@ using namespace tavrin;
 using namespace tavrin::graphics;
 namespace fs = std::filesystem;
 
-/// The opaque pixels of a PNG file; no pixels where it cannot be read.
+/// The pixels of a PNG file as opaque ones; an empty image if it cannot be read.
 Image readPng(const fs::path& file)
 {
     cairo_surface_t* const surface = cairo_image_surface_create_from_png(file.c_str());
@@ -48,7 +48,7 @@ void writePng(const Image& image, const fs::path& file)
     std::ranges::copy(bytes, std::ostreambuf_iterator(stream));
 }
 
-/// Black where the images agree.
+/// The absolute differences of two images.
 Image differenceOf(const Image& a, const Image& b)
 {
     Image difference = a;
@@ -58,8 +58,8 @@ Image differenceOf(const Image& a, const Image& b)
     return difference;
 }
 
-/// Compares with the picture of that name in the folder of baselines. Drivers and fonts may differ
-/// a little along edges; more is a failure, for which the picture and the difference are saved.
+/// Compares an image with a baseline. Drivers and fonts may cause small differences along edges.
+/// Larger ones are a failure, and the picture and the difference are saved.
 void expectBaseline(const Image& image, const std::string& name)
 {
     const Image baseline = readPng(fs::path(TAVRIN_BASELINES) / (name + ".png"));
@@ -89,7 +89,7 @@ void expectBaseline(const Image& image, const std::string& name)
                << save(image, "picture") << " and " << save(difference, "difference");
 }
 
-/// Blue to yellow.
+/// A color map from blue to yellow.
 Color ramp(double share)
 {
     const auto s = static_cast<float>(share);

@@ -34,8 +34,8 @@ Points randomPoints(std::size_t count, unsigned seed, float offset = 0.0F)
     return points;
 }
 
-/// Encloses all points, and cannot be smaller: whichever way its center moves, a point that it
-/// touches stays as far or gets farther.
+/// Expects a sphere to enclose all points and to be the smallest one: wherever its center is moved,
+/// some point that it touches does not get nearer.
 void expectSmallest(const Points& points, const BoundingSphere& sphere)
 {
     std::vector<Position> touched;
@@ -73,7 +73,8 @@ TEST(BoundingSphere, IsKnownForSimpleSets)
         line.emplace_back(i % 7 == 0 ? 0 : i, i % 7 == 0 ? 0 : 2 * i, 0);
     EXPECT_NEAR(computeBoundingSphere(line).radius, 50.0 * std::sqrt(5.0), 1e-5);
 
-    // An obtuse triangle hangs on its longest side, an equilateral one on its corners.
+    // The longest side determines the sphere of an obtuse triangle, all corners that of an equilateral
+    // one.
     EXPECT_NEAR(computeBoundingSphere({{0, 0, 0}, {4, 0, 0}, {2, 1, 0}}).radius, 2.0, 1e-6);
     EXPECT_NEAR(computeBoundingSphere({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}).radius,
                 std::sqrt(2.0 / 3.0), 1e-7);

@@ -12,7 +12,7 @@
 namespace tavrin::graphics
 {
 
-/// Why nothing can be painted on this machine, or nothing.
+/// The reason why pictures cannot be painted on this machine; empty if they can.
 inline const std::string& obstacleToPainting()
 {
     static const std::string obstacle = []() -> std::string
@@ -30,7 +30,7 @@ inline const std::string& obstacleToPainting()
     return obstacle;
 }
 
-/// Skips its tests where nothing can be painted.
+/// Skips its tests if pictures cannot be painted.
 class PaintingTest : public testing::Test
 {
 protected:
@@ -92,7 +92,7 @@ inline int largestDifference(const Image& a, const Image& b)
     return largest;
 }
 
-/// The number of pixels that anyone would call different. At edges, rounding decides on a sample.
+/// The number of pixels that differ visibly. Rounding may move a sample across an edge.
 inline std::size_t numDifferent(const Image& a, const Image& b)
 {
     EXPECT_EQ(a.rgba.size(), b.rgba.size());

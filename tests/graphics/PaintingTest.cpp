@@ -91,7 +91,7 @@ std::vector<ArrowGlyph> moved(std::vector<ArrowGlyph> glyphs, const Vector3& off
     return glyphs;
 }
 
-/// Both kinds of arrows do these alike.
+/// Tests for both kinds of arrows.
 class ArrowPaintingTest : public PaintingTest, public testing::WithParamInterface<bool>
 {};
 
@@ -102,8 +102,8 @@ TEST_P(ArrowPaintingTest, ArrowsAreWhereTheyShouldBe)
 {
     const Image image = paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.05, red, GetParam()},
                                      {{0, 0, 0}, {0, 1, 0}, 0.05, blue, GetParam()}});
-    // Seen straight on, x to the right at the bottom, y upwards at the left; three per cent of
-    // margin are left, and half of the heads.
+    // The view is along z: x points to the right at the bottom, y upward at the left, within a margin
+    // of 3 % and half a head.
     EXPECT_TRUE(isRed(pixelAt(image, 60, 107)));
     EXPECT_TRUE(isBlue(pixelAt(image, 12, 60)));
     EXPECT_EQ(pixelAt(image, 60, 60).green, 255);
@@ -196,7 +196,7 @@ TEST_P(ArrowPaintingTest, OddArrowsDoNoHarm)
 
     EXPECT_EQ(countInk(paintArrows({})), 0U);
     EXPECT_EQ(countInk(paintArrows({glyphs[1]})), 0U);
-    // A vector of length zero is a dot, and so is one that is far too small to be seen.
+    // A vector of length 0 is drawn as a dot, and so is one that is far too small to be seen.
     for (const double length : {0.0, 1e-5})
     {
         const std::size_t dot =
@@ -206,7 +206,7 @@ TEST_P(ArrowPaintingTest, OddArrowsDoNoHarm)
         EXPECT_GE(dot, 1U);
         EXPECT_LE(dot, 30U);
     }
-    // No width at all is as thin as can be seen.
+    // An arrow of width 0 is as thin as can be seen.
     EXPECT_GT(countInk(paintArrows({{{0, 0, 0}, {1, 0, 0}, 0.0, blue, tube}})), 80U);
 }
 
@@ -324,7 +324,7 @@ TEST_F(PaintingTest, TheSameInputGivesTheSamePicture)
     EXPECT_EQ(paint(scene, options, neverAbort).rgba, paint(scene, options, neverAbort).rgba);
 }
 
-/// Long arrows from a small ball, which hide one another many times over.
+/// Long arrows from a small box, which cover one another many times.
 std::vector<ArrowGlyph> crowd(std::size_t count, bool tube)
 {
     auto glyphs = randomArrows(count, 1.0F, tube);
@@ -341,13 +341,13 @@ TEST_P(ArrowPaintingTest, OnlyHiddenArrowsAreLeftOut)
     const auto glyphs = crowd(3000, GetParam());
     const PictureOptions options{.width = 200, .height = 150};
     const Image image = paintArrows(glyphs, options);
-    // One batch per few arrows: too few to look for hidden ones.
+    // In batches of a few arrows, hidden ones are not looked for.
     Scene scene;
     for (std::size_t i = 0; i < glyphs.size(); i += 20)
         scene.drawables.push_back(
             arrows(std::vector(glyphs.begin() + static_cast<std::ptrdiff_t>(i),
                                glyphs.begin() + static_cast<std::ptrdiff_t>(i + 20))));
-    // Crowded arrows have fewer sides, which shows along their edges only.
+    // Dense arrows have fewer sides, which shows only along their edges.
     EXPECT_LE(numDifferent(image, paint(scene, options, neverAbort)), 200U * 150U / 25U);
 }
 
@@ -372,7 +372,7 @@ TEST_F(PaintingTest, AnAbortEndsItSoon)
         unsigned long count = 0;
         bool isClosed = false;
     };
-    // Seconds of work: nothing hides anything.
+    // Transparent arrows do not hide one another, so that painting takes seconds.
     auto glyphs = crowd(60000, true);
     for (ArrowGlyph& glyph : glyphs)
         glyph.color.alpha = 0.5F;
@@ -382,7 +382,7 @@ TEST_F(PaintingTest, AnAbortEndsItSoon)
     std::jthread interrupter(
         [&]
         {
-            std::this_thread::sleep_for(std::chrono::milliseconds(700));
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
             setAt = Clock::now();
             abortFlag = true;
         });
@@ -408,16 +408,21 @@ TEST_F(PaintingTest, ShortMemoryEndsItWithOneLine)
     const auto scene = Scene{.drawables = {arrows(crowd(2000, true))}};
     rlimit before{};
     getrlimit(RLIMIT_AS, &before);
+    const Image whole = paint(scene, small(), neverAbort);
     std::size_t numFailures = 0;
     for (rlim_t megabytes = 24; megabytes < 1500; megabytes += megabytes / 6)
     {
         rlimit limit = before;
         limit.rlim_cur = megabytes << 20U;
         setrlimit(RLIMIT_AS, &limit);
-        const std::string error = errorOf([&] { paint(scene, small(), neverAbort); });
+        Image image;
+        const std::string error = errorOf([&] { image = paint(scene, small(), neverAbort); });
         setrlimit(RLIMIT_AS, &before);
         EXPECT_EQ(error.find('\n'), std::string::npos) << error;
-        numFailures += error == "no exception" ? 0 : 1;
+        if (error == "no exception")
+            EXPECT_EQ(image.rgba, whole.rgba) << megabytes;
+        else
+            ++numFailures;
     }
     EXPECT_GT(numFailures, 0U);
 }

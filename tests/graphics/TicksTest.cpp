@@ -33,6 +33,16 @@ TEST(Ticks, LeaveToTheTitleWhatAllHaveInCommon)
     EXPECT_DOUBLE_EQ(far.values[1], 1e7 + 1.5);
 }
 
+TEST(Ticks, ShareAFormatWithOthers)
+{
+    const Ticks ticks = Ticks::between(0.0, 10000.0, 2, {.exponent = 5, .leastDecimals = 0});
+    EXPECT_EQ(ticks.labels, (Texts{"0.00", "0.05", "0.10"}));
+    EXPECT_EQ(ticks.titleSuffix, " (\u00d710\u2075)");
+    EXPECT_EQ(ticks.decimals, 2);
+    EXPECT_EQ(Ticks::between(0.0, 2.0, 2, {.exponent = 0, .leastDecimals = 1}).labels,
+              (Texts{"0.0", "1.0", "2.0"}));
+}
+
 TEST(Ticks, SurviveOddLimits)
 {
     EXPECT_EQ(Ticks::between(2.5, 2.5, 5).labels, (Texts{"2.5"}));

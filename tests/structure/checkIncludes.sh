@@ -8,7 +8,7 @@ grep -rnE --include='*.hpp' --include='*.cpp' '^[[:space:]]*#[[:space:]]*include
 BEGIN {
     # The folders of these parts, each of which may include itself and the folders before it.
     inOrder("lib", "base parallel value domain location function field plugin algorithm")
-    inOrder("app", "console text examples plugins run commands")
+    inOrder("app", "console text examples run plugins commands")
 
     # The other parts that each part of the tree may include.
     mayInclude["lib"] = ""

@@ -37,11 +37,11 @@ private:
 ArrowMesh ArrowMesh::flat()
 {
     Builder builder(true);
-    // A little like a roof, whose ridge shows where the arrow points.
+    // Both halves lean away from a ridge along the axis, so that shading shows the direction.
     constexpr float lean = 0.3F;
     for (const float side : {1.0F, -1.0F})
     {
-        // The same triangles, which turn the other way around in the mirror.
+        // Mirroring reverses the orientation of a triangle.
         const auto triangle = [&](unsigned a, unsigned b, unsigned c)
         { side > 0.0F ? builder.triangle(a, c, b) : builder.triangle(a, b, c); };
         const Tensor<float, 3> normal(side * lean, 1.0F, 0.0F);
@@ -78,14 +78,14 @@ ArrowMesh ArrowMesh::thin()
 ArrowMesh ArrowMesh::tube(unsigned numSides)
 {
     Builder builder(false);
-    // Half a side turned, so that a face and not an edge is turned to the eye.
+    // Turned by half a side, so that a face and not an edge faces the eye.
     const auto direction = [&](float side)
     {
         const float angle =
             (side + 0.5F) * 2.0F * std::numbers::pi_v<float> / static_cast<float>(numSides);
         return Tensor<float, 2>(std::cos(angle), std::sin(angle));
     };
-    // One vertex per side; the normals have a radial part and one along the axis. Returns the first.
+    // Adds one vertex per side, whose normals have a radial and an axial part. Returns the first.
     const auto ring = [&](float radius, float z, float radial, float along, float turn = 0.0F)
     {
         std::uint16_t first = 0;

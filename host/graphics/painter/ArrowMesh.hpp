@@ -8,35 +8,34 @@
 namespace tavrin::graphics::painter
 {
 
-/// Triangles of one arrow of length 1 and width 1. The first two coordinates are in widths (across
-/// and towards the eye), the third runs from 0 at the tail to 1 at the tip.
+/// The triangles of an arrow of length 1 and width 1. The first two coordinates are in units of the
+/// width (across the arrow and toward the eye), the third runs from 0 at the tail to 1 at the tip.
 struct ArrowMesh
 {
     struct Vertex
     {
         Tensor<float, 3> position;
-        /// Perpendicular to the surface; of any length.
+        /// Perpendicular to the surface; need not have length 1.
         Tensor<float, 3> normal;
     };
 
-    /// In widths.
+    /// Radii in units of the width.
     static constexpr float shaftRadius = 0.5F;
     static constexpr float tubeHeadRadius = 1.55F;
     static constexpr float flatHeadRadius = 2.1F;
-    /// Where the head begins, as a share of the length.
+    /// Where the head begins, as a fraction of the length.
     static constexpr float neck = 0.68F;
 
     std::vector<Vertex> vertices;
     std::vector<std::uint16_t> indices;
-    /// Faces the eye whatever the direction of the arrow, and is shaded so.
+    /// Whether the arrow is turned about its axis to face the eye, and is shaded accordingly.
     bool isFlat = false;
 
-    /// Lies across the direction of view.
+    /// A flat arrow that faces the eye.
     static ArrowMesh flat();
-    /// Lies across the direction of view as well, with as few triangles as can be: for arrows that
-    /// are hardly wider than a pixel.
+    /// A flat arrow with as few triangles as possible, for arrows that are hardly wider than a pixel.
     static ArrowMesh thin();
-    /// A shaft and a cone of that many sides.
+    /// A shaft and a cone with `numSides` sides each.
     static ArrowMesh tube(unsigned numSides);
 };
 

@@ -28,7 +28,7 @@ struct Edge
     Position to;
     Pixel pixelFrom;
     Pixel pixelTo;
-    /// Away from the box, in the picture.
+    /// Direction away from the box in the picture, of length 1.
     Pixel outwards;
     /// How far the scene reaches beyond it, in pixels.
     double beyond = 0.0;
@@ -58,7 +58,7 @@ ProjectedBox projectedBox(const Box& outline, const Placement& placement, const 
     return box;
 }
 
-/// How far the pixels reach in a direction.
+/// The largest coordinate of the pixels along a direction.
 double reach(std::span<const Pixel> pixels, const Pixel& direction)
 {
     double farthest = -std::numeric_limits<double>::infinity();
@@ -67,9 +67,9 @@ double reach(std::span<const Pixel> pixels, const Pixel& direction)
     return farthest;
 }
 
-/// The edge along an axis that is best written on: at the silhouette, where the scene reaches no
-/// more than so many pixels beyond it; at the left if it is upright in the picture, and else at the
-/// bottom.
+/// The edge along an axis that suits labels best: it lies at the silhouette, the scene reaches at
+/// most `mostBeyond` pixels beyond it, and it is the leftmost one if it is upright in the picture,
+/// otherwise the lowest.
 std::optional<Edge> findEdge(const ProjectedBox& box, std::span<const Pixel> scene,
                              std::size_t axis, double mostBeyond)
 {
@@ -91,7 +91,7 @@ std::optional<Edge> findEdge(const ProjectedBox& box, std::span<const Pixel> sce
         const Pixel along = (edge.pixelTo - edge.pixelFrom) / edge.length();
         edge.outwards = Pixel(along[1], -along[0]);
         const double offset = dot(box.middle - edge.pixelFrom, edge.outwards);
-        // A box without extent across has both sides; below and left are the usual ones.
+        // A box without extent across the edge leaves both sides free; labels go below or to the left.
         if (std::abs(offset) < 0.5)
             edge.outwards *= edge.outwards[1] - edge.outwards[0] < 0.0 ? -1.0 : 1.0;
         else if (offset > 0.0)
@@ -113,7 +113,7 @@ std::optional<Edge> findEdge(const ProjectedBox& box, std::span<const Pixel> sce
     return best;
 }
 
-/// How far a label reaches from its middle in a direction.
+/// Half the extent of a label in a direction.
 double halfExtent(const Label& label, const Pixel& direction)
 {
     return 0.5 * (std::abs(direction[0]) * label.width + std::abs(direction[1]) * label.height);
@@ -140,13 +140,19 @@ public:
     {
     }
 
-    /// `mostBeyond`: how far from the edge the numbers may be, in pixels, to be clear of the scene.
-    void write(const Edge& edge, std::size_t axis, double mostBeyond)
+    /// The ticks of an edge along an axis.
+    Ticks ticksOf(const Edge& edge, std::size_t axis, const Ticks::Format& format) const
     {
         const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mStyle.fontSize;
         const double wanted = std::clamp(edge.length() / spacing, 2.0, 7.0);
-        const Ticks ticks =
-            Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted));
+        return Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted),
+                              format);
+    }
+
+    /// Adds the labels of an edge. To keep clear of the scene, numbers are up to `mostBeyond` pixels
+    /// away from it.
+    void write(const Edge& edge, std::size_t axis, const Ticks& ticks, double mostBeyond)
+    {
         const double tickLength = 0.35 * mStyle.fontSize;
         const double numberGap =
             std::max(std::min(edge.beyond, mostBeyond), tickLength) + 0.4 * mStyle.fontSize;
@@ -195,6 +201,37 @@ private:
     Annotation mAnnotation;
 };
 
+/// An edge with the axis along it.
+struct Scale
+{
+    Edge edge;
+    std::size_t axis;
+    Ticks ticks;
+};
+
+/// Gives all axes the exponent of the largest one and the same number of decimals, as far as their
+/// labels stay short.
+void harmonize(std::vector<Scale>& scales, const AxisWriter& writer)
+{
+    /// More decimals than other axes need.
+    constexpr int mostDecimals = 3;
+    Ticks::Format format{.exponent = std::numeric_limits<int>::lowest(), .leastDecimals = 0};
+    for (const Scale& scale : scales)
+        format.exponent = std::max(*format.exponent, scale.ticks.exponent);
+    for (const Scale& scale : scales)
+    {
+        const int decimals = writer.ticksOf(scale.edge, scale.axis, format).decimals;
+        if (decimals <= mostDecimals)
+            format.leastDecimals = std::max(format.leastDecimals, decimals);
+    }
+    for (Scale& scale : scales)
+    {
+        Ticks ticks = writer.ticksOf(scale.edge, scale.axis, format);
+        if (ticks.decimals <= mostDecimals)
+            scale.ticks = std::move(ticks);
+    }
+}
+
 }
 
 std::array<Position, 8> cornersOf(const Position& lower, const Position& upper)
@@ -216,16 +253,20 @@ Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
         scene.push_back(projected(camera, extreme));
 
     AxisWriter writer(placement, camera, canvas, style);
+    // In a parallel view, a number far from its tick is still in line with it.
+    const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
+    std::vector<Scale> scales;
     for (std::size_t axis = 0; axis < outline.dimension; ++axis)
     {
-        // Seen straight on, a number far from its tick is still in line with it.
-        const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
         const std::optional<Edge> edge = findEdge(box, scene, axis, mostBeyond);
-        // What is seen nearly from its end has no room for numbers.
+        // An edge that is seen nearly end-on has no room for numbers.
         if (!edge || edge->length() < 4.0 * style.fontSize)
             continue;
-        writer.write(*edge, axis, mostBeyond);
+        scales.push_back({*edge, axis, writer.ticksOf(*edge, axis, {})});
     }
+    harmonize(scales, writer);
+    for (const Scale& scale : scales)
+        writer.write(scale.edge, scale.axis, scale.ticks, mostBeyond);
     return writer.take();
 }
 

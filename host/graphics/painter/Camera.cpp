@@ -10,9 +10,9 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Of half the opening angle along the shorter side of the frame: 24 degrees in all.
+/// Tangent of half the opening angle along the shorter side of the frame, which is 24 degrees.
 const double opening = std::tan(12.0 * std::numbers::pi / 180.0);
-/// What extends over no length would be enlarged without bound.
+/// Least extent of a scene; one without extent would be enlarged without bound.
 constexpr double smallestExtent = 1e-2;
 
 /// Cosine and sine of an angle in degrees; exact for quarter turns.
@@ -79,7 +79,7 @@ Camera::Camera(const View& view, std::span<const Position> extremes, const Frame
         mPixelsPerUnit = 0.5 * std::min(frame.width, frame.height) / opening;
         for (const std::size_t axis : {0U, 1U})
         {
-            // The planes through the eye that bound the frame on both sides just touch the scene.
+            // The planes through the eye and two opposite sides of the frame just touch the scene.
             const double pixels = axis == 0 ? frame.width : frame.height;
             const double slope = 0.5 * pixels / mPixelsPerUnit;
             const double upper = support(turnedExtremes, axis, 1.0, slope);
@@ -91,7 +91,7 @@ Camera::Camera(const View& view, std::span<const Position> extremes, const Frame
         mEye[2] = std::max(mEye[2], nearestBack + smallestExtent);
     }
 
-    // Glyphs are thicker than the positions between which they extend.
+    // Glyphs reach beyond the extremes because they are thick.
     const double slack = 0.5 + 0.5 * (nearestBack - farthestBack);
     mNearest = std::max(mEye[2] - nearestBack - slack, 0.1 * (mEye[2] - nearestBack));
     mFarthest = mEye[2] - farthestBack + slack;

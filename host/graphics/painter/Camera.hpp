@@ -20,7 +20,7 @@ struct Frame
 
     double right() const { return left + width; }
     double bottom() const { return top + height; }
-    /// Whether a circle around a pixel meets the frame.
+    /// Whether a circle around a pixel intersects the frame.
     bool meetsCircle(const std::array<double, 2>& pixel, double radius) const
     {
         return pixel[0] > left - radius && pixel[0] < right() + radius && pixel[1] > top - radius &&
@@ -28,8 +28,8 @@ struct Frame
     }
 };
 
-/// Where positions of the user's coordinates lie in the coordinates that are drawn: those are
-/// relative to the middle of the scene and in units of its size, so that single precision does.
+/// Maps the user's coordinates to placed coordinates, in which the scene is drawn: relative to the
+/// middle of the scene and in units of its size, so that single precision is enough.
 struct Placement
 {
     Position center{};
@@ -38,7 +38,7 @@ struct Placement
     Position operator()(const Position& position) const { return scale * (position - center); }
 };
 
-/// Looks at the scene so that it just fills a frame of the picture.
+/// Looks at a scene so that it just fills a frame of the picture.
 class Camera
 {
 public:
@@ -47,19 +47,19 @@ public:
     {
         Position right;
         Position up;
-        /// From the scene towards the eye, at the middle.
+        /// From the middle of the scene toward the eye.
         Position back;
 
         explicit Axes(const View& view);
     };
 
-    /// The `extremes` of the scene are placed, and span about -1 to 1.
+    /// `extremes` are placed positions that bound the scene; they span about -1 to 1.
     Camera(const View& view, std::span<const Position> extremes, const Frame& frame);
 
     const Axes& axes() const { return mAxes; }
-    /// A view along an axis of the coordinates is parallel.
+    /// Whether the projection is parallel, as it is for a view along a coordinate axis.
     bool isParallel() const { return mIsParallel; }
-    /// The position of the eye, or in a parallel projection the direction towards it.
+    /// The position of the eye, or in a parallel projection the direction toward it.
     Position eye() const;
     /// Distances from the eye along the direction of view, between which everything is drawn.
     double nearest() const { return mNearest; }
@@ -70,23 +70,23 @@ public:
     /// What the depth buffer holds at a distance: 0 at the nearest, 1 at the farthest.
     double bufferDepth(double distance) const;
 
-    /// How many pixels a unit takes at a position.
+    /// The number of pixels per unit of length at a position, and at a distance from the eye.
     double pixelsPerUnit(const Position& position) const;
     double pixelsPerUnitAt(double distance) const
     {
         return mIsParallel ? mPixelsPerUnit : mPixelsPerUnit / distance;
     }
-    /// How many pixels a unit takes where the fourth clip coordinate is 1.
+    /// The number of pixels per unit of length where the fourth clip coordinate is 1.
     double pixelsPerUnit() const { return mPixelsPerUnit; }
 
-    /// The pixel of a position, right and down from the upper left corner.
+    /// The pixel of a position: right and down from the upper left corner.
     std::array<double, 2> project(const Position& position) const;
 
-    /// To clip coordinates of a tile of the picture; in the order of OpenGL, column by column.
+    /// The matrix from placed to clip coordinates of a tile of the picture, column by column.
     std::array<float, 16> viewProjection(const Frame& tile) const;
 
 private:
-    /// Right, up and back from the origin of the placed coordinates.
+    /// The coordinates of a placed position along right, up and back.
     Position turned(const Position& position) const;
     double depth(const Position& turnedPosition) const;
 
@@ -94,7 +94,7 @@ private:
     bool mIsParallel;
     std::array<double, 2> mFrameCenter;
     double mPixelsPerUnit = 1.0;
-    /// Turned.
+    /// In turned coordinates.
     Position mEye{};
     double mNearest = 0.0;
     double mFarthest = 0.0;

@@ -10,9 +10,10 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// The height of a digit, and of most capital letters, of the font in use.
+/// Height of digits and capital letters of the font, in units of the font size.
 constexpr double digitHeight = 0.73;
 
+/// The number of bytes of the printable UTF-8 character at a position; 0 if there is none.
 std::size_t validSequenceLength(const std::string& text, std::size_t at)
 {
     const auto byte = [&](std::size_t i)
@@ -30,7 +31,7 @@ std::size_t validSequenceLength(const std::string& text, std::size_t at)
         return 1;
     if (lead >= 0xC2 && lead <= 0xDF && follows(1))
         return 2;
-    // Not the overlong forms, nor surrogates, nor what lies beyond the last code point.
+    // Overlong forms, surrogates and numbers beyond the last code point are invalid.
     if (lead >= 0xE0 && lead <= 0xEF && follows(2) && (lead != 0xE0 || second >= 0xA0) &&
         (lead != 0xED || second < 0xA0))
         return 3;
@@ -40,7 +41,7 @@ std::size_t validSequenceLength(const std::string& text, std::size_t at)
     return 0;
 }
 
-/// The text with a question mark for every byte that is no UTF-8, or controls something.
+/// The text with a question mark for every control character and every byte that is not UTF-8.
 std::string printable(const std::string& text)
 {
     std::string result;
@@ -68,7 +69,7 @@ Style::Style(double width, double height, const Color& pictureBackground)
     fontSize = std::max(0.0235 * base, 10.0);
     lineWidth = std::max(base / 800.0, 1.0);
     hasText = width >= 200.0 && height >= 150.0;
-    // A transparent background is taken for a sheet of paper.
+    // Behind a transparent background, white paper is assumed.
     const auto over = [&](float part) { return part * background.alpha + 1.0F - background.alpha; };
     const float brightness = 0.3F * over(background.red) + 0.59F * over(background.green) +
                              0.11F * over(background.blue);
@@ -88,7 +89,7 @@ Canvas::Canvas(std::size_t width, std::size_t height, const Style& style)
     cairo_select_font_face(mContext.get(), "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
                            CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(mContext.get(), style.fontSize);
-    // The same text looks the same wherever it stands.
+    // Without hinting, the same text looks the same everywhere.
     const std::unique_ptr<cairo_font_options_t, decltype(&cairo_font_options_destroy)> options(
         cairo_font_options_create(), &cairo_font_options_destroy);
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
@@ -159,7 +160,7 @@ void Canvas::draw(const Label& label)
     }
     cairo_move_to(context, -0.5 * width, 0.5 * height);
     cairo_text_path(context, label.text.c_str());
-    // A margin keeps the text readable where a glyph reaches under it.
+    // A halo keeps the text readable in front of glyphs.
     useColor(mStyle.background, 0.8);
     cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_width(context, 0.22 * mStyle.fontSize);

@@ -11,7 +11,7 @@
 namespace tavrin::graphics::painter
 {
 
-/// A text around a middle, in pixels.
+/// A text centered at a pixel.
 struct Label
 {
     std::string text;
@@ -19,7 +19,7 @@ struct Label
     double y = 0.0;
     double width = 0.0;
     double height = 0.0;
-    /// Read from below.
+    /// Whether the text runs upward.
     bool isVertical = false;
 
     Frame frame() const { return {x - 0.5 * width, y - 0.5 * height, width, height}; }
@@ -31,32 +31,34 @@ struct Stroke
     std::array<double, 2> to;
 };
 
-/// How large and in which color texts and lines are: they grow with the picture.
+/// Sizes, which grow with the picture, and colors of texts and lines.
 struct Style
 {
     double fontSize;
     double lineWidth;
-    /// What stands out from the background.
+    /// The color of texts and lines, which contrasts with the background.
     Color ink;
     Color background;
 
     Style(double width, double height, const Color& background);
 
-    /// Whether there is room for anything but the scene.
+    /// Whether the picture is large enough for texts.
     bool hasText;
 };
 
-/// The picture as it comes into being: painted tiles, with lines and texts over them.
+/// The picture while it is being composed: painted tiles, with lines and texts over them.
 class Canvas
 {
 public:
     /// Throws `std::bad_alloc`.
     Canvas(std::size_t width, std::size_t height, const Style& style);
 
-    /// A label whose size is that of its text; invalid UTF-8 becomes question marks.
+    /// A label at the origin with the size of its text. Bytes that are not valid UTF-8 become question
+    /// marks.
     Label label(const std::string& text, bool isVertical = false) const;
 
-    /// Puts the pixels of a tile in place: rows from below, colors multiplied by their alpha.
+    /// Copies the pixels of a tile into the picture. `pixels` holds rows from below, with colors
+    /// multiplied by their alpha.
     void setTile(const Frame& tile, const std::vector<std::uint8_t>& pixels);
 
     void draw(const Stroke& stroke);

@@ -10,13 +10,13 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Cut so that it is no longer than the length.
+/// A vertical label for a text, which is truncated if it is longer than `length`.
 Label titleFor(std::string text, double length, const Canvas& canvas)
 {
     Label title = canvas.label(text, true);
     while (title.height > length && !text.empty())
     {
-        // Whole characters: bytes 10xxxxxx continue one.
+        // Removes whole characters: bytes 10xxxxxx continue one.
         do
         {
             const bool continues = (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U;
@@ -31,12 +31,16 @@ Label titleFor(std::string text, double length, const Canvas& canvas)
 
 }
 
-ColorBarLayout::ColorBarLayout(const ColorBar& bar, const Frame& picture, const Canvas& canvas,
-                               const Style& style)
+ColorBarLayout::ColorBarLayout(const ColorBar& bar, const Frame& picture, const Frame& scene,
+                               const Canvas& canvas, const Style& style)
     : mColorBar(bar)
 {
     const double barWidth = std::round(1.1 * style.fontSize);
-    const double barHeight = std::round(std::min(0.66 * picture.height, 36.0 * style.fontSize));
+    const double leastHeight = 8.0 * style.fontSize;
+    const double barHeight = std::round(std::min(
+        {0.66 * picture.height, 36.0 * style.fontSize, std::max(scene.height, leastHeight)}));
+    const double top = std::clamp(scene.top + 0.5 * (scene.height - barHeight), picture.top,
+                                  picture.bottom() - barHeight);
     const double tickLength = 0.3 * style.fontSize;
     const double gap = 0.35 * style.fontSize;
 
@@ -54,7 +58,7 @@ ColorBarLayout::ColorBarLayout(const ColorBar& bar, const Frame& picture, const 
     const double titleWidth = title.text.empty() ? 0.0 : title.width + 2.2 * gap;
 
     mBar = {std::round(picture.right() - titleWidth - numberWidth - gap - tickLength - barWidth),
-            std::round(picture.top + 0.5 * (picture.height - barHeight)), barWidth, barHeight};
+            std::round(top), barWidth, barHeight};
     for (std::size_t i = 0; i < numbers.size(); ++i)
     {
         const double share =
@@ -68,7 +72,8 @@ ColorBarLayout::ColorBarLayout(const ColorBar& bar, const Frame& picture, const 
     if (!title.text.empty())
     {
         title.x = picture.right() - 0.5 * title.width;
-        title.y = mBar.top + 0.5 * barHeight;
+        title.y = std::clamp(mBar.top + 0.5 * barHeight, picture.top + 0.5 * title.height,
+                             picture.bottom() - 0.5 * title.height);
         mAnnotation.labels.push_back(std::move(title));
     }
 }

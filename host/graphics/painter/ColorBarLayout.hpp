@@ -9,11 +9,12 @@ namespace tavrin::graphics::painter
 class ColorBarLayout
 {
 public:
-    /// `picture` is the part of the picture that may be written on.
-    ColorBarLayout(const ColorBar& bar, const Frame& picture, const Canvas& canvas,
-                   const Style& style);
+    /// `picture` is the part of the picture inside its margins. The bar is as high as looks well,
+    /// but not higher than the scene, which occupies the frame `scene`, unless that is tiny.
+    ColorBarLayout(const ColorBar& bar, const Frame& picture, const Frame& scene,
+                   const Canvas& canvas, const Style& style);
 
-    /// The left side of all of it.
+    /// The left side of the bar, which is the leftmost part.
     double left() const { return mBar.left; }
 
     void draw(Canvas& canvas) const;

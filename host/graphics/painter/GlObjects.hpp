@@ -7,7 +7,7 @@
 namespace tavrin::graphics::painter
 {
 
-/// Owns the name of an OpenGL object of one kind.
+/// Owns an OpenGL object of one kind, which is deleted with it.
 template<typename Kind>
 class GlObject
 {

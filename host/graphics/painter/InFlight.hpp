@@ -7,8 +7,8 @@
 namespace tavrin::graphics::painter
 {
 
-/// Keeps the graphics system from running far behind: drawing in software, it holds all triangles
-/// in memory that it has not painted yet.
+/// Limits the work that the graphics system has accepted but not finished. A software rasterizer
+/// keeps all triangles in memory until it has drawn them.
 class InFlight
 {
 public:
@@ -17,7 +17,7 @@ public:
     InFlight& operator=(const InFlight&) = delete;
     ~InFlight();
 
-    /// Marks the end of a portion of work, and waits until no more than two are unfinished.
+    /// Marks the end of a portion of work, and waits until at most two portions are unfinished.
     void endPortion();
 
 private:

@@ -22,7 +22,7 @@ namespace
     throw runtime_error("no OpenGL 3.3 context without a display: " + cause);
 }
 
-/// The dispatch library ends the process where these are missing, so they are looked for first.
+/// libepoxy ends the process if these are missing, so they are loaded here first.
 void needLibraries()
 {
     const auto isThere = [](const char* name)
@@ -40,7 +40,7 @@ bool hasWord(const char* list, std::string_view word)
     return (' ' + std::string(list) + ' ').find(' ' + std::string(word) + ' ') != std::string::npos;
 }
 
-/// Displays that need no window system, the most independent one first.
+/// Displays that need no window system, in order of preference.
 std::vector<EGLDisplay> displays()
 {
     const char* const extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
@@ -72,7 +72,7 @@ std::vector<EGLDisplay> displays()
 OffscreenContext::OffscreenContext()
 {
     needLibraries();
-    // The exception says what the user needs to know; the driver would add lines of its own.
+    // The exception says what the user needs to know; messages of the driver would only add to it.
     setenv("EGL_LOG_LEVEL", "fatal", 0);
     std::string firstCause;
     for (const EGLDisplay display : displays())

@@ -7,7 +7,7 @@
 namespace tavrin::graphics::painter
 {
 
-/// An OpenGL 3.3 core context that needs no display, current in the thread that made it.
+/// An OpenGL 3.3 core context without a display, current in the thread that created it.
 class OffscreenContext
 {
 public:
@@ -18,7 +18,7 @@ public:
     ~OffscreenContext();
 
 private:
-    /// Returns what failed, or nothing.
+    /// Returns what failed; empty on success.
     std::string openOn(EGLDisplay display);
     void close();
 

@@ -21,7 +21,7 @@ cairo_status_t append(void* target, const unsigned char* bytes, unsigned int cou
     return CAIRO_STATUS_SUCCESS;
 }
 
-/// Alpha is multiplied in.
+/// The pixel in the layout of cairo, with colors multiplied by alpha.
 std::uint32_t pixelOf(const std::uint8_t* rgba)
 {
     const std::uint32_t alpha = rgba[3];

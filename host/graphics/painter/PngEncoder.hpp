@@ -5,7 +5,8 @@
 namespace tavrin::graphics::painter
 {
 
-/// The bytes of a PNG file. Throws `runtime_error` where the image has no pixels or too many.
+/// The bytes of a PNG file. Throws `runtime_error` if the image is empty or too large, or `rgba`
+/// does not match its size.
 std::vector<std::uint8_t> encodePng(const Image& image);
 
 }

@@ -12,7 +12,7 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// So many vertices are drawn at once; even, so that no segment is torn.
+/// The number of vertices in a draw call; even, so that both ends of a segment are in the same one.
 constexpr std::size_t verticesAtOnce = 1U << 16U;
 
 GLenum modeOf(RenderPrimitives primitives)

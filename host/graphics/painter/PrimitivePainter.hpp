@@ -14,14 +14,14 @@
 namespace tavrin::graphics::painter
 {
 
-/// Draws primitives with their own programs. Beside their own uniforms, programs get `u_origin` and
-/// `u_scale` (what places a vertex), `u_viewProjection` (from there to the clip coordinates) and
-/// `u_viewport` (pixels).
+/// Draws primitives with their own programs. In addition to the uniforms of a primitive, its program
+/// gets `u_origin` and `u_scale` (from vertices to placed coordinates), `u_viewProjection` (from
+/// placed to clip coordinates) and `u_viewport` (the size of the tile in pixels).
 class PrimitivePainter
 {
 public:
-    /// Buffers and uniforms that the program does not read are ignored. Throws `runtime_error` as
-    /// `Program`.
+    /// Ignores buffers and uniforms that the program does not use. Throws what `Program` throws, and
+    /// `logic_error` for an unknown kind of primitive.
     void paint(const Primitive& primitive, const Placement& placement, const Camera& camera,
                const Frame& tile, Pass pass, WorkMeter& meter);
 

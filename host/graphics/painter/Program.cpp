@@ -23,7 +23,7 @@ std::string readSource(const path& file)
     return text;
 }
 
-/// One line of a log.
+/// The first line of a log.
 std::string firstLine(const std::string& log)
 {
     return log.substr(0, log.find_first_of(std::string("\n\0", 2)));
@@ -34,7 +34,7 @@ void attachStage(GLuint program, GLenum stage, const path& file)
     std::string source = "#version 330 core\n";
     if (stage == GL_FRAGMENT_SHADER)
         source += readSource(shaderFolder() + "output.glsl");
-    // Errors are told in the numbers of the file's own lines.
+    // Compilers report errors with the line numbers of the file.
     source += "#line 1\n" + readSource(file);
 
     const GLuint shader = glCreateShader(stage);

@@ -10,22 +10,22 @@
 namespace tavrin::graphics::painter
 {
 
-/// Which fragments a pass lets through.
+/// Which fragments a pass draws.
 enum class Pass
 {
-    /// All, as if they were opaque.
+    /// All fragments, as if they were opaque.
     Everything = 0,
     OnlyOpaque = 1,
     OnlyTransparent = 2
 };
 
-/// A linked shader program. Each file is preceded by the language version, and a fragment shader
-/// also by output.glsl, whose `writeColor` it calls.
+/// A linked shader program. The language version is prepended to each file, and output.glsl to a
+/// fragment shader, which calls its `writeColor`.
 class Program
 {
 public:
-    /// The geometry stage may be left out. Throws `runtime_error` "FILE: cause" for a file that
-    /// cannot be read or translated.
+    /// The geometry stage is optional. Throws `runtime_error` "FILE: CAUSE" for a file that cannot be
+    /// read or compiled.
     explicit Program(const ShaderProgram& files);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
@@ -34,9 +34,9 @@ public:
     void use() const;
     void setPass(Pass pass) const;
 
-    /// -1 where the program does not use the attribute.
+    /// The location of an attribute; -1 if the program does not use it.
     GLint attribute(const char* name) const;
-    /// Uniforms that the program does not use are ignored. The program must be in use.
+    /// Sets a uniform, which is ignored if the program does not use it. The program must be in use.
     void set(const std::string& name, float value) const;
     void set(const std::string& name, const std::array<float, 2>& value) const;
     void set(const std::string& name, const std::array<float, 3>& value) const;

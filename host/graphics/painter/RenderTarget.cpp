@@ -15,7 +15,7 @@ constexpr GLint wantedSamples = 8;
 constexpr GLenum depthFormat = GL_DEPTH_COMPONENT24;
 constexpr std::array<GLenum, 2> bothBuffers{GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1};
 
-/// As many as there are for every format that is drawn to, up to the wanted number.
+/// The largest number of samples that every format supports, up to the wanted number.
 GLint supportedSamples()
 {
     GLint most = 1;
@@ -48,7 +48,7 @@ void checkFramebuffer()
         throw runtime_error("the graphics system has not enough memory for the picture");
 }
 
-/// Averages the samples of an attachment of one framebuffer into the same of another.
+/// Averages the samples of an attachment into the same attachment of another framebuffer.
 void resolve(const Framebuffer& samples, const Framebuffer& pixels, GLenum attachment,
              GLsizei width, GLsizei height)
 {
@@ -118,7 +118,7 @@ void RenderTarget::beginTransparent()
 {
     glBindFramebuffer(GL_FRAMEBUFFER, mTransparency->samples.name());
     glDrawBuffers(bothBuffers.size(), bothBuffers.data());
-    // The last channel collects what shines through, all others are sums.
+    // Alpha is the product of the transmittances, all other channels are sums.
     const std::array<float, 4> noColor{0.0F, 0.0F, 0.0F, 1.0F};
     const std::array<float, 4> noWeight{};
     glClearBufferfv(GL_COLOR, 0, noColor.data());

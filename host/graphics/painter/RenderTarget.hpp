@@ -11,20 +11,20 @@
 namespace tavrin::graphics::painter
 {
 
-/// Where a tile of the picture is drawn: several samples per pixel, opaque things first, then
-/// transparent ones, which are added up apart and laid over at the end.
+/// The framebuffers for a tile of the picture, with several samples per pixel. Opaque drawables are
+/// drawn first. Transparent ones are accumulated separately and composited at the end.
 class RenderTarget
 {
 public:
-    /// Throws `runtime_error` where there is not enough memory.
+    /// Throws `runtime_error` if memory is short.
     RenderTarget(GLsizei width, GLsizei height, bool hasTransparent);
 
     void beginOpaque(const Color& background);
     void beginTransparent();
-    /// The depth of each pixel as far as things have been drawn, 0 (near) to 1, from the lower row
-    /// upwards. Drawing goes on afterwards.
+    /// The depth of each pixel after what has been drawn so far, 0 (near) to 1, in rows from below.
+    /// Drawing may continue afterwards.
     std::vector<float> depths();
-    /// The pixels, from the lower row upwards; the colors are multiplied by their alpha.
+    /// The pixels in rows from below, with colors multiplied by their alpha.
     std::vector<std::uint8_t> finish();
 
 private:
@@ -49,7 +49,7 @@ private:
     Framebuffer mSamples;
     Renderbuffer mColors;
     Framebuffer mPixels;
-    /// Made when depths are read for the first time.
+    /// Created when depths are read for the first time.
     std::optional<Renderbuffer> mDepths;
     std::unique_ptr<Transparency> mTransparency;
 };

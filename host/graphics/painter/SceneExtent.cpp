@@ -15,7 +15,7 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// What is thinner than this share of its largest extent is flat.
+/// A scene is flat along an axis if its extent is below this fraction of its largest extent.
 constexpr double flatness = 1e-3;
 
 bool isFinite(const Position& position)
@@ -73,8 +73,8 @@ void visitPositions(const Primitive& primitive, Visitor& visitor)
     }
 }
 
-/// Calls the visitor with all positions between which the scene extends, and with how far it
-/// reaches around them; with the origin in an empty scene.
+/// Calls the visitor with positions and radii of spheres that together bound the scene; with the
+/// origin for an empty scene.
 template<typename Visitor>
 void visitPositions(const Scene& scene, const std::optional<Box>& outline, Visitor visitor)
 {
@@ -109,8 +109,8 @@ bool isTransparent(const Drawable& drawable)
     return primitive != nullptr && primitive->config().renderBin() == RenderBin::Transparent;
 }
 
-/// The directions, of length 1, in which it matters how far a scene reaches: to eight sides, also a little tilted
-/// towards the eye as the sides of a perspective view are, and towards and away from the eye.
+/// Unit vectors along which the extent of a scene matters: to eight sides, the same tilted toward
+/// the eye like the sides of a perspective view, and toward and away from the eye.
 std::vector<Position> directionsToTheSidesOf(const Camera::Axes& axes)
 {
     std::vector<Position> directions{axes.back, -1.0 * axes.back};
@@ -124,8 +124,8 @@ std::vector<Position> directionsToTheSidesOf(const Camera::Axes& axes)
     return directions;
 }
 
-/// A middle that single precision holds exactly, so that vertices in that precision can be placed
-/// on the graphics system.
+/// The middle, rounded to single precision, so that shaders can subtract it from vertices in single
+/// precision exactly.
 Position middleOf(const Extent& extent)
 {
     Position middle = 0.5 * extent.lower + 0.5 * extent.upper;

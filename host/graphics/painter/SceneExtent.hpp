@@ -7,19 +7,20 @@
 namespace tavrin::graphics::painter
 {
 
-/// What a scene takes up.
+/// The part of space that a scene occupies, and the view of it.
 struct SceneExtent
 {
-    /// The outline to be drawn, if there is one and it is finite.
+    /// The outline to be drawn; nothing if there is none or it is not finite.
     std::optional<Box> outline;
     Placement placement;
     bool hasTransparent = false;
-    /// The one asked for, or else along which the scene is thin, or from the front right above.
+    /// The requested view; otherwise along the axis in which the scene is flat, or from the front
+    /// right above.
     View view;
-    /// Those that reach farthest to all sides of the view, placed; the origin where nothing is.
+    /// Placed positions that are farthest toward all sides of the view; the origin in an empty scene.
     std::vector<Position> extremes;
 
-    /// Looks at everything that is finite. Throws `logic_error` for a drawable of unknown kind.
+    /// Considers everything that is finite. Throws `logic_error` for a drawable of unknown kind.
     SceneExtent(const Scene& scene, const std::optional<View>& wantedView);
 };
 

@@ -18,10 +18,11 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Larger pictures are drawn tile by tile, which bounds the memory for their samples.
+/// Side of a tile in pixels. Larger pictures are drawn tile by tile, which bounds the memory for
+/// their samples.
 constexpr std::size_t largestTile = 2048;
 
-/// Everything but what needs the graphics system: where it all lies in the picture.
+/// The layout of the picture, and everything in it that does not need the graphics system.
 struct Composition
 {
     SceneExtent extent;
@@ -44,36 +45,44 @@ struct Composition
         Frame frame = inner;
         if (style.hasText && scene.colorBar && scene.colorBar->color)
         {
-            colorBar.emplace(*scene.colorBar, inner, canvas, style);
+            colorBar.emplace(*scene.colorBar, inner, inner, canvas, style);
             frame.width = colorBar->left() - 1.5 * style.fontSize - frame.left;
         }
-        const Frame available = frame;
-        const auto aim = [&] { camera.emplace(extent.view, extent.extremes, frame); };
-        aim();
-        if (!extent.outline || !style.hasText)
-            return;
-        // The numbers beside the outline need room, and where they lie depends on the camera.
-        constexpr int numAttempts = 6;
-        for (int i = 0; i < numAttempts; ++i)
-        {
-            axes = layOutAxes(*extent.outline, extent.extremes, extent.placement, *camera, canvas,
-                              style);
-            if (i + 1 == numAttempts)
-                break;
-            fill(available, frame);
-            aim();
-        }
+        aimAt(frame);
+        if (extent.outline && style.hasText)
+            fitAxes(frame);
+        // Within its room, which is decided by now, the bar follows the scene.
+        if (colorBar)
+            colorBar.emplace(*scene.colorBar, inner, boundsOfScene(), canvas, style);
     }
 
 private:
-    /// Moves the sides of the frame by how far the labels reach over the available room, or stay
-    /// inside of it.
+    void aimAt(const Frame& frame) { camera.emplace(extent.view, extent.extremes, frame); }
+
+    /// The labels of the axes need room, and their positions depend on the camera.
+    void fitAxes(const Frame& available)
+    {
+        constexpr int numAttempts = 6;
+        Frame frame = available;
+        for (int i = 0; i < numAttempts; ++i)
+        {
+            if (i > 0)
+            {
+                fill(available, frame);
+                aimAt(frame);
+            }
+            axes = layOutAxes(*extent.outline, extent.extremes, extent.placement, *camera, canvas,
+                              style);
+        }
+    }
+
+    /// Moves the sides of the frame so that scene and labels together fill the available room.
     void fill(const Frame& available, Frame& frame) const
     {
         Frame taken = boundsOfScene();
         for (const Label& label : axes.labels)
             taken = united(taken, label.frame());
-        // The scene keeps most of the room even if numbers are cut.
+        // The scene keeps most of the room, even if labels are truncated.
         const double mostX = 0.3 * available.width;
         const double mostY = 0.3 * available.height;
         const auto moved = [](double side, double room, double occupied, double most)
@@ -110,7 +119,7 @@ private:
     }
 };
 
-/// The edges of the domain's box, placed.
+/// The edges of the domain's box in placed coordinates.
 std::shared_ptr<Drawable> makeOutline(const Box& box, const Placement& placement,
                                       const Style& style)
 {
@@ -129,7 +138,7 @@ std::shared_ptr<Drawable> makeOutline(const Box& box, const Placement& placement
                 vertices.emplace_back(placed[0], placed[1], placed[2]);
             }
         }
-    // Between the ink and the background, so that the glyphs come first.
+    // Paler than the ink, so that glyphs stand out.
     const auto mixed = [](float ink, float background) { return 0.6F * ink + 0.4F * background; };
     const Color color{mixed(style.ink.red, style.background.red),
                       mixed(style.ink.green, style.background.green),
@@ -167,7 +176,7 @@ public:
         target.beginOpaque(mComposition.style.background);
         if (mOutline)
         {
-            // Glyphs on a side of the box lie before its edges.
+            // The edges lie slightly behind glyphs on a side of the box.
             glEnable(GL_POLYGON_OFFSET_FILL);
             glPolygonOffset(1.0F, 256.0F);
             draw(*mOutline, Placement{}, target, tile, Pass::OnlyOpaque);

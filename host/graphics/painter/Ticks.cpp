@@ -48,7 +48,7 @@ int exponentOf(double number)
     return static_cast<int>(std::floor(std::log10(number) + 1e-9));
 }
 
-/// What is subtracted from all values where they differ only in late digits.
+/// The offset to subtract from all values if they differ only in their last digits; otherwise 0.
 double commonOffset(double low, double high, double step)
 {
     const double largest = std::max(std::abs(low), std::abs(high));
@@ -60,7 +60,7 @@ double commonOffset(double low, double high, double step)
 
 }
 
-Ticks Ticks::between(double low, double high, unsigned mostSteps)
+Ticks Ticks::between(double low, double high, unsigned mostSteps, const Format& format)
 {
     Ticks ticks;
     if (low > high)
@@ -69,26 +69,33 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps)
     if (!std::isfinite(range) || mostSteps == 0)
         return ticks;
     const double magnitude = std::max(std::abs(low), std::abs(high));
-    // Below that, neighboring numbers could not be told apart.
+    // Within a smaller range, the labels of neighboring ticks would be equal.
     if (!(range > 1e-13 * magnitude) || !(range > 1e-300))
-        return {{low}, {withTypographicMinus(fmt::format("{:.6g}", low))}, {}};
+    {
+        ticks.values = {low};
+        ticks.labels = {withTypographicMinus(fmt::format("{:.6g}", low))};
+        return ticks;
+    }
 
     double step = roundedUp(range / mostSteps);
     const auto first = [&] { return std::ceil(low / step - 1e-6); };
     const auto last = [&] { return std::floor(high / step + 1e-6); };
-    // One number makes no scale.
+    // A scale needs two numbers.
     while (last() < first() + 1.0)
         step = roundedUp(0.4 * step);
     const double offset = commonOffset(low, high, step);
     const double largest = std::max(std::abs(low - offset), std::abs(high - offset));
-    int exponent = exponentOf(largest);
+    int& exponent = ticks.exponent;
+    exponent = exponentOf(largest);
     if (exponent > -4 && exponent < 5)
         exponent = 0;
+    exponent = format.exponent.value_or(exponent);
     const double unit = std::pow(10.0, exponent);
-    const int decimals = std::max(0, -exponentOf(step / unit));
+    const int decimals = std::max(format.leastDecimals, -exponentOf(step / unit));
+    ticks.decimals = decimals;
     for (double i = first(); i <= last(); ++i)
     {
-        // The rounding of a sum of steps is not to be seen; neither is a zero with a sign.
+        // Rounding must not show in the label, nor the sign of a zero.
         const double value = i * step;
         const double shown = (value - offset) / unit;
         const double smallest = 0.5 * std::pow(10.0, -decimals);

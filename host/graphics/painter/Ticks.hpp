@@ -1,24 +1,40 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tavrin::graphics::painter
 {
 
-/// Round values of an axis and what is written there.
+/// Round values along an axis and their labels.
 struct Ticks
 {
     std::vector<double> values;
     std::vector<std::string> labels;
-    /// What the title has to add so that the labels are right: " - 10000000", " (x10^3)", or both,
-    /// in typographic characters. Empty where the labels are the values themselves.
+    /// Offset and power of ten that the labels leave out and the title shows: " - 10000000",
+    /// " (x10^3)", or both, in typographic characters. Empty if the labels are the values.
     std::string titleSuffix;
+    /// The labels are the values, minus the offset, divided by this power of ten.
+    int exponent = 0;
+    int decimals = 0;
 
-    /// Multiples of 1, 2 or 5 times a power of ten between the limits, which may be in any order:
-    /// two at least, and no more steps between them than wanted unless it takes more for that.
-    /// Equal limits have one. None where a limit is not finite.
-    static Ticks between(double low, double high, unsigned mostSteps);
+    /// What several axes have in common.
+    struct Format
+    {
+        /// Without one, it is chosen for the limits.
+        std::optional<int> exponent = std::nullopt;
+        int leastDecimals = 0;
+    };
+
+    /// Multiples of 1, 2 or 5 times a power of ten between two limits in any order. There are at
+    /// least two, and otherwise at most `mostSteps` steps. Equal limits have one tick, limits that
+    /// are not finite none.
+    static Ticks between(double low, double high, unsigned mostSteps, const Format& format);
+    static Ticks between(double low, double high, unsigned mostSteps)
+    {
+        return between(low, high, mostSteps, Format{});
+    }
 };
 
 }

@@ -12,7 +12,7 @@ inline std::array<float, 3> narrowed(const Position& position)
             static_cast<float>(position[2])};
 }
 
-/// Takes the program in use, and tells it what every program of a scene needs to know.
+/// Makes a program current and sets the uniforms that all programs of a scene share.
 inline void useFor(const Program& program, const Camera& camera, const Frame& tile, Pass pass)
 {
     program.use();

@@ -16,9 +16,10 @@ using namespace tavrin::graphics;
 using process::JobState;
 using process::SharedBytes;
 
-/// The process serves the one that started it, which decides when it ends: whatever a terminal
-/// sends to both is left to that one, and no core file of a driver that crashed is of any use.
-void becomeServant()
+/// The process that started this one decides when it ends, so signals that a terminal sends to both
+/// are ignored, and the end of that process is the end of this one. A crashed driver leaves no core
+/// file.
+void followParent()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
@@ -42,7 +43,7 @@ std::vector<std::uint8_t> perform(std::span<const std::byte> bytes, painter::Wor
 /// memory that the calling process shares.
 int main()
 {
-    becomeServant();
+    followParent();
     SharedBytes result(dup(STDOUT_FILENO));
     // What a driver prints must not get into the result.
     dup2(STDERR_FILENO, STDOUT_FILENO);

@@ -30,8 +30,7 @@ enum class DrawableKind
     Primitive
 };
 
-/// The colors of a color bar, which is a function, are sent as this many samples: as many as the
-/// tallest picture that most people paint has rows.
+/// The color function of a color bar is sent as this many samples, more than a bar usually has rows.
 constexpr std::size_t numBarColors = 4096;
 
 /// Every item begins at a multiple of this, so that arrays can be used where they lie.

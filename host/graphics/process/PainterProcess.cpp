@@ -43,7 +43,7 @@ fs::path painterProgram()
     return fs::absolute(info.dli_fname).parent_path() / "tavrin" / "tavrin-painter";
 }
 
-/// The running program. Killed, if it still runs, when the object goes.
+/// The running program, which is killed if it still runs at the end of the object's life.
 class Child
 {
 public:
@@ -77,7 +77,7 @@ public:
             close(mDescriptor);
     }
 
-    /// Waits for a moment, or until the process ends. Returns whether it has.
+    /// Waits for a moment or until the process ends, and returns whether it has ended.
     bool hasEnded()
     {
         pollfd entry{.fd = mDescriptor, .events = POLLIN, .revents = 0};

@@ -4,6 +4,7 @@
 #include <tavrin/base/Suggestion.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 
 namespace tavrin
@@ -21,8 +22,8 @@ struct Row
     float blue;
 };
 
-// The tables hold the rows of the published maps of 256 colors that linear interpolation needs to
-// give all others to 0.6/255.
+// The tables hold those rows of the published maps of 256 colors from which linear interpolation
+// reproduces all others to 0.6/255.
 
 // Viridis, plasma, inferno and magma: Nathaniel J. Smith, Stefan van der Walt and, for viridis, Eric
 // Firing, 2015; public domain (CC0).
@@ -124,52 +125,49 @@ constexpr Row turbo[] = {
     {253, 0.5066F, 0.0235F, 0.0086F}, {255, 0.4796F, 0.0158F, 0.0106F},
 };
 
-std::vector<ColorMap::ControlPoint> pointsOf(std::span<const Row> rows)
+// From blue to red through white, between the end colors of K. Moreland, Diverging Color Maps for
+// Scientific Visualization, 2009.
+constexpr Row coolwarm[] = {
+    {0, 59.0F / 255.0F, 76.0F / 255.0F, 192.0F / 255.0F},
+    {255, 180.0F / 255.0F, 4.0F / 255.0F, 38.0F / 255.0F},
+};
+
+constexpr Row gray[] = {{0, 0.0F, 0.0F, 0.0F}, {255, 1.0F, 1.0F, 1.0F}};
+
+constexpr Color darkRed{0.5F, 0.0F, 0.0F, 1.0F};
+
+struct BuiltIn
 {
-    std::vector<ColorMap::ControlPoint> points;
-    for (const Row& row : rows)
-        points.push_back({row.step / 255.0, {row.red, row.green, row.blue, 1.0F}});
-    return points;
-}
+    const char* name;
+    std::span<const Row> rows;
+    ColorSpace space = ColorSpace::Rgb;
+    /// The color of NaN, which must not be one of the map's.
+    Color notANumber{0.5F, 0.5F, 0.5F, 1.0F};
+};
 
-// From blue to red through white: K. Moreland, Diverging Color Maps for Scientific Visualization,
-// 2009; its end colors, with all between them computed by its formula.
-constexpr Color cool{59.0F / 255.0F, 76.0F / 255.0F, 192.0F / 255.0F, 1.0F};
-constexpr Color warm{180.0F / 255.0F, 4.0F / 255.0F, 38.0F / 255.0F, 1.0F};
+/// All built-in maps, in the order in which they are listed. A new one is added here.
+constexpr BuiltIn builtIns[] = {
+    {.name = "viridis", .rows = viridis},
+    {.name = "plasma", .rows = plasma},
+    {.name = "inferno", .rows = inferno},
+    {.name = "magma", .rows = magma},
+    {.name = "cividis", .rows = cividis},
+    {.name = "turbo", .rows = turbo},
+    {.name = "coolwarm", .rows = coolwarm, .space = ColorSpace::Diverging},
+    {.name = "gray", .rows = gray, .notANumber = darkRed},
+};
 
-constexpr Color black{0.0F, 0.0F, 0.0F, 1.0F};
-constexpr Color white{1.0F, 1.0F, 1.0F, 1.0F};
-
-const std::vector<ColorMap>& builtInColorMaps()
+ColorMap makeColorMap(const BuiltIn& builtIn)
 {
-    static const std::vector<ColorMap> maps = []
-    {
-        const auto make = [](const std::string& name, ColorSpace space,
-                             std::vector<ColorMap::ControlPoint> points)
-        {
-            ColorMap::Definition definition{.name = name,
-                                            .space = space,
-                                            .points = std::move(points),
-                                            .below = {},
-                                            .above = {}};
-            // Gray stands out from all maps but one.
-            if (name == "gray")
-                definition.notANumber = {0.5F, 0.0F, 0.0F, 1.0F};
-            return ColorMap(std::move(definition));
-        };
-        const auto table = [&](const std::string& name, std::span<const Row> rows)
-        { return make(name, ColorSpace::Rgb, pointsOf(rows)); };
-        return std::vector<ColorMap>{
-            table("viridis", viridis),
-            table("plasma", plasma),
-            table("inferno", inferno),
-            table("magma", magma),
-            table("cividis", cividis),
-            table("turbo", turbo),
-            make("coolwarm", ColorSpace::Diverging, {{0.0, cool}, {1.0, warm}}),
-            make("gray", ColorSpace::Rgb, {{0.0, black}, {1.0, white}})};
-    }();
-    return maps;
+    ColorMap::Definition definition{.name = builtIn.name,
+                                    .space = builtIn.space,
+                                    .points = {},
+                                    .notANumber = builtIn.notANumber,
+                                    .below = {},
+                                    .above = {}};
+    for (const Row& row : builtIn.rows)
+        definition.points.push_back({row.step / 255.0, {row.red, row.green, row.blue, 1.0F}});
+    return ColorMap(std::move(definition));
 }
 
 }
@@ -179,8 +177,8 @@ const std::vector<std::string>& builtInColorMapNames()
     static const std::vector<std::string> names = []
     {
         std::vector<std::string> list;
-        for (const ColorMap& map : builtInColorMaps())
-            list.push_back(map.name());
+        for (const BuiltIn& builtIn : builtIns)
+            list.emplace_back(builtIn.name);
         return list;
     }();
     return names;
@@ -188,12 +186,11 @@ const std::vector<std::string>& builtInColorMapNames()
 
 ColorMap builtInColorMap(const std::string& name)
 {
-    const auto& maps = builtInColorMaps();
-    const auto found = std::ranges::find(maps, name, &ColorMap::name);
-    if (found == maps.end())
+    const auto* const found = std::ranges::find(builtIns, name, &BuiltIn::name);
+    if (found == std::end(builtIns))
         throw usage_error("unknown color map \"" + name + "\"" +
                           suggestionFor(name, builtInColorMapNames()));
-    return *found;
+    return makeColorMap(*found);
 }
 
 }

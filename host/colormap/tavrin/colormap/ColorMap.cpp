@@ -13,7 +13,7 @@ namespace tavrin
 namespace
 {
 
-/// Over the whole range of a map: so many linear pieces are as good as any color space.
+/// Linear pieces over the whole range of a map, enough to reproduce any color space to 1/255.
 constexpr double piecesPerMap = 512.0;
 
 void requireColor(const Color& color, const std::string& what)
@@ -56,7 +56,7 @@ void requireSound(const ColorMap::Definition& definition)
 
 bool ValueRange::isProper() const
 {
-    // Infinite or undefined bounds have no finite distance.
+    // The difference of bounds that are infinite or NaN is not finite.
     return low < high && std::isfinite(high - low);
 }
 

@@ -26,7 +26,7 @@ Color ColorMapDataObject::mapValueToColorScaled(double value) const
     const auto [low, high] = mColorMap.range();
     const double share = (value - mScaling.low) / (mScaling.high - mScaling.low);
     const double position = low + share * (high - low);
-    // Rounding must not carry a value inside the scaling past the last color.
+    // Rounding must not move a value within the scaling beyond the last color.
     return mColorMap.mapValueToColor(share <= 1.0 ? std::min(position, high) : position);
 }
 

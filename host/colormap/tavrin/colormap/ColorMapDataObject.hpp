@@ -6,25 +6,25 @@
 namespace tavrin
 {
 
-/// A color map together with a value scaling.
+/// A color map together with the range of values that it is scaled to.
 ///
-/// The map itself, `colorMap()`, looks a value up directly on its own scale: 0 to 1 for a built-in
-/// map. `mapValueToColorScaled` spreads the map over the scaling's range instead.
+/// The map itself, `colorMap()`, looks up values on its own scale, which is 0 to 1 for a built-in
+/// map. `mapValueToColorScaled` stretches the map over the range of the scaling.
 class TAVRIN_API ColorMapDataObject final : public DataObject
 {
 public:
-    /// Scales by the map's own range: both lookups agree.
+    /// Scaled to the map's own range, so that both lookups agree.
     explicit ColorMapDataObject(ColorMap colorMap);
 
-    /// Throws `runtime_error` for a range that is not proper.
+    /// Throws `runtime_error` if the range is not proper.
     ColorMapDataObject(ColorMap colorMap, const ValueRange& scaling);
 
     const ColorMap& colorMap() const { return mColorMap; }
 
-    /// The values that get the first and the last color in the scaled lookup.
+    /// The values that the scaled lookup maps to the first and the last color.
     const ValueRange& scaling() const { return mScaling; }
 
-    /// The color of a value after the scaling has brought it into the map's range, linearly.
+    /// The color of a value after linear scaling to the map's range.
     Color mapValueToColorScaled(double value) const;
 
     static const TypeId<ColorMapDataObject>& classTypeId()

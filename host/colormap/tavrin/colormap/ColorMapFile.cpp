@@ -19,13 +19,13 @@ namespace
 
 using Json = nlohmann::json;
 
-/// Far above any color map: what is larger is another kind of file.
+/// In bytes, far above any file of color maps: a larger file is of another kind.
 constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
 
-/// Numbers that were rounded on their way into a file may leave 0..1 by so much.
+/// Components in a file may leave 0..1 by this much, because of rounding.
 constexpr double componentTolerance = 1e-3;
 
-/// What is wrong, without the file.
+/// Throws the cause of a failure, to which the caller adds the file.
 [[noreturn]] void refuse(const std::string& cause)
 {
     throw runtime_error(cause);
@@ -40,7 +40,7 @@ std::string readText(const std::filesystem::path& file)
     if (std::filesystem::is_directory(status))
         refuse("is a folder");
     if (!std::filesystem::is_regular_file(status))
-        refuse("is not a file of data");
+        refuse("is not a regular file");
     if (std::filesystem::file_size(file, error) > largestFile)
         refuse("is too large for a file of color maps (over 16 MiB)");
     errno = 0;
@@ -72,7 +72,7 @@ Json parseText(const std::string& text)
     }
 }
 
-/// Reads the members of one map; its refusals name the member.
+/// Reads one map. Its messages name the member that is wrong.
 class MapReader
 {
 public:

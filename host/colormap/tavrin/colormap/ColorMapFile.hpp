@@ -8,7 +8,7 @@
 namespace tavrin
 {
 
-/// A color-map file that cannot be read or used: "FILE: cause".
+/// A color map file that cannot be read or used: "FILE: CAUSE".
 class TAVRIN_API ColorMapFileError : public runtime_error
 {
 public:
@@ -18,12 +18,12 @@ public:
     }
 };
 
-/// Reads the color maps of a JSON file as desktop tools export them: one object, or an array of
-/// them, with "RGBPoints" [x, r, g, b, ...] and, optional, "Name" (else the name of the file),
-/// "ColorSpace" ("RGB" where it is left out, "HSV", "Lab", "CIELAB", "Diverging", "Step"),
-/// "NanColor" [r, g, b], and "BelowRangeColor" and "AboveRangeColor", each where its "Use..." is
-/// set. Opacities ("Points") and display settings are passed over.
-/// Throws `ColorMapFileError` that says what is wrong and where.
+/// Reads the color maps of a JSON file as desktop tools export them: an object or an array of
+/// objects with "RGBPoints" [x, r, g, b, ...] and optionally "Name" (by default the name of the
+/// file), "ColorSpace" ("RGB" by default, "HSV", "Lab", "CIELAB", "Diverging" or "Step"), "NanColor"
+/// [r, g, b], and "BelowRangeColor" and "AboveRangeColor", which count if "UseBelowRangeColor" and
+/// "UseAboveRangeColor" are set. Opacities ("Points") and display settings are ignored.
+/// Throws `ColorMapFileError`.
 TAVRIN_API std::vector<ColorMap> readColorMapFile(const std::filesystem::path& file);
 
 }

@@ -1,8 +1,8 @@
 #include <tavrin/colormap/ColorMapReference.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ namespace
 
 constexpr std::string_view fileExtension = ".json";
 
-/// Throws `usage_error` with the reason after what was written.
+/// Throws `usage_error` with the text and the reason.
 ValueRange parseRange(const std::string& text)
 {
     const auto complain = [&](const std::string& reason)
@@ -42,7 +42,8 @@ ValueRange parseRange(const std::string& text)
     return range;
 }
 
-/// Where the range begins, its '@' included; a '@' inside of the file's name begins none.
+/// The position of the '@' of the range, or the end of the text. A '@' in the name of a file does not
+/// begin a range.
 std::size_t startOfRange(const std::string& text)
 {
     const std::size_t at = text.rfind('@');

@@ -8,27 +8,27 @@
 namespace tavrin
 {
 
-/// How people name a color map: NAME_OR_FILE[@LOW:HIGH]. The name is that of a built-in map; a
-/// file is told from it by its extension ".json". A file of several maps takes FILE#NAME.
+/// A color map as users name it: NAME_OR_FILE[@LOW:HIGH]. NAME is that of a built-in map; a file has
+/// the extension ".json". FILE#NAME selects one of several maps in a file.
 struct TAVRIN_API ColorMapReference
 {
-    /// Of a built-in map, or of the map in the file; empty for the only one in a file.
+    /// The name of a built-in map or of a map in the file; empty for the only map in the file.
     std::string name;
     /// Empty for a built-in map.
     std::filesystem::path file;
     std::optional<ValueRange> range;
 
-    /// Throws `usage_error` for an unknown name, with the nearest one where one is near, and for a
-    /// range that is none. Looks at no file.
+    /// Throws `usage_error` for an unknown name, with the most similar one if there is any, and for an
+    /// invalid range. Does not access files.
     static ColorMapReference parse(const std::string& text);
 
-    /// The map as it is, over its own range. Throws `ColorMapFileError`, and `usage_error` for a
-    /// name that the file does not have or a missing one.
+    /// The map over its own range. Throws `ColorMapFileError`, and `usage_error` if the file has no map
+    /// of that name, or several and none is named.
     ColorMap load() const;
 
-    /// The map as an option takes it: stretched over the values (`range`, or those of a field), so
-    /// that the scaled and the direct lookup agree. A range of one value gets that value in its
-    /// middle; one that is not finite is taken as 0 to 1.
+    /// The map for an option: stretched over the range of values, so that the scaled and the direct
+    /// lookup agree. A range that consists of one value is widened to have it in the middle; one that
+    /// is not finite is replaced by 0 to 1.
     std::shared_ptr<const ColorMapDataObject> loadFor(const ValueRange& values) const;
 };
 

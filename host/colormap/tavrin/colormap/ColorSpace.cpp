@@ -50,7 +50,7 @@ Triple labFromRgb(const Triple& rgb)
     return {116.0 * y - 16.0, 500.0 * (x - y), 200.0 * (y - z)};
 }
 
-/// Colors that no screen shows are dimmed until they are.
+/// Colors outside of sRGB are dimmed until they are inside.
 Triple rgbFromLab(const Triple& lab)
 {
     const auto expanded = [](double root)
@@ -103,8 +103,8 @@ double angleBetween(double a, double b)
     return difference > pi ? std::abs(difference - 2.0 * pi) : difference;
 }
 
-/// The hue to give an unsaturated color of a magnitude, so that the way to it from a saturated one
-/// looks even.
+/// The hue to use for an unsaturated color of a magnitude, so that the transition from a saturated
+/// color looks even.
 double adjustedHue(const Msh& saturated, double magnitude)
 {
     if (saturated.magnitude >= magnitude - 0.1)

@@ -5,23 +5,23 @@
 namespace tavrin
 {
 
-/// How the colors between two control points of a color map are found.
+/// How colors are interpolated between two control points of a color map.
 enum class ColorSpace
 {
-    /// Linear in red, green and blue as they are shown.
+    /// Linear in the red, green and blue of sRGB.
     Rgb,
-    /// Linear in hue, saturation and value; the hue never passes from 1 over to 0.
+    /// Linear in hue, saturation and value; the hue does not wrap around from 1 to 0.
     Hsv,
-    /// Linear in CIELAB (D65), where equal steps look equal.
+    /// Linear in CIELAB (D65), which is perceptually uniform.
     Lab,
-    /// Linear in the polar form of CIELAB, through white between two saturated colors of different
-    /// hue: K. Moreland, Diverging Color Maps for Scientific Visualization, 2009.
+    /// Linear in the polar form of CIELAB, passing through white between two saturated colors of
+    /// different hue: K. Moreland, Diverging Color Maps for Scientific Visualization, 2009.
     Diverging,
-    /// The color of the upper point, without a transition.
+    /// The color of the upper point throughout.
     Step
 };
 
-/// The color `weight` (0 ... 1) of the way from `lower` to `upper`. Opacity is always linear.
+/// The color between `lower` (weight 0) and `upper` (weight 1). Opacity is always linear.
 Color interpolate(const Color& lower, const Color& upper, double weight, ColorSpace space);
 
 }

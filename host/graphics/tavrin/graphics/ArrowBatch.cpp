@@ -14,7 +14,7 @@ bool isFinite(const Tensor<double, 3>& position)
     return std::isfinite(position[0]) && std::isfinite(position[1]) && std::isfinite(position[2]);
 }
 
-/// Calls the visitor with the start and the end of every arrow where both are finite.
+/// Calls the visitor with the start and the end of every arrow, if both are finite.
 template<typename Visitor>
 void visitEnds(const std::vector<ArrowGlyph>& arrows, Visitor&& visitor)
 {

@@ -11,7 +11,7 @@ namespace tavrin::graphics
 /// How glyphs are shaded.
 enum class ShadingType
 {
-    /// A head light with ambient, diffuse and specular parts, computed for every pixel.
+    /// Ambient, diffuse and specular reflection of a light near the eye, computed for every pixel.
     Phong = 2
 };
 
@@ -20,11 +20,11 @@ struct ArrowGlyph
 {
     Tensor<double, 3> start;
     Tensor<double, 3> direction;
-    /// The thickness of the shaft, in the unit of `start`. The head is wider by a constant factor,
-    /// and a constant share of the length.
+    /// The thickness of the shaft, in the unit of `start`. The head is wider by a constant factor and
+    /// takes a constant fraction of the length.
     double width;
     Color color;
-    /// A round shaft with a cone, or else a flat arrow that faces the viewer.
+    /// Whether the arrow is a round shaft with a cone; otherwise it is flat and faces the viewer.
     bool tube;
 };
 
@@ -37,7 +37,7 @@ public:
     const std::vector<ArrowGlyph>& arrows() const { return mArrows; }
     ShadingType shading() const { return mShading; }
 
-    /// Around the middle of the box of all finite starts and ends; not the smallest.
+    /// Centered in the bounding box of all finite starts and ends, and so not the smallest sphere.
     BoundingSphere boundingSphere() const override { return mBoundingSphere; }
 
 private:

@@ -17,9 +17,9 @@ namespace
 using Position = Tensor<double, 3>;
 using Points = std::span<const Tensor<float, 3>>;
 
-/// How much farther than the radius a point may be and still count as enclosed. A point that is
-/// farther by a share d may enlarge the smallest sphere by no more than d * d / 2, which vanishes in
-/// rounding where d is smaller than this.
+/// A point counts as enclosed if it is farther than the radius by at most this fraction of it. A
+/// point that is farther by a fraction d enlarges the smallest sphere by at most d * d / 2 of its
+/// radius, which is below rounding for a d below this.
 constexpr double tolerance = 3e-8;
 
 Position widened(const Tensor<float, 3>& point)
@@ -27,7 +27,8 @@ Position widened(const Tensor<float, 3>& point)
     return Position(point[0], point[1], point[2]);
 }
 
-/// Positions are relative to an origin among the points: there the differences of floats are exact.
+/// `center` is relative to `origin`, which is one of the points: differences of floats are exact in
+/// double precision.
 double squaredDistance(const Tensor<float, 3>& point, const Position& origin,
                        const Position& center)
 {
@@ -47,7 +48,8 @@ struct Farthest
 TAVRIN_FOR_SEVERAL_PROCESSORS double largestSquare(Points points, const Position& origin,
                                                    const Position& center)
 {
-    // The square of a float's distance is finite, so an infinite square tells a point that is not.
+    // Squared distances of finite floats are finite in double precision, so an infinite one means a
+    // point that is not finite.
     constexpr double largest = std::numeric_limits<double>::max();
     double maximum = -1.0;
 #pragma omp simd reduction(max : maximum)
@@ -87,8 +89,8 @@ Farthest findFarthest(Points points, const Position& origin, const Position& cen
     return {};
 }
 
-/// The point in the span of up to three differences that has the same distance from the origin and
-/// from each of them: the solution of d_i . c = |d_i|^2 / 2. Nothing where they are dependent.
+/// The point in the span of up to three differences that is equally far from the origin and from
+/// each of them: the solution of d_i . c = |d_i|^2 / 2. Nothing if they are linearly dependent.
 std::optional<Position> circumcenter(std::span<const Position> differences)
 {
     // Gram matrix and right-hand side; Gaussian elimination with full pivoting on the diagonal.
@@ -179,7 +181,7 @@ BoundingSphere computeBoundingSphere(Points points)
         std::vector<Position> few = current.support;
         few.push_back(widened(points[farthest.index]) - origin);
         SupportedSphere next = smallestAroundFew(few);
-        // The smallest sphere around more points is larger; where it is not, rounding has the say.
+        // The smallest sphere around more points is larger, except for rounding.
         if (next.sphere.radius <= current.sphere.radius)
             break;
         current = std::move(next);

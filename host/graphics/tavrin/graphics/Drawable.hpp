@@ -5,15 +5,15 @@
 namespace tavrin::graphics
 {
 
-/// Something to be painted, as a description: it can be read as numbers, and nothing of it depends
-/// on a display or a graphics library. Immutable once made.
+/// The description of an object to be painted. It consists of plain numbers and depends neither on
+/// a display nor on a graphics library. Immutable.
 class TAVRIN_API Drawable
 {
 public:
     virtual ~Drawable();
 
-    /// Encloses all that is drawn, but for the width of lines, which is in pixels. Radius 0 at the
-    /// origin where nothing is.
+    /// Encloses the object, apart from the width of lines, which is in pixels. At the origin with
+    /// radius 0 for an empty object.
     virtual BoundingSphere boundingSphere() const = 0;
 
 protected:

@@ -8,7 +8,7 @@ namespace tavrin::graphics
 namespace
 {
 
-/// A buffer that shares the vector's memory: its elements are floats and nothing else.
+/// A buffer that takes over the memory of a vector whose elements consist of floats.
 template<typename Vector>
 std::shared_ptr<VertexBuffer> makeBufferOf(Vector elements)
 {

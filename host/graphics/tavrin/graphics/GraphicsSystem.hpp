@@ -14,12 +14,12 @@ enum class ColorChannel
     RGBA = 4
 };
 
-/// Makes what drawables consist of. Nothing is uploaded before something is painted, so that
-/// drawables can be made and read on a machine without a graphics library.
+/// Creates drawables and their parts. Nothing is uploaded until a picture is painted, so drawables
+/// can be created and read on a machine without a graphics library.
 class TAVRIN_API GraphicsSystem
 {
 public:
-    /// The one of this process.
+    /// The only instance in this process.
     static const GraphicsSystem mInstance;
 
     GraphicsSystem(const GraphicsSystem&) = delete;
@@ -30,17 +30,17 @@ public:
     /// As many components per vertex as there are channels. Moving the vector in saves a copy.
     static std::shared_ptr<VertexBuffer> makeBuffer(std::vector<Color> colors,
                                                     ColorChannel channel);
-    /// The same for many vertices, in memory that was filled by several threads.
+    /// The same for vectors that several threads have filled.
     static std::shared_ptr<VertexBuffer> makeLargeBuffer(LargeVector<Tensor<float, 3>> vertices);
     static std::shared_ptr<VertexBuffer> makeLargeBuffer(LargeVector<Color> colors,
                                                          ColorChannel channel);
 
-    /// Throws nothing: files are read when something is painted.
+    /// The files are not read until a picture is painted.
     static std::shared_ptr<const ShaderProgram> makeProgram(std::filesystem::path vertex,
                                                             std::filesystem::path fragment,
                                                             std::filesystem::path geometry);
 
-    /// Throws `logic_error` as `Primitive`.
+    /// Throws what the constructor of `Primitive` throws.
     static std::shared_ptr<Drawable> makePrimitive(PrimitiveConfig config,
                                                    std::shared_ptr<const ShaderProgram> program);
 

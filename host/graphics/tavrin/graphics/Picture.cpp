@@ -49,7 +49,7 @@ View View::fromText(const std::string& text)
     }
     catch (const bad_lexical_cast&)
     {
-        // Said below, in terms of views.
+        // Reported below, in terms of views.
     }
     throw usage_error("\"" + text +
                       "\" is not a view; use x, -x, y, -y, z, -z, iso or AZIMUTH,ELEVATION in "

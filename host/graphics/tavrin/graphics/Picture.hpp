@@ -9,11 +9,11 @@
 namespace tavrin::graphics
 {
 
-/// From where a scene is seen.
+/// The direction from which a scene is seen.
 struct TAVRIN_API View
 {
-    /// Degrees: the direction from the scene to the eye, turned about z from x towards y, and then
-    /// raised towards z.
+    /// Degrees: the direction from the scene to the eye, turned about z from x toward y, and then
+    /// raised toward z.
     double azimuth = 0.0;
     double elevation = 0.0;
 
@@ -31,12 +31,12 @@ struct PictureOptions
     std::size_t height = 960;
     /// May be transparent.
     Color background{1.0F, 1.0F, 1.0F, 1.0F};
-    /// Without one, a scene that is thin along an axis is seen straight on, and any other from the
-    /// front right above. A view along an axis is parallel, others are in perspective.
+    /// By default, a scene that is flat along an axis is seen along it, and any other from the front
+    /// right above. A view along an axis is a parallel projection, all others are in perspective.
     std::optional<View> view = std::nullopt;
 };
 
-/// Throws `usage_error` for a size that cannot be painted: each side takes 1 to 16384 pixels.
+/// Throws `usage_error` for a size that cannot be painted: each side must be 1 to 16384 pixels.
 TAVRIN_API void checkPictureSize(std::size_t width, std::size_t height);
 
 struct Image

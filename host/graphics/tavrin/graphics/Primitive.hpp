@@ -12,10 +12,10 @@
 namespace tavrin::graphics
 {
 
-/// What the vertices of a primitive form.
+/// How the vertices of a primitive are connected.
 enum class RenderPrimitives
 {
-    /// Independent segments: vertices 0 and 1, 2 and 3, and so on.
+    /// Separate segments between vertices 0 and 1, 2 and 3, and so on.
     Lines = 3
 };
 
@@ -23,12 +23,13 @@ enum class RenderPrimitives
 enum class RenderBin
 {
     Opaque = 0,
-    /// After everything opaque, and blended whatever the order of drawing.
+    /// After everything opaque, blended independently of the order of drawing.
     Transparent = 1
 };
 
-/// The description of one primitive that a shader program draws. The setters return the
-/// configuration for chaining. Without them: opaque, no buffers, no uniforms, an empty sphere.
+/// The description of a primitive that a shader program draws. The setters return the configuration
+/// for chaining. By default a primitive is opaque, without buffers or uniforms, and its bounding
+/// sphere is empty.
 class TAVRIN_API PrimitiveConfig
 {
 public:
@@ -38,9 +39,9 @@ public:
     explicit PrimitiveConfig(RenderPrimitives primitives) : mPrimitives(primitives) {}
 
     PrimitiveConfig& renderBin(RenderBin bin);
-    /// The values of the program's vertex attribute of that name.
+    /// Adds the values of a vertex attribute of the program.
     PrimitiveConfig& vertexBuffer(const std::string& name, std::shared_ptr<VertexBuffer> buffer);
-    /// The value of the program's uniform of that name.
+    /// Adds the value of a uniform of the program.
     PrimitiveConfig& uniform(const std::string& name, float value);
     PrimitiveConfig& boundingSphere(const BoundingSphere& sphere);
 
@@ -63,8 +64,8 @@ private:
 class TAVRIN_API Primitive : public Drawable
 {
 public:
-    /// Throws `logic_error` where buffers have different numbers of vertices, or there is no
-    /// program.
+    /// Throws `logic_error` if buffers have different numbers of vertices, or a buffer or the program
+    /// is missing.
     Primitive(PrimitiveConfig config, std::shared_ptr<const ShaderProgram> program);
 
     const PrimitiveConfig& config() const { return mConfig; }

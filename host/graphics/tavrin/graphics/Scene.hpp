@@ -12,28 +12,28 @@
 namespace tavrin::graphics
 {
 
-/// The domain whose outline is drawn, with an axis for each of its dimensions. A box with a corner
-/// that is not finite is not drawn.
+/// The bounds of a domain, whose outline is drawn with an axis for each dimension. A box with a
+/// corner that is not finite is not drawn.
 struct Box
 {
     Tensor<double, 3> lower{};
     Tensor<double, 3> upper{};
-    /// 1, 2 or 3; the corners agree in the components beyond.
+    /// 1, 2 or 3; the remaining components of both corners are equal.
     std::size_t dimension = 3;
 };
 
-/// What the colors of a scene mean.
+/// The legend for the colors of a scene.
 struct ColorBar
 {
     /// The color of a value between `low` and `high`.
     std::function<Color(double)> color;
     double low = 0.0;
     double high = 1.0;
-    /// UTF-8; what is too long for the picture is cut.
+    /// UTF-8; truncated if it is too long for the picture.
     std::string title;
 };
 
-/// What is painted. All parts may be missing.
+/// The content of a picture. Every part is optional.
 struct Scene
 {
     std::vector<std::shared_ptr<const Drawable>> drawables = {};

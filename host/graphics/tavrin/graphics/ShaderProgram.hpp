@@ -5,7 +5,7 @@
 namespace tavrin::graphics
 {
 
-/// The files that a shader program is made from. They are read when something is painted.
+/// The source files of a shader program, which are read when a picture is painted.
 struct ShaderProgram
 {
     std::filesystem::path vertex;

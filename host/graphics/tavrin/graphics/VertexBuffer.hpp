@@ -13,7 +13,7 @@ namespace tavrin::graphics
 class TAVRIN_API VertexBuffer
 {
 public:
-    /// The values of vertex after vertex, `numComponents` each. `owner` keeps them alive.
+    /// `values` holds `numComponents` values for each vertex in turn; `owner` keeps them alive.
     VertexBuffer(std::shared_ptr<const void> owner, std::span<const float> values,
                  std::size_t numComponents)
         : mOwner(std::move(owner)), mValues(values), mNumComponents(numComponents)

@@ -59,8 +59,8 @@ public:
     /// What the values are, such as the name of an array in a file; may be empty.
     const std::string& name() const { return mName; }
 
-    /// Which values are real, for all time steps; null where all are. Files carry it along, and
-    /// nothing else looks at it.
+    /// Which values are real, for all time steps; null where all are. Values that are not are left
+    /// out of statistics and pictures, and fields have no value where they would count.
     const std::shared_ptr<const ValidityMask>& validity() const { return mValidity; }
 
     /// The index that an element of the domain part has in the file that the function was read from.

@@ -3,7 +3,6 @@
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/NormRange.hpp>
 #include <tavrin/field/FieldBase.hpp>
-#include <tavrin/io/Collection.hpp>
 
 #include <algorithm>
 
@@ -24,9 +23,9 @@ Reference parseFileReference(const std::string& text)
     return DataReference::parse(text);
 }
 
-std::vector<std::filesystem::path> dataFiles(const Reference& reference)
+std::vector<std::filesystem::path> dataFiles(const Reference& reference, io::Loader& loader)
 {
-    return io::filesOf(std::get<DataReference>(reference).file);
+    return loader.filesOf(std::get<DataReference>(reference));
 }
 
 std::size_t dimensionOf(const DataObject& object)
@@ -98,7 +97,7 @@ Reference parseColorMap(const std::string& text)
     return ColorMapReference::parse(text);
 }
 
-std::vector<std::filesystem::path> colorMapFiles(const Reference& reference)
+std::vector<std::filesystem::path> colorMapFiles(const Reference& reference, io::Loader&)
 {
     const auto& file = std::get<ColorMapReference>(reference).file;
     return file.empty() ? std::vector<std::filesystem::path>{} : std::vector{file};
@@ -121,7 +120,48 @@ Objects makeColorMap(const Reference& reference, const DataSources& sources, Inp
     return {map.loadFor(map.range ? *map.range : normsOf(sources.earlier))};
 }
 
-/// The table. A grid comes before a function: a file alone is a grid where both are accepted.
+bool refersToColorMap(const std::string& text)
+{
+    const std::string name = text.substr(0, text.find('@'));
+    return std::ranges::find(builtInColorMapNames(), name) != builtInColorMapNames().end() ||
+           name.substr(0, name.find('#')).ends_with(".json");
+}
+
+bool refersToArray(const DataReference& reference)
+{
+    return reference.array || reference.on || reference.shape;
+}
+
+Reference parseAny(const std::string& text)
+{
+    return refersToColorMap(text) ? parseColorMap(text) : parseFileReference(text);
+}
+
+std::vector<std::filesystem::path> anyFiles(const Reference& reference, io::Loader& loader)
+{
+    return std::holds_alternative<ColorMapReference>(reference) ? colorMapFiles(reference, loader)
+                                                                : dataFiles(reference, loader);
+}
+
+Objects makeAny(const Reference& reference, const DataSources& sources, InputKind option,
+                const IsAccepted& isAccepted)
+{
+    if (std::holds_alternative<ColorMapReference>(reference))
+        return makeColorMap(reference, sources, option, isAccepted);
+    const auto& known = std::get<DataReference>(reference);
+    try
+    {
+        return makeFunction(reference, sources, option, isAccepted);
+    }
+    catch (const usage_error&)
+    {
+        if (refersToArray(known) || !sources.loader.inspect(known).arrays.empty())
+            throw;
+    }
+    return makeGrid(reference, sources, option, isAccepted);
+}
+
+/// The table. If an option accepts several kinds, the first one that suits a reference is taken.
 const std::vector<DataKind>& dataKinds()
 {
     static const std::vector<DataKind> kinds{
@@ -144,25 +184,21 @@ const std::vector<DataKind>& dataKinds()
          makeField},
         {ColorMapDataObject::classTypeId(), "color map", "COLORMAP", builtInColorMapNames(), true,
          parseColorMap, colorMapFiles, makeColorMap},
+        {DataObject::classTypeId(), "object", "FILE#ARRAY", {}, false, parseAny, anyFiles, makeAny},
     };
     return kinds;
 }
 
-bool refersToColorMap(const std::string& text)
+/// Whether objects of the kind are made for an option that accepts this class. The class of all data
+/// objects has a kind of its own, which is not made for options that accept other classes only.
+bool isMadeFor(const DataKind& kind, const RTTI_TypeId& accepted)
 {
-    const std::string name = text.substr(0, text.find('@'));
-    return std::ranges::find(builtInColorMapNames(), name) != builtInColorMapNames().end() ||
-           name.substr(0, name.find('#')).ends_with(".json");
+    return kind.type == DataObject::classTypeId() ? accepted == kind.type
+                                                  : accepted.isDerivedFrom(kind.type);
 }
 
-bool refersToArray(const DataReference& reference)
-{
-    return reference.array || reference.on || reference.shape;
-}
-
-/// Whether a text for an option that accepts several kinds may refer to this one; the first that
-/// fits is meant.
-bool fits(const DataKind& kind, const std::string& text, const DataReference& reference)
+/// Whether the reference suits the kind, for an option that accepts several kinds.
+bool suits(const DataKind& kind, const std::string& text, const DataReference& reference)
 {
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
@@ -184,14 +220,13 @@ std::vector<const DataKind*> kindsOf(const InputBase& input)
     std::vector<const DataKind*> accepted;
     if (!takesData(input))
         return accepted;
-    const auto accepts = [&](const DataKind& kind)
+    const auto isAccepted = [&](const DataKind& kind)
     {
-        return std::ranges::any_of(
-            typesOf(input).ids(), [&](const RTTI_TypeId& type)
-            { return type.isDerivedFrom(kind.type) || kind.type.isDerivedFrom(type); });
+        return std::ranges::any_of(typesOf(input).ids(),
+                                   [&](const RTTI_TypeId& type) { return isMadeFor(kind, type); });
     };
     for (const DataKind& kind : dataKinds())
-        if (accepts(kind))
+        if (isAccepted(kind))
             accepted.push_back(&kind);
     return accepted;
 }
@@ -218,7 +253,7 @@ ObjectReference ObjectReference::parse(const std::string& text, const InputBase&
         return {kinds.front(), kinds.front()->parse(text)};
     const auto reference = DataReference::parse(text);
     for (const DataKind* const kind : kinds)
-        if (fits(*kind, text, reference))
+        if (suits(*kind, text, reference))
             return {kind, kind->parse(text)};
     return {kinds.back(), kinds.back()->parse(text)};
 }

@@ -2,11 +2,11 @@
 
 #include <tavrin/domain/PointSet.hpp>
 
-/// How far apart neighboring samples on a domain are, typically: the median length of the edges of
-/// its cells, or for points without cells the distance at which as many would fill their bounding
-/// box evenly. 0 where that is unknown, as for a single point.
+/// The typical distance between neighboring samples on a domain: the median length of the edges of
+/// its cells, or for points without cells the distance at which as many points would fill their
+/// bounding box evenly. 0 if it is unknown, as for a single point.
 ///
-/// Looks at a bounded number of elements, chosen all over the domain and always the same ones.
+/// Considers a bounded number of elements all over the domain, always the same ones.
 template<std::size_t D>
 double typicalNeighborDistance(const tavrin::PointSet<D>& domain);
 

@@ -128,7 +128,6 @@ private:
 void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
                                               const volatile bool& abortFlag)
 {
-    clearResult("Sampled Field");
     const auto grid = options.get<GridTypes>("Grid");
     const auto field = options.get<DataObjectBundle>("Field");
     if (field == nullptr)
@@ -138,6 +137,7 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
     if (field == nullptr || grid == nullptr)
     {
         debugLog() << "aborting." << std::endl;
+        clearResult("Sampled Field");
         return;
     }
 
@@ -177,7 +177,10 @@ std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string
 
     auto [times, errorText] = collectValues(parser, maximum);
     if (!errorText.empty())
+    {
         infoLog() << "ListParser encountered an error: \"" << errorText << "\"." << std::endl;
+        hint("\"Time\" is no list of numbers: " + errorText);
+    }
     else if (times.empty())
         hint("the time list has no values above -1, so nothing is sampled");
     return std::move(times);
@@ -196,9 +199,13 @@ bool SampleFieldOnGivenGridAlgorithm::sample(std::shared_ptr<const PointSet<G>> 
             [&]<typename T>()
             {
                 const auto typed = Field<D, T>::applyTo(field);
-                if (typed != nullptr && !times.empty())
+                if (typed == nullptr)
+                    return false;
+                if (times.empty())
+                    clearResult("Sampled Field");
+                else
                     setResult("Sampled Field", exec<G, D, T>(grid, *typed, times, abortFlag));
-                return typed != nullptr;
+                return true;
             });
     };
     return withDimension.template operator()<1>() || withDimension.template operator()<2>() ||
@@ -250,9 +257,16 @@ void SampleFieldOnGivenGridAlgorithm::reportSamples(const PointSetBase& grid,
                << " samples lie outside the domain of the field." << std::endl
                << late << " of " << times.size() << " times lie outside the range of the field."
                << std::endl;
-    if (total == 0 || outside < total)
+    if (outside == 0)
         return;
-    if (late == times.size())
+    if (outside < total)
+        hint(std::to_string(outside) + " of " + std::to_string(total) +
+             " samples are outside of the field; they are 0 and marked as not valid" +
+             (late == 0 ? ""
+                        : "; " + std::to_string(late) + " of " + std::to_string(times.size()) +
+                              " times are outside of its range, " + toText(range.first) + " to " +
+                              toText(range.last)));
+    else if (late == times.size())
         hint("all samples are 0, since no time lies in the range of the field, " +
              toText(range.first) + " to " + toText(range.last));
     else

@@ -24,11 +24,11 @@ struct Arrow
     Tensor<double, 3> vector;
 };
 
-/// Makes the start and the direction of a glyph from the position and the vector of its arrow.
+/// Returns the start and the direction of a glyph for the position and the vector of an arrow.
 using AnchorMapping = std::function<std::pair<Tensor<double, 3>, Tensor<double, 3>>(
     Tensor<double, 3> position, Tensor<double, 3> vector)>;
 
-/// One per arrow.
+/// The colors of the arrows, in the same order.
 using Colors = LargeVector<Color>;
 
 using RendererPointer = std::shared_ptr<graphics::ObjectRenderer>;
@@ -37,7 +37,7 @@ using DrawablePointer = std::shared_ptr<graphics::Drawable>;
 /// The thickness of an arrow with "Width Scale" 1, as a share of its length.
 constexpr double relativeWidth = 0.05;
 
-/// The arrows are filled in blocks that fit into the nearest cache.
+/// Arrows are filled in blocks that fit into the first-level cache.
 constexpr std::size_t arrowsPerBlock = 512;
 
 /// A value of lower dimension with zeros appended.
@@ -55,7 +55,7 @@ Tensor<float, 3> toFloat(const Tensor<double, 3>& value)
             static_cast<float>(value[2])};
 }
 
-/// The mean of the positions of a cell's vertices; not-a-number where it has none.
+/// The mean of the positions of a cell's vertices; NaN for a cell without vertices.
 template<std::size_t D>
 Tensor<double, D> centerOf(const Cell& cell, const PointSet<D>& points)
 {

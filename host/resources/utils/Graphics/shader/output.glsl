@@ -1,8 +1,8 @@
-// Precedes every fragment shader: how a color gets into the picture.
-// Transparent colors are added up with weights that fall with the distance, so that the order of drawing does not
+// Prepended to every fragment shader: writes a color into the picture.
+// Transparent colors are summed with weights that decrease with the distance, so that the order of drawing does not
 // matter (M. McGuire, L. Bavoil, "Weighted Blended Order-Independent Transparency", JCGT 2013).
 
-// 0: everything is opaque, 1: only what is opaque, 2: only what is transparent.
+// 0: draws everything as opaque, 1: only opaque colors, 2: only transparent colors.
 uniform int u_pass;
 // The nearest and the farthest distance from the eye, and 1 for a parallel projection or 0.
 uniform vec3 u_depth;
@@ -10,10 +10,10 @@ uniform vec3 u_depth;
 layout(location = 0) out vec4 out_color;
 layout(location = 1) out vec4 out_weight;
 
-// Interpolation and the eight bits of a color leave a full alpha just below 1.
+// After interpolation and rounding to eight bits, an alpha of 1 may be slightly less.
 const float opaqueAlpha = 254.5 / 255.0;
 
-// Writes a color of which the pass is known to draw all.
+// Writes a color that the current pass is known to draw.
 void writeColorOfPass(vec4 color)
 {
     if (u_pass == 2)
@@ -31,7 +31,8 @@ void writeColorOfPass(vec4 color)
     }
 }
 
-// Writes a color if the pass draws it. Drivers test the depth of a fragment late where it may be discarded.
+// Writes a color if the current pass draws it. A shader that may discard fragments is slower, because drivers write
+// their depths late.
 void writeColor(vec4 color)
 {
     bool isOpaque = color.a >= opaqueAlpha;

@@ -1,4 +1,4 @@
-// The weighted sum of the colors, with the share of the background that shines through.
+// The weighted mean of the transparent colors, with the opacity of all of them.
 uniform sampler2D u_colors;
 uniform sampler2D u_weights;
 

@@ -15,7 +15,7 @@ void main()
         normal = -normal;
     facing = abs(facing);
 
-    // A head light, a little to the upper left.
+    // A light near the eye, shifted to the upper left.
     vec3 towardsLight = normalize(towardsEye + 0.45 * u_up - 0.3 * u_right);
     float diffuse = max(dot(normal, towardsLight), 0.0);
     float specular = pow(max(dot(normal, normalize(towardsLight + towardsEye)), 0.0), 48.0);

@@ -1,17 +1,17 @@
 uniform mat4 u_viewProjection;
-// The position of the eye, or the direction towards it in a parallel projection.
+// The position of the eye, or the direction toward it in a parallel projection.
 uniform vec3 u_eye;
 uniform float u_isParallel;
-// How many pixels a unit takes where the fourth clip coordinate is 1.
+// The number of pixels per unit of length where the fourth clip coordinate is 1.
 uniform float u_pixelsPerUnit;
 uniform vec3 u_right;
 // 1 for a mesh that faces the eye, or 0.
 uniform float u_isFlat;
 
-// Of the mesh: across the arrow and towards the eye in widths, along it in lengths.
+// Vertex of the mesh: across the arrow and toward the eye in units of its width, along it in units of its length.
 in vec3 in_position;
 in vec3 in_normal;
-// Of the arrow.
+// The arrow.
 in vec3 in_start;
 in vec3 in_direction;
 in float in_width;
@@ -21,7 +21,7 @@ out vec3 v_normal;
 out vec3 v_towardsEye;
 out vec4 v_color;
 
-// In pixels; anything smaller would be seen in parts only.
+// In pixels; samples would miss parts of a smaller arrow.
 const float minimumWidth = 1.0;
 const float minimumLength = 2.0;
 
@@ -37,7 +37,7 @@ void main()
     float arrowWidth = max(in_width, minimumWidth * pixel);
 
     vec3 side = cross(towardsEye, axis);
-    // An arrow that points at the eye has no side of its own.
+    // For an arrow that points at the eye, any side will do.
     if (dot(side, side) < 1e-8)
         side = cross(abs(axis.z) < 0.7 ? vec3(0.0, 0.0, 1.0) : vec3(1.0, 0.0, 0.0), axis);
     side = normalize(side);
@@ -45,11 +45,11 @@ void main()
 
     vec3 position = middle + arrowWidth * (in_position.x * side + in_position.y * front)
                     + arrowLength * (in_position.z - 0.5) * axis;
-    // Else a flat arrow that points at the eye would be dark.
+    // Otherwise a flat arrow that points at the eye would be dark.
     vec3 shadedFront = mix(front, towardsEye, 0.75 * u_isFlat);
     v_normal = arrowLength * (in_normal.x * side + in_normal.y * shadedFront)
                + arrowWidth * in_normal.z * axis;
-    // Tiny arrows have tiny normals, whose squares would vanish.
+    // The squares of the tiny normals of a tiny arrow would underflow.
     v_normal /= max(arrowLength, arrowWidth);
     v_towardsEye = u_isParallel > 0.5 ? u_eye : u_eye - position;
     v_color = in_color;

@@ -9,9 +9,9 @@ in vec4 v_color[];
 
 out vec4 g_color;
 
-// A thinner segment would be seen in parts only.
+// Samples would miss parts of a thinner segment.
 const float minimumWidth = 1.0;
-// In clip space, just in front of the eye.
+// The fourth clip coordinate just in front of the eye.
 const float nearest = 1e-6;
 
 void emit(vec4 position, vec2 offset, vec4 color)
@@ -37,7 +37,7 @@ void main()
     along = pixels > 0.0 ? along / pixels : vec2(1.0, 0.0);
     vec2 halfWidth = max(u_lineWidth, minimumWidth) / u_viewport;
     vec2 across = vec2(-along.y, along.x) * halfWidth;
-    // A segment of no length becomes a square dot.
+    // A segment of length 0 becomes a square dot.
     vec2 beyond = pixels > 0.0 ? vec2(0.0) : along * halfWidth;
 
     emit(start, across - beyond, v_color[0]);

@@ -1,4 +1,4 @@
-// The scene is drawn relative to its middle and in units of its size.
+// From the user's to placed coordinates: relative to the middle of the scene, in units of its size.
 uniform vec3 u_origin;
 uniform float u_scale;
 uniform mat4 u_viewProjection;
