@@ -86,7 +86,9 @@ TEST(SampleCommand, TakesAllBlocksAsOneField)
                               "tavrin run Field/Info Field=out.vtp#p");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.standardError,
-              "warning: room.vtm: no array \"p\" in 1 of 3 blocks; left out: \"wall\"\n");
+              "warning: room.vtm: no array \"p\" in 1 of 3 blocks; left out: \"wall\"\n"
+              "hint: 1 of 4 samples are outside of the field; they are 0 and marked as not valid\n"
+              "hint: 1 of 4 values are marked as outside and left out\n");
     EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 4}, {"outside", 1}}));
 
     EXPECT_EQ(workshop.run(sample + "Field=room.vtm#p Grid=left.vti -o wall.vti").standardError,
@@ -145,6 +147,8 @@ TEST(SampleCommand, TellsTheUserWhatIsWrong)
         "number.\".\n"));
     EXPECT_EQ(
         times.standardError,
+        "hint: \"Time\" is no list of numbers: First number in range must be smaller than the second "
+        "number.\n"
         "Found 0 time values.\n"
         "error: \"Field/Sample Field on Given Grid\" published nothing on \"Sampled Field\"\n");
 

@@ -182,7 +182,8 @@ private:
     }
 
     /// Throws `RunFailure` if a requested output was not published, or if an algorithm without outputs
-    /// had nothing to report. The debug log, which is then shown, may say why.
+    /// had nothing to report. The debug log, which is then shown, may tell the reason. If the algorithm
+    /// gave no hint, the last line of its logs becomes part of the message.
     static void requireResults(const AlgorithmRun& run, const std::vector<OutputRequest>& requests,
                                Session& session)
     {
@@ -197,8 +198,8 @@ private:
             return;
         if (!session.isVerbose)
             printDebugLog(session.console, run.debugLog());
-        const std::string reason =
-            lastLineOf(run.infoLog().empty() ? run.debugLog() : run.infoLog());
+        const std::string& log = run.infoLog().empty() ? run.debugLog() : run.infoLog();
+        const std::string reason = run.hints().empty() ? lastLineOf(log) : "";
         throw RunFailure(
             "\"" + description.name + "\" " +
             (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +

@@ -30,6 +30,8 @@ std::vector<std::filesystem::path> dataFiles(const Reference& reference, io::Loa
 
 std::size_t dimensionOf(const DataObject& object)
 {
+    if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
+        return dimensionOf(*bundle->members().front());
     const auto* const function = dynamic_cast<const FunctionBase*>(&object);
     const DataObject& domain = function == nullptr ? object : *function->domain();
     return dynamic_cast<const PointSetBase&>(domain).dimension();

@@ -16,7 +16,8 @@
 // - otherwise as a grid if the option accepts grids, and as a function if it does not.
 // An option that accepts any data object takes a color map by the first rule, a grid if the file has
 // no arrays, and otherwise a function. In a bundle option the same rules hold for each member, and
-// every block of a multi-block file becomes a member.
+// every block of a multi-block file becomes a member, unless the members are fields: all blocks are
+// one field.
 
 namespace tavrin::pipeline
 {
