@@ -245,6 +245,31 @@ TEST_F(SampleTest, LetsABrokenAssertionOfTheParserPass)
     EXPECT_THROW(execute(), assertion_failed);
 }
 
+TEST_F(SampleTest, KeepsAnEarlierResultWhenARunFails)
+{
+    const auto grid = cloudOf<2>({{0.5, 0.0}});
+    connect(ramp(), grid);
+    execute();
+    const auto earlier = run.result(port);
+    ASSERT_NE(earlier, nullptr);
+    connect(coordinateField<3, Vector4>(), grid);
+    EXPECT_THROW(execute(), logic_error);
+    EXPECT_EQ(run.result(port), earlier);
+    connect(ramp(), grid);
+    run.setText("Time", "[0:1");
+    EXPECT_THROW(execute(), assertion_failed);
+    EXPECT_EQ(run.result(port), earlier);
+    // An abort and a missing input withdraw it.
+    run.setText("Time", "0");
+    execute(alreadyAborted);
+    EXPECT_EQ(run.result(port), nullptr);
+    execute();
+    EXPECT_NE(run.result(port), nullptr);
+    connect(nullptr, grid);
+    execute();
+    EXPECT_EQ(run.result(port), nullptr);
+}
+
 TEST_F(SampleTest, RefusesWhatDoesNotFitInMemory)
 {
     const auto grid = std::make_shared<UniformGrid<3>>(

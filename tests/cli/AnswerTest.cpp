@@ -14,7 +14,7 @@
 #include <cstdlib>
 #include <sstream>
 
-// What the commands answer.
+// Tests of what commands print and write when they succeed.
 
 namespace
 {
@@ -30,7 +30,7 @@ std::vector<std::string> linesOf(const std::string& text)
     return lines;
 }
 
-/// Runs a command that has to succeed without a word on standard error.
+/// Runs a command that must succeed and print nothing on standard error. Returns its output.
 std::string answerOf(const Workshop& workshop, const std::string& command)
 {
     const Outcome outcome = workshop.run(command);
@@ -118,7 +118,7 @@ Options:
 
   Text           text     a text (hidden)
                           default: some text
-  Color         color    a color
+  Color          color    a color
                           default: #ff0000ff
   Choice         choice   a choice
                           default: one
@@ -241,7 +241,7 @@ TEST(Run, ReportsWhatItCost)
             {{{"port", "Field"}, {"file", "gyre.pvd"}, {"values", 21 * 5151}, {"timeSteps", 21}}}));
 }
 
-/// An interrupt may come at any time, also while files are read or written.
+/// Sends the interrupt at different times, so that it also arrives while files are read or written.
 TEST(Run, LeavesAllOrNothingWhenInterrupted)
 {
     for (int milliseconds = 5; milliseconds <= 200; milliseconds += 13)
@@ -256,7 +256,7 @@ TEST(Run, LeavesAllOrNothingWhenInterrupted)
         const bool isEarlier = workshop.read("series.pvd") == "an earlier result";
         EXPECT_EQ(workshop.temporaryFiles(), "");
         EXPECT_EQ(isEarlier, outcome.exitCode != 0);
-        // Before the program is ready for it, the signal kills.
+        // A signal kills the program if it arrives before the program has set its handler.
         const bool isKnown =
             outcome.exitCode == 0 || outcome.exitCode == 130 || outcome.exitCode == 143;
         EXPECT_TRUE(isKnown) << outcome.exitCode;
@@ -317,7 +317,7 @@ TEST(Completion, OffersWhatComesNext)
         int current;
         const char* offers;
     };
-    // The words as bash splits them: at "=" where it is not quoted.
+    // The words are split as in bash, at "=" outside of quotes.
     const Case cases[] = {
         {"tavrin in", 1, "info "},
         {"tavrin --th", 1, "--threads "},
@@ -332,7 +332,7 @@ TEST(Completion, OffersWhatComesNext)
         {"tavrin run Trial/Everything Flag = t", 5, "true "},
         {R"(tavrin run Trial/Everything '"Choice=t')", 3, "Choice=two "},
         {"tavrin run Trial/Everything Field = flo", 5, "flow.vtu "},
-        {R"(tavrin run 'Field/Show Hedgehogs' '\"Color Map=pl')", 3,
+        {R"(tavrin run 'Field/Show Hedgehogs' '"Color Map=pl')", 3,
          "Color Map=plasma Color Map=plate_with_hole.vts "},
         {"tavrin run Trial/Wait -o F", 4, "Field= "},
         {"tavrin run Trial/Wait -o Field = flo", 6, "flow.vtu "},
@@ -382,8 +382,7 @@ Range rangeOf(const std::filesystem::path& file)
     return range;
 }
 
-/// The norm of one array of vectors or matrices of every file of real data agrees with what is known
-/// of it.
+/// Compares the norms of one array of each real data file with the known range.
 TEST(RealData, NormsAreRight)
 {
     if (!support::realDataFolder())

@@ -48,7 +48,7 @@ std::shared_ptr<const graphics::Drawable> line()
                                          GraphicsSystem::makeProgram({}, {}, {}));
 }
 
-/// The functions as they come back from a file.
+/// The functions that are read back from the file.
 class ArrowSegments : public testing::Test
 {
 protected:

@@ -6,15 +6,15 @@
 #include <string_view>
 #include <thread>
 
-// A plug-in that harms the program which loads it: while it is loaded, in the way that the
-// environment variable HOSTILITY names, and by its algorithms.
+// A plug-in that harms the program: while it is loaded, in a way that the environment variable
+// HOSTILITY selects, and when its algorithms are declared or executed.
 
 namespace
 {
 
 using namespace tavrin;
 
-/// Does what HOSTILITY names.
+/// Runs while the library is loaded.
 struct Initialization
 {
     Initialization()
@@ -56,7 +56,7 @@ public:
     void execute(const tavrin::Options&, const volatile bool&) override {}
 };
 
-/// Its declaration throws something that is no exception class.
+/// Throws a number, not an exception object, when it is declared.
 class UnspeakableAlgorithm : public UndeclarableAlgorithm
 {
 public:

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// Texts that cannot be seen from outside the program, or only on a terminal.
+// Tests of texts that commands print only on a terminal or only in unusual cases.
 
 namespace
 {
@@ -70,8 +70,8 @@ TEST(Messages, ShortenNamesInTheMiddle)
     const std::string name = std::string(500, 'a') + std::string(500, 'b');
     const std::string brief = std::string(98, 'a') + "..." + std::string(98, 'b');
     EXPECT_EQ(boundedMessage(name + ": no array \"x y" + name + "\"; there is \"p\""),
-              brief + ": no array \"x y" + std::string(95, 'a') + "..." + std::string(98, 'b') +
-                  "\"; there is \"p\"");
+              brief.substr(0, 198) + ": no array \"x y" + std::string(95, 'a') + "..." +
+                  std::string(98, 'b') + "\"; there is \"p\"");
     const std::string prose = "word after word, none of them long, but two hundred and more "
                               "characters in all: this is left as it is, since it is the names in "
                               "a message that grow without bound, not the sentence around them; "
@@ -87,7 +87,7 @@ TEST(Messages, AreBounded)
     EXPECT_EQ(boundedMessage(list).size(), 2003U);
 }
 
-/// The halves of a character that would be cut are left out.
+/// A name is never shortened in the middle of a UTF-8 character.
 TEST(Messages, KeepCharactersWhole)
 {
     std::string name = "x";

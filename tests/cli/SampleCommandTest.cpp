@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-// Sampling as a user does it, from files to files.
+// Tests of sampling on the command line, from files to files.
 
 namespace
 {
@@ -29,7 +29,7 @@ TEST(SampleCommand, WritesASeriesThatOtherCommandsTake)
     const Outcome info = workshop.run("tavrin info sampled.pvd");
     EXPECT_NE(info.standardOutput.find("19 from 0 to 10"), std::string::npos);
     EXPECT_NE(info.standardOutput.find("vtkValidPointMask"), std::string::npos);
-    // The marks of real samples do not make the array ambiguous.
+    // The validity mask in the file does not make the choice of the array ambiguous.
     const Outcome report = workshop.run("tavrin run Field/Info Field=sampled.pvd");
     EXPECT_EQ(report.exitCode, 0) << report.standardError;
 }
@@ -86,7 +86,9 @@ TEST(SampleCommand, TakesAllBlocksAsOneField)
                               "tavrin run Field/Info Field=out.vtp#p");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.standardError,
-              "warning: room.vtm: no array \"p\" in 1 of 3 blocks; left out: \"wall\"\n");
+              "warning: room.vtm: no array \"p\" in 1 of 3 blocks; left out: \"wall\"\n"
+              "hint: 1 of 4 samples are outside of the field; they are 0 and marked as not valid\n"
+              "hint: 1 of 4 values are marked as outside and left out\n");
     EXPECT_EQ(samplesOf(workshop), nlohmann::json({{"total", 4}, {"outside", 1}}));
 
     EXPECT_EQ(workshop.run(sample + "Field=room.vtm#p Grid=left.vti -o wall.vti").standardError,
@@ -116,8 +118,8 @@ q      cells  1           float64    Scalar  wall                   room.vtm#q
     EXPECT_EQ(info["blocks"][2]["arrays"][0]["reference"], "wall.vti#q");
 }
 
-/// Only the algorithm knows how many times there are, and on which of the grids: all the same, what
-/// cannot be written is refused before the sampling, which takes a minute here.
+/// Only the algorithm knows the number of time steps and the grid of the result. A format that cannot
+/// hold them is still refused before the sampling, which would take a minute here.
 TEST(SampleCommand, RefusesAFormatBeforeItSamples)
 {
     const Workshop workshop;
@@ -145,6 +147,8 @@ TEST(SampleCommand, TellsTheUserWhatIsWrong)
         "number.\".\n"));
     EXPECT_EQ(
         times.standardError,
+        "hint: \"Time\" is no list of numbers: First number in range must be smaller than the second "
+        "number.\n"
         "Found 0 time values.\n"
         "error: \"Field/Sample Field on Given Grid\" published nothing on \"Sampled Field\"\n");
 

@@ -220,7 +220,13 @@ public:
 class ReportAlgorithm : public DataAlgorithm
 {
 public:
-    using Options = tavrin::Options;
+    struct Options : tavrin::Options
+    {
+        explicit Options(Control& control) : tavrin::Options(control)
+        {
+            add<double>("Scale", "a number", 1.0);
+        }
+    };
     using DataAlgorithm::DataAlgorithm;
 
     void execute(const tavrin::Options&, const volatile bool&) override

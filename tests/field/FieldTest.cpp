@@ -192,7 +192,7 @@ TYPED_TEST(GridField, HasTheValueOfTheCellAllOverIt)
             ASSERT_TRUE(evaluator->isValid());
             ASSERT_EQ(evaluator->value(), Scalar(static_cast<double>(i)));
         }
-        // Its last vertex but one belongs to other cells, too: the first cell has it.
+        // The last vertex but one belongs to other cells, too, of which the first answers.
         evaluator->reset(0.0, grid->point(grid->cell(0).pointIndex(1)));
         EXPECT_EQ(evaluator->value(), Scalar(0.0));
     }
@@ -207,7 +207,7 @@ std::shared_ptr<const Function<Scalar>> onLine(double origin, std::vector<Scalar
                    PointSetBase::Points, std::move(values), Precision::Float64, std::move(times));
 }
 
-/// The value at a position, or not-a-number where there is none.
+/// The value at a position, or NaN where there is none.
 double valueAt(FieldEvaluator<1, Scalar>& evaluator, double time, double x)
 {
     evaluator.reset(time, Vector1(x));
@@ -272,7 +272,7 @@ TEST(Field, OfABundleIsAnsweredByTheFirstMemberThatIsValid)
     EXPECT_TRUE(field->timeRange().contains(-1e300));
 }
 
-/// A function on the points of a grid, with arbitrary values at so many times.
+/// A function on the points of a grid with arbitrary values at some times.
 std::shared_ptr<const Function<Vector2>> arbitrary(const Grid<3>& grid, std::vector<double> times)
 {
     std::vector<Vector2> values;
@@ -320,6 +320,37 @@ TEST(Field, GivesManyPositionsAtOnceWhatItGivesOneByOne)
     }
 }
 
+TEST(Field, HasNoValueWhereTheMaskOfTheFunctionLeavesAGap)
+{
+    // Two steps of four values; the third value of the first step and the last of both are gaps.
+    const auto mask = std::make_shared<const ValidityMask>(ValidityMask{1, 1, 0, 0, 1, 1, 1, 0});
+    const auto marksOf = [&](std::shared_ptr<const Domain> line, const DomainPart& part,
+                             double time, std::vector<Tensor<double, 1>> positions)
+    {
+        const auto field =
+            Field<1, Scalar>::applyTo(*addData(std::move(line), part, std::vector<Scalar>(8, 2.0),
+                                               Precision::Float64, {0.0, 1.0}, {}, mask));
+        const auto evaluator = field->makeEvaluator();
+        const auto batches = field->makeBatchEvaluator();
+        std::vector<Scalar> values(positions.size());
+        std::vector<std::uint8_t> marks(positions.size());
+        batches->evaluate(time, positions, values.data(), marks.data(), neverAbort);
+        for (std::size_t k = 0; k < positions.size(); ++k)
+        {
+            evaluator->reset(time, positions[k]);
+            EXPECT_EQ(evaluator->isValid(), marks[k] != 0) << positions[k];
+            EXPECT_EQ(values[k], Scalar(marks[k] != 0 ? 2.0 : 0.0)) << positions[k];
+        }
+        return marks;
+    };
+    using Marks = std::vector<std::uint8_t>;
+    const auto points = PointSetBase::Points;
+    EXPECT_EQ(marksOf(lineOf(4), points, 0.0, {{0.5}, {1.0}, {1.5}, {2.5}}), (Marks{1, 1, 0, 0}));
+    EXPECT_EQ(marksOf(lineOf(4), points, 1.0, {{0.5}, {1.5}, {2.0}, {2.5}}), (Marks{1, 1, 1, 0}));
+    EXPECT_EQ(marksOf(lineOf(4), points, 0.5, {{0.5}, {1.5}}), (Marks{1, 0}));
+    EXPECT_EQ(marksOf(lineOf(5), detail::Cells, 0.0, {{0.5}, {2.5}, {3.5}}), (Marks{1, 0, 0}));
+}
+
 TEST(Field, IsInterpolatedBetweenSteps)
 {
     const auto field = Field<1, Scalar>::applyTo(
@@ -330,7 +361,7 @@ TEST(Field, IsInterpolatedBetweenSteps)
     EXPECT_EQ(valueAt(*evaluator, 1.0, 0.5), 1.0);
     EXPECT_EQ(valueAt(*evaluator, 1.25, 0.5), 3.5);
     EXPECT_EQ(valueAt(*evaluator, 1.25, 1.5), 5.5);
-    // At a step that step alone counts.
+    // At the time of a step no other step takes part.
     EXPECT_EQ(valueAt(*evaluator, 2.0, 1.5), 13.0);
     EXPECT_TRUE(std::isnan(valueAt(*evaluator, 3.0, 1.5)));
     EXPECT_TRUE(evaluator->isValid());
@@ -369,7 +400,7 @@ TEST(Field, OfASeriesLoadsNothingButTheStepsItNeedsAndLetsThemGo)
     { return std::ranges::count_if(loaded, [](const auto& step) { return !step.expired(); }); };
     const auto load = [&](std::size_t step)
     {
-        // Before a step comes in another one must have gone.
+        // A step must be released before another one is loaded.
         EXPECT_LE(liveSteps(), 1);
         const double value = static_cast<double>(step);
         auto values = std::make_shared<DefaultValueArray<Scalar>>(

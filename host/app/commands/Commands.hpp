@@ -7,7 +7,7 @@
 namespace tavrin::app
 {
 
-/// All commands in the order in which they are shown, declared below the program.
+/// Declares all commands as subcommands of the program, in the order in which help shows them.
 std::vector<std::unique_ptr<Command>> makeCommands(CLI::App& program);
 
 std::unique_ptr<Command> makeListCommand(CLI::App& program);

@@ -22,7 +22,7 @@ public:
                    .details = "For every new shell, put this line into ~/.bashrc:\n"
                               "  source <(tavrin completion bash)",
                    .examples = {{"tavrin completion bash >tavrin.bash",
-                                 "A script to be read with \"source\"."}}})
+                                 "A script for the \"source\" command of the shell."}}})
     {
     }
 

@@ -22,7 +22,7 @@ namespace
 using io::FileInfo;
 using Rows = std::vector<std::vector<std::string>>;
 
-/// How an array is named in a run.
+/// The reference by which a run names the array.
 std::string referenceTo(const FileInfo::Array& array, const FileInfo& info)
 {
     const bool isAmbiguous =
@@ -31,7 +31,7 @@ std::string referenceTo(const FileInfo::Array& array, const FileInfo& info)
            (isAmbiguous ? "?on=" + std::string(nameOf(array.association)) : "");
 }
 
-/// Without points the dimension that was found says nothing.
+/// The kind of grid. A dimension is only meaningful if there are points.
 std::string gridText(const FileInfo& info)
 {
     if (info.points == 0)
@@ -65,7 +65,7 @@ std::string timeText(const std::vector<double>& steps)
     return fmt::format("{} from {} to {}", steps.size(), steps.front(), steps.back());
 }
 
-/// Which blocks have an array.
+/// The blocks that have the array.
 std::string blockText(const FileInfo::Array& array, const FileInfo& info)
 {
     std::vector<std::string> names;
@@ -175,16 +175,16 @@ public:
               program,
               {.name = "info",
                .words = "FILE",
-               .summary = "Tells what a data file holds: grid, arrays, time steps",
+               .summary = "Shows the content of a data file: grid, arrays, time steps",
                .details =
-                   "The last column of the arrays is how a run refers to them. FILE may be "
+                   "The last column of the array table is the reference for a run. FILE may be "
                    "followed by ?dimension=D or ?time=T.\n\n"
                    "The JSON is one object with file, format, grid, dimension, points, "
                    "cells, size (points along each axis of a structured grid, else null), "
                    "cellTypes {name: number}, bounds [[lower, upper]] (empty without points), "
                    "timeSteps, arrays [{name, on, components, precision, valueType, reference}], "
-                   "and blocks, an array of such objects with a name each. Of several blocks, all "
-                   "else is of all of them, and grid is null.",
+                   "and blocks, an array of such objects with a name each. If there are several "
+                   "blocks, everything else describes all of them together, and grid is null.",
                .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
     {
         syntax().add_flag("--json", mWantsJson, "prints JSON");

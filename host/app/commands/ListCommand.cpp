@@ -19,12 +19,13 @@ class ListCommand final : public Command
 {
 public:
     explicit ListCommand(CLI::App& program)
-        : Command(program,
-                  {.name = "list",
-                   .words = "",
-                   .summary = "Lists the algorithms",
-                   .details = "The JSON is an array of {name, description}, sorted by name.",
-                   .examples = {{"tavrin list", "What can be run, with the plug-ins loaded."}}})
+        : Command(
+              program,
+              {.name = "list",
+               .words = "",
+               .summary = "Lists the algorithms",
+               .details = "The JSON is an array of {name, description}, sorted by name.",
+               .examples = {{"tavrin list", "The algorithms of all plug-ins that are loaded."}}})
     {
         syntax().add_flag("--json", mWantsJson, "prints JSON");
     }

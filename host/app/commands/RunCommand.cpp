@@ -10,6 +10,7 @@
 #include "Commands.hpp"
 #include "Session.hpp"
 
+#include <tavrin/io/Formats.hpp>
 #include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
@@ -39,19 +40,20 @@ public:
               program,
               {.name = "run",
                .words = "ALGORITHM [NAME=VALUE]...",
-               .summary = "Runs an algorithm and writes what it delivers",
+               .summary = "Runs an algorithm and writes its results",
                .details =
-                   "NAME=VALUE sets an option, in the order given. Data is given by a reference, "
-                   "FILE#ARRAY, and a grid by FILE; an option that takes several fields may be given "
-                   "several times. NAME:=VALUE sets a choice to a value that the list does not "
-                   "offer. \"tavrin describe ALGORITHM\" shows the options.\n\n"
-                   "The extension of an output's file chooses the format and has to suit the grid: "
-                   ".vti .vtr .vts .vtu .vtp, and .pvd for several time steps. Graphics is painted "
-                   "as a .png picture, or written as line segments to a .vtp file; of arrows, the "
-                   "representations \"arrow\" and \"tube arrow\" have all digits there, \"line\" has "
-                   "seven. Files appear under "
-                   "their names when they are complete: a run that fails or is interrupted leaves "
-                   "existing files as they were.\n\n"
+                   "NAME=VALUE sets an option. A function is given as FILE#ARRAY and a grid as "
+                   "FILE; an option that takes several objects may be given several times, and "
+                   "NAME= drops those before it. Data is connected first, then the other values are "
+                   "set in the order given. NAME:=VALUE sets a choice to a value that the list does "
+                   "not offer. \"tavrin describe ALGORITHM\" shows the options.\n\n"
+                   "The extension of an output file selects the format and must suit the grid: " +
+                   io::enumerate(io::writableExtensions(), "or") +
+                   "; several time steps need .pvd. Graphics is painted "
+                   "as a .png picture, or written as line segments to a .vtp file: in double "
+                   "precision for the arrow representations \"arrow\" and \"tube arrow\", in single "
+                   "precision for \"line\". Files appear under their names when all of them are "
+                   "complete: a run that fails or is interrupted leaves existing files unchanged.\n\n"
                    "The algorithm's report goes to standard output, everything else to standard "
                    "error. After a successful run, --report writes one JSON object with formatVersion, "
                    "algorithm, options {name: value}, seconds {read, execute, write}, "
@@ -82,12 +84,12 @@ public:
             .add_option("--size", mPictureWords.size, "size of pictures in pixels, 1280x960")
             ->type_name("WIDTHxHEIGHT");
         syntax()
-            .add_option("--background", mPictureWords.background, "their background, #ffffff")
+            .add_option("--background", mPictureWords.background, "background of pictures, #ffffff")
             ->type_name("COLOR");
         syntax()
             .add_option(
                 "--view", mPictureWords.view,
-                "where the eye is: x, -x, y, -y, z, -z, iso, or AZIMUTH,ELEVATION in degrees")
+                "direction to the viewer: x, -x, y, -y, z, -z, iso, or AZIMUTH,ELEVATION in degrees")
             ->type_name("VIEW");
     }
 
@@ -108,14 +110,14 @@ public:
         if (!mPictureWords.isEmpty() && std::ranges::none_of(requests, &OutputRequest::isPicture))
             throw usage_error("--size, --background and --view are for pictures; no output is a "
                               ".png file");
-        checkDestinations(destinations(requests), pipeline::inputFiles(assignments));
+        Warnings warnings(session.console);
+        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
+        checkDestinations(destinations(requests), pipeline::inputFiles(assignments, loader));
         if (isReportPrinted())
             session.console.reserveOutput();
         startThreads();
 
         RunReport report;
-        Warnings warnings(session.console);
-        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
         pipeline::RunInputs inputs(run, loader);
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
         warnings.print();
@@ -162,7 +164,7 @@ private:
             files.push_back(prepareWholeFile(*mReportFile, text, session.abortFlag));
     }
 
-    /// Throws what the algorithm throws, and `Aborted` after an interrupt.
+    /// Executes the algorithm. Exceptions pass through; throws `Aborted` after an interrupt.
     static void executeRun(AlgorithmRun& run, const std::vector<OutputRequest>& requests,
                            Session& session)
     {
@@ -180,7 +182,8 @@ private:
     }
 
     /// Throws `RunFailure` if a requested output was not published, or if an algorithm without outputs
-    /// had nothing to report. The debug log, which is then shown, may say why.
+    /// had nothing to report. The debug log, which is then shown, may tell the reason. If the algorithm
+    /// gave no hint, the last line of its logs becomes part of the message.
     static void requireResults(const AlgorithmRun& run, const std::vector<OutputRequest>& requests,
                                Session& session)
     {
@@ -195,8 +198,8 @@ private:
             return;
         if (!session.isVerbose)
             printDebugLog(session.console, run.debugLog());
-        const std::string reason =
-            lastLineOf(run.infoLog().empty() ? run.debugLog() : run.infoLog());
+        const std::string& log = run.infoLog().empty() ? run.debugLog() : run.infoLog();
+        const std::string reason = run.hints().empty() ? lastLineOf(log) : "";
         throw RunFailure(
             "\"" + description.name + "\" " +
             (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +

@@ -11,7 +11,7 @@ namespace tavrin::app
 
 struct Program;
 
-/// What every command works with.
+/// The objects and settings that every command works with.
 struct Session
 {
     const Program& program;

@@ -46,7 +46,7 @@ bool areOneTarget()
            output.st_dev == error.st_dev && output.st_ino == error.st_ino;
 }
 
-/// Passes on lines without an end that other code has printed. The console is not locked by then,
+/// Flushes output of other code that does not end with a line end. The console must not be locked,
 /// since `ForeignOutput` calls it.
 void flushForeignOutput()
 {

@@ -22,7 +22,7 @@ public:
 
     Console();
 
-    /// Prints text on standard output. If the reader of a pipe has gone away, that is not an error.
+    /// Prints text on standard output. It is not an error if the reader of a pipe has gone away.
     void print(std::string_view text);
 
     /// Prints a message on standard error, on one line of bounded length.

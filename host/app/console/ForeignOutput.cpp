@@ -55,7 +55,7 @@ private:
     std::FILE*& mFile;
     std::FILE* mOldFile;
     std::FILE* mNewFile;
-    /// Has no buffer of its own, so that both libraries write in one order.
+    /// It has no memory of its own, so that the output of both libraries stays in order.
     __gnu_cxx::stdio_sync_filebuf<char> mBuffer;
     std::vector<std::pair<std::ostream*, std::streambuf*>> mOldBuffers;
 };

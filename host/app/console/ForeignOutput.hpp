@@ -7,8 +7,8 @@ namespace tavrin::app
 
 class Console;
 
-/// While the object lives, what any code in the process prints through std::cout, std::cerr, printf
-/// and the like goes through the console, which keeps it apart from its own lines.
+/// While the object lives, everything that code in the process prints through std::cout, std::cerr,
+/// printf and the like goes through the console, which keeps it apart from its own lines.
 class ForeignOutput
 {
 public:

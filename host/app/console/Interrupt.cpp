@@ -27,7 +27,7 @@ void Interrupt::catchSignals()
     struct sigaction action
     {};
     action.sa_handler = &Interrupt::handle;
-    // Reading and writing continue until the flag is looked at.
+    // Reading and writing are resumed: the flag is checked between system calls.
     action.sa_flags = SA_RESTART;
     for (const int signal : interruptingSignals)
         if (!isIgnoredHangup(signal))

@@ -3,8 +3,8 @@
 namespace tavrin::app
 {
 
-/// Ctrl-C and the like: the first SIGINT, SIGTERM or SIGHUP sets a flag that all long work looks
-/// at; a second signal kills the process. A SIGHUP that is ignored when the program starts, as
+/// The reaction to Ctrl-C and similar requests to stop: the first SIGINT, SIGTERM or SIGHUP sets a
+/// flag that all long work checks; a second signal kills the process. A SIGHUP that is ignored when the program starts, as
 /// under nohup, stays ignored.
 class Interrupt
 {

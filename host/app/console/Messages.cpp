@@ -17,7 +17,7 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
 }
 
-/// At most `length` bytes from the start, without part of a character.
+/// At most `length` bytes from the start of the text, ending between characters.
 std::string_view startOf(std::string_view text, std::size_t length)
 {
     while (length > 0 && length < text.size() && isContinuation(text[length]))

@@ -18,7 +18,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr auto blink = 300ms;
+constexpr auto delay = 300ms;
 constexpr auto barInterval = 100ms;
 constexpr auto lineInterval = 1s;
 
@@ -102,7 +102,7 @@ ProgressBar::ProgressBar(Console& console, ProgressMode mode)
     }
     catch (const std::system_error&)
     {
-        // Without a thread to draw it, the work goes on without a bar.
+        // The work goes on without a bar if there is no thread to draw it.
         mIsShown = false;
     }
 }
@@ -134,8 +134,8 @@ void ProgressBar::watch(const std::stop_token& stop)
     const Clock::duration interval =
         mConsole.isTerminal() ? Clock::duration(barInterval) : Clock::duration(lineInterval);
     std::unique_lock lock(mMutex);
-    Clock::duration pause = blink;
-    // The predicate is never true: only the end of the work cuts a pause short.
+    Clock::duration pause = delay;
+    // The predicate is never true: only the end of the work ends a pause early.
     while (!mWakeUp.wait_for(lock, stop, pause, [] { return false; }) && !stop.stop_requested())
     {
         if (!mReports.empty())

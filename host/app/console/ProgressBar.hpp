@@ -21,15 +21,15 @@ enum class ProgressMode
     Never
 };
 
-/// Throws `usage_error` for anything but "auto", "always" and "never".
+/// Parses "auto", "always" and "never". Throws `usage_error` for any other text.
 ProgressMode progressModeFrom(const std::string& text);
 
-/// How far a piece of work is.
+/// The progress of a piece of work.
 struct ProgressState
 {
     std::string title;
     unsigned long done = 0;
-    /// 0 where it is not known.
+    /// The count at the end of the work; 0 if it is not known.
     unsigned long total = 0;
     double seconds = 0.0;
 };
@@ -40,8 +40,8 @@ std::string progressText(const ProgressState& state);
 /// The same with a bar, in at most `width` characters.
 std::string progressBar(const ProgressState& state, std::size_t width);
 
-/// Shows the progress of a run on standard error while the object lives. Runs that are shorter than
-/// a blink show nothing.
+/// Shows the progress of a run on standard error while the object lives. Nothing is shown in the first
+/// 0.3 seconds.
 class ProgressBar final : public ProgressObserver
 {
 public:

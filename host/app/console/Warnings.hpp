@@ -21,7 +21,7 @@ public:
     Warnings& operator=(const Warnings&) = delete;
     ~Warnings() { print(); }
 
-    /// `text` is one line, "FILE: what is odd", without "warning: ".
+    /// `text` is one line, "FILE: problem", without "warning: ".
     void add(const std::string& text);
 
     /// Prints and forgets the warnings so far, in the order in which their kinds came up.

@@ -26,8 +26,8 @@ Field makeDoubleGyre();
 Field makeAbcFlow();
 
 /// The stress (3 x 3, plane stress) in a wide plate with a round hole of radius 1 that is pulled
-/// along x with unit stress far away; 33 points from the hole to the edge of a square of width 10
-/// times 129 around, the last of which lie on the first.
+/// along x with unit stress at infinity, on 33 points from the hole to the edge of a square of width
+/// 10 times 129 points around the hole, the last of which coincide with the first.
 ///
 /// G. Kirsch (1898): Die Theorie der Elastizitaet und die Beduerfnisse der Festigkeitslehre.
 /// Zeitschrift des Vereines deutscher Ingenieure 42, 797-807.
@@ -49,12 +49,12 @@ Field makeSphericalVortex();
 /// savants a l'Academie des Sciences 14, 233-560.
 Field makeTwistedBar();
 
-/// 21 x 13 points of [0.5, 1.5] x [0.2, 0.8], to sample the double gyre at. The values number the
-/// points.
+/// A grid for sampling the double gyre: 21 x 13 points of [0.5, 1.5] x [0.2, 0.8]. The values are
+/// the indices of the points.
 Field makeProbe();
 
-/// 39 x 29 points of the plane y = 0, x in [-1.9, 1.9], z in [-1.4, 1.4], to sample the spherical
-/// vortex at. The values number the points.
+/// A grid for sampling the spherical vortex: 39 x 29 points of the plane y = 0 with x in [-1.9, 1.9]
+/// and z in [-1.4, 1.4]. The values are the indices of the points.
 Field makeProbe3d();
 
 }

@@ -13,7 +13,7 @@ constexpr std::size_t cellsOutward = 32;
 constexpr std::size_t cellsAround = 128;
 constexpr double halfWidth = 5.0;
 
-/// Shares of the way from the hole to the edge: each step is longer than the one before.
+/// Fractions of the distance from the hole to the edge; each step is longer than the one before.
 std::vector<double> makeShares()
 {
     constexpr double growth = 1.06;
@@ -26,8 +26,8 @@ std::vector<double> makeShares()
     return shares;
 }
 
-/// The stress at a distance from the center of the hole, in a direction given by its cosine and
-/// sine.
+/// The stress at polar coordinates around the center of the hole; the angle is given by its cosine
+/// and sine.
 Matrix3 stressAt(double distance, double cosine, double sine)
 {
     const double q = 1.0 / (distance * distance);

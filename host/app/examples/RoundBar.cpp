@@ -10,7 +10,7 @@ namespace
 
 using Index = std::array<std::size_t, 3>;
 
-/// The points of a bar, on a lattice of along x across x across points.
+/// The points of a bar on a lattice: `along` points times `across` points in y and z.
 class Lattice
 {
 public:
@@ -51,8 +51,8 @@ private:
     std::size_t mAcross;
 };
 
-/// The corners of one tetrahedron, each 0 or 1 along each axis: the way from one corner of the cube
-/// to the opposite one along the three axes in this order.
+/// The corners of one tetrahedron of the unit cube. They lie on the path from one corner of the cube
+/// to the opposite one along the three axes in the given order.
 std::array<Index, 4> pathAlong(const std::array<std::size_t, 3>& axes)
 {
     std::array<Index, 4> corners{};
@@ -85,8 +85,8 @@ std::shared_ptr<const UnstructuredGrid<3>> RoundBar::make(CellType type) const
 
     const auto addCube = [&](const Index& cube)
     {
-        // The cut starts at the corner next to the bar's axis: mirrored halves fit together, and no
-        // tetrahedron has two edges on the round side in one line.
+        // The subdivision starts at the corner next to the axis of the bar. That way mirrored halves
+        // fit together, and no tetrahedron has two collinear edges on the round side.
         const std::array<bool, 3> isMirrored{false, cube[1] < cellsAcross / 2,
                                              cube[2] < cellsAcross / 2};
         std::array<std::size_t, 3> axes{0, 1, 2};

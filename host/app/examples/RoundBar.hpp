@@ -5,7 +5,7 @@
 namespace tavrin::app::examples
 {
 
-/// A bar along the x axis with an elliptic cross-section, cut into tetrahedra.
+/// A bar along the x axis with an elliptic cross-section, subdivided into tetrahedra.
 struct RoundBar
 {
     double begin;
@@ -13,13 +13,13 @@ struct RoundBar
     double halfAxisY;
     double halfAxisZ;
     std::size_t cellsAlong;
-    /// Across the bar, in y and in z; even.
+    /// The even number of cells across the bar, in y and in z.
     std::size_t cellsAcross;
 
-    /// 6 tetrahedra for each cell, with positive volume.
+    /// A mesh with 6 tetrahedra of positive volume for each cell.
     std::shared_ptr<const UnstructuredGrid<3>> makeTetrahedra() const;
 
-    /// The same with vertices in the middles of the edges, which follow the ellipse.
+    /// The same mesh with additional vertices at the edge midpoints, which lie on the ellipse.
     std::shared_ptr<const UnstructuredGrid<3>> makeQuadraticTetrahedra() const;
 
 private:

@@ -7,8 +7,8 @@ namespace tavrin::app::examples
 namespace
 {
 
-/// Inside the sphere a quadratic flow with vorticity, outside the potential flow around it; both
-/// and their tangential velocities agree on the sphere.
+/// The velocity: a quadratic flow with vorticity inside the sphere and the potential flow around the
+/// sphere outside. Both agree on the sphere.
 Vector3 velocityAt(const Vector3& point)
 {
     const double x = point[0];

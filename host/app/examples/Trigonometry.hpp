@@ -23,8 +23,8 @@ inline double trigonometricSeries(double x, int first)
 
 /// The cosine of an angle given in turns: cosine(1) = cosine(0) exactly.
 ///
-/// Made of additions, multiplications and divisions alone: those have the same bits everywhere,
-/// while the last bit of std::cos depends on the machine.
+/// It uses additions, multiplications and divisions only, whose results have the same bits on every
+/// machine, while the last bit of std::cos depends on the machine.
 inline double cosine(double turns)
 {
     const double quarter = std::round(turns * 4.0);

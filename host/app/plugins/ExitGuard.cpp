@@ -16,8 +16,8 @@ namespace
 
 bool isGuarding = false;
 
-/// Runs inside `exit()`, possibly on a thread of the plug-in and while others still work: hence it
-/// ends the process at once, without the destructors of static objects.
+/// Runs inside `exit()`, possibly on a thread of the plug-in while other threads still work. It
+/// therefore ends the process at once, without calling the destructors of static objects.
 void reportExit()
 {
     if (!isGuarding)

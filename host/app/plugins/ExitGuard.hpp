@@ -3,9 +3,9 @@
 namespace tavrin::app
 {
 
-/// Turns a call of `exit()` in a plug-in, which would end the program with a status of the
-/// plug-in's choice, into an error message and exit code 1. It works from the construction of the
-/// first object; destroying the object says that the program ends by returning from main().
+/// Turns a call of `exit()` in a plug-in, which would end the program with the status that the
+/// plug-in chooses, into an error message and exit code 1. The guard works while the object lives,
+/// which is until the program returns from main().
 class ExitGuard
 {
 public:

@@ -20,8 +20,8 @@
 #include <thread>
 #include <utility>
 
-// A trial needs the answer of the library's process in the pipe. An exit status would not do: the
-// library may choose it, and the parent of this program may have it that no status is kept.
+// A trial succeeds only if the process of the library says so through the pipe. Its exit status does
+// not suffice because the library may choose it.
 
 namespace tavrin::app
 {
@@ -35,11 +35,11 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* trialCommand = "--trial-of-plugin";
 constexpr int answerDescriptor = 3;
 constexpr auto patience = 20s;
-/// The interval at which the abort flag and the state of the process are looked at.
-constexpr auto glance = 50ms;
+/// The interval at which the abort flag and the state of the process are checked.
+constexpr auto checkInterval = 50ms;
 
 constexpr std::string_view accepted = "accepted";
-/// Ends an answer, so that one that was cut short by a crash is recognized.
+/// The end of an answer. An answer without it is incomplete.
 constexpr char endOfAnswer = '\0';
 
 [[noreturn]] void answerAndExit(const std::string& text)
@@ -49,7 +49,7 @@ constexpr char endOfAnswer = '\0';
     _exit(0);
 }
 
-/// An exception cannot pass through the system's loader: it ends the process here.
+/// The handler of `std::terminate`: exceptions cannot pass through the system's loader.
 [[noreturn]] void answerWithException()
 {
     const std::string fault = "its initialization throws an exception";
@@ -113,7 +113,7 @@ struct Pipe
     }
 };
 
-/// The process of a trial, which does not outlive the object.
+/// The process of a trial, which is killed with the object if it still runs.
 class TrialProcess
 {
 public:
@@ -170,7 +170,7 @@ private:
 bool isReadable(int descriptor)
 {
     pollfd request{.fd = descriptor, .events = POLLIN, .revents = 0};
-    return poll(&request, 1, static_cast<int>(glance / 1ms)) > 0;
+    return poll(&request, 1, static_cast<int>(checkInterval / 1ms)) > 0;
 }
 
 /// Appends what can be read. Returns false at the end of the pipe.

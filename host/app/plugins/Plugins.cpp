@@ -47,7 +47,7 @@ std::vector<fs::path> librariesAt(const fs::path& path)
     return libraries;
 }
 
-/// Loads plug-ins and turns what goes wrong into warnings.
+/// Loads plug-ins and turns their errors into warnings.
 class PluginLoader
 {
 public:

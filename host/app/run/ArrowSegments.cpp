@@ -66,7 +66,7 @@ void addArrows(const graphics::ArrowBatch& batch, Segments& segments)
                      {arrow.color.red, arrow.color.green, arrow.color.blue, arrow.color.alpha});
 }
 
-/// `vertices` of three and `colors` of four components per vertex.
+/// Adds lines with two vertices each; a vertex has three coordinates and four color components.
 void addLines(std::span<const float> vertices, std::span<const float> colors, Segments& segments)
 {
     const std::size_t count = vertices.size() / 6;
@@ -97,7 +97,7 @@ std::vector<std::shared_ptr<const FunctionBase>> arrowSegments(const graphics::D
     const auto* const colors = primitive == nullptr ? nullptr : primitive->findBuffer("in_color");
     if (vertices == nullptr || colors == nullptr || vertices->numComponents() != 3 ||
         colors->numComponents() != 4)
-        throw usage_error("what is shown has no line segments that a file could hold");
+        throw usage_error("the graphics has no line segments that a file could hold");
     addLines(vertices->values(), colors->values(), segments);
     return std::move(segments).toFunctions();
 }

@@ -3,9 +3,8 @@
 #include "../text/Layout.hpp"
 
 #include <tavrin/base/Suggestion.hpp>
+#include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/Writer.hpp>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <set>
@@ -26,7 +25,8 @@ std::vector<std::string> namesOf(const std::vector<Output>& outputs)
     return names;
 }
 
-/// The output whose name is the longest that the word begins with, up to its `=`, or null.
+/// The output with the longest name that the word begins with, followed by `=`; null if there is
+/// none.
 const Output* findOutput(const std::string& word, const std::vector<Output>& outputs)
 {
     const Output* longest = nullptr;
@@ -52,7 +52,7 @@ const Output* findOutput(const std::string& word, const std::vector<Output>& out
                       suggestionFor(port, names));
 }
 
-/// The extensions of pictures, and of line segments in their place.
+/// The extensions of pictures and of line segments.
 const std::vector<std::string> graphicsExtensions{".png", ".vtp"};
 
 void checkExtension(const OutputRequest& request)
@@ -78,28 +78,12 @@ bool isSameFile(const path& a, const path& b)
     return resolved(a) == resolved(b);
 }
 
-/// Whether the file, or what it is a link to, is one that writing the series may replace.
+/// Whether writing the series may replace the file or the file that it links to.
 bool isReplacedBySeries(const path& file, const path& series)
 {
     std::error_code ignored;
     return io::isStepOf(file, series) ||
            io::isStepOf(std::filesystem::weakly_canonical(file, ignored), series);
-}
-
-void checkFolder(const path& file)
-{
-    std::error_code error;
-    const path folder = file.has_parent_path() ? file.parent_path() : path(".");
-    if (!std::filesystem::exists(folder, error))
-        throw io::FileError(file, "the folder " + folder.string() + " does not exist");
-    if (!std::filesystem::is_directory(folder, error))
-        throw io::FileError(file, folder.string() + " is not a folder");
-    if (access(folder.c_str(), W_OK | X_OK) != 0)
-        throw io::FileError(file, "the folder " + folder.string() + " is not writable");
-    if (std::filesystem::is_directory(file, error))
-        throw io::FileError(file, "is a folder");
-    if (std::filesystem::exists(file, error) && access(file.c_str(), W_OK) != 0)
-        throw io::FileError(file, "exists and is not writable");
 }
 
 /// The grids and the numbers of time steps of data objects.
@@ -119,7 +103,7 @@ struct Extents
             }
             else if (const auto* const domain = dynamic_cast<const Domain*>(object.get()))
             {
-                // What is computed on a grid of its own may have times of its own, and be it one.
+                // A result on another grid may have other times, or a single one.
                 domains.push_back(domain);
                 numTimeSteps.insert(1);
             }
@@ -208,7 +192,7 @@ void checkDestinations(const std::vector<path>& destinations, const std::vector<
                                   ": is an input, and would be overwritten by the steps of " +
                                   destinations[i].string());
         }
-        checkFolder(destinations[i]);
+        io::requireWritable(destinations[i]);
     }
 }
 

@@ -14,30 +14,31 @@ struct OutputRequest
 {
     std::string port;
     std::filesystem::path file;
-    /// Of a graphics output, or else data.
+    /// Whether the output is graphics; otherwise it is data.
     bool isGraphics = false;
 
-    /// Whether a picture is to be painted.
+    /// Whether the file is a picture, not line segments or data.
     bool isPicture() const { return file.extension() == ".png"; }
 
-    /// `PORT=` may be left out where the algorithm has one output. Throws `usage_error` for an
-    /// unknown port, and for a file whose extension is none of those that the port is written as.
+    /// Parses one word. `PORT=` may be left out if the algorithm has one output. Throws
+    /// `usage_error` for an unknown port, and for an extension that cannot hold the output.
     static OutputRequest parse(const std::string& word, const AlgorithmDescription& algorithm);
 };
 
-/// Throws `usage_error` as `OutputRequest::parse`, and where an algorithm that delivers data is
-/// asked for none of it.
+/// Parses words as `OutputRequest::parse` does. Throws `usage_error` in addition if an algorithm with
+/// outputs is asked for none of them.
 std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
                                         const AlgorithmDescription& algorithm);
 
-/// Refuses, before a run, files that cannot be written after it. Throws `usage_error` for a file
-/// that is named twice or is one of the inputs, be it as a step of a series, and `FileError` where the folder is missing or not
-/// writable.
+/// Checks before a run that the files can be written after it. Throws `usage_error` for a file that
+/// is named twice or is one of the inputs, possibly as a step of a series, and `FileError` if a file
+/// cannot be created or replaced.
 void checkDestinations(const std::vector<std::filesystem::path>& destinations,
                        const std::vector<std::filesystem::path>& inputs);
 
-/// Refuses, before a run, formats that suit none of the grids and numbers of time steps of the
-/// inputs. Throws `usage_error` naming those that do. Without inputs everything may suit.
+/// Checks before a run that each format can hold at least one of the grids and numbers of time steps
+/// of the inputs. Throws `usage_error` that names the formats that can. Without inputs every format
+/// passes.
 void checkFormats(const std::vector<OutputRequest>& requests,
                   const DataObjectBundle::Members& inputs);
 

@@ -16,8 +16,8 @@ bool isPublished(const OutputRequest& request, const AlgorithmRun& run);
 class OutputWriter
 {
 public:
-    /// Pictures show the domain and the colors of the inputs. `observer` hears of the painting. All
-    /// arguments must outlive the writer.
+    /// Pictures show the bounding box and the color bar of the inputs. `observer` follows the
+    /// painting. All arguments must outlive the writer.
     OutputWriter(const AlgorithmRun& run, const DataObjectBundle::Members& inputs,
                  const graphics::PictureOptions& pictureOptions, ProgressObserver& observer,
                  const volatile bool& abortFlag)
@@ -26,9 +26,9 @@ public:
     {
     }
 
-    /// Adds the file, complete but for its name, to `files`. Throws `FileError`, `Aborted`,
-    /// `usage_error` for what the file's format does not take, and
-    /// `runtime_error` where no picture can be painted.
+    /// Writes the requested file and adds it, to be published, to `files`. Throws `FileError`,
+    /// `Aborted`, `usage_error` for a result that the format of the file cannot hold, and
+    /// `runtime_error` if no picture can be painted.
     RunReport::Output write(const OutputRequest& request, io::PendingFiles& files) const;
 
 private:

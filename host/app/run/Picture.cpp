@@ -10,7 +10,7 @@ namespace tavrin::app
 namespace
 {
 
-/// The first input of a class, or null.
+/// The first input of the class, or null if there is none.
 template<typename Class>
 std::shared_ptr<const Class> firstOf(const DataObjectBundle::Members& inputs)
 {

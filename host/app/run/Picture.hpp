@@ -6,7 +6,7 @@
 namespace tavrin::app
 {
 
-/// How pictures are to look, in the words of the command line.
+/// The appearance of pictures, as given on the command line.
 struct PictureWords
 {
     /// WIDTHxHEIGHT in pixels.
@@ -18,12 +18,12 @@ struct PictureWords
 
     bool isEmpty() const { return !size && !background && !view; }
 
-    /// Throws `usage_error` for words that are not of that form, and for an impossible size.
+    /// Parses the words. Throws `usage_error` for a malformed word and for an impossible size.
     graphics::PictureOptions options() const;
 };
 
-/// A drawable in the box of the first domain among the inputs, with a color bar where a color map
-/// is among them.
+/// A scene with the drawable, the bounding box of the first domain among the inputs, and a color bar
+/// if a color map is among them.
 graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
                         const DataObjectBundle::Members& inputs);
 

@@ -8,8 +8,8 @@
 namespace tavrin::app
 {
 
-/// Shows on the console what an algorithm logs, as it happens, and its progress; ends the run if a
-/// result is announced that a requested file cannot hold.
+/// Shows the logs and the progress of an algorithm on the console as they come. Ends the run with a
+/// `usage_error` if the algorithm announces a result that a requested file cannot hold.
 class RunFollower final : public RunObserver
 {
 public:

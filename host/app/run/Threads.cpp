@@ -17,7 +17,7 @@ namespace tavrin::app
 namespace
 {
 
-/// More threads would exhaust what a system lets one process start.
+/// Systems commonly do not let one process start more threads.
 constexpr long mostThreads = 1024;
 
 long parsedThreads(const std::string& text)
@@ -32,7 +32,7 @@ long parsedThreads(const std::string& text)
     }
 }
 
-/// Has that many threads alive at the same time. Throws `std::system_error` if that fails.
+/// Runs `count` threads at the same time for a moment. Throws `std::system_error` if that fails.
 void tryThreads(int count)
 {
     std::latch end(1);

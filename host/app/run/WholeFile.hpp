@@ -7,8 +7,8 @@
 namespace tavrin::app
 {
 
-/// Writes a file that is complete but for its name. Throws `FileError`, and `Aborted` soon after
-/// the flag was set.
+/// Writes the bytes of a file, which gets its name when it is published. Throws `FileError`, and
+/// `Aborted` soon after the flag is set.
 [[nodiscard]] std::unique_ptr<io::PendingFile> prepareWholeFile(const std::filesystem::path& file,
                                                                 std::string_view bytes,
                                                                 const volatile bool& abortFlag);

@@ -170,8 +170,7 @@ std::vector<std::string> optionNames(const CLI::App& syntax)
     return names;
 }
 
-/// The values to offer besides files: choices, and the references that are always there; empty for
-/// free values.
+/// The values to offer besides files: choices and built-in references. Empty for free values.
 std::vector<std::string> valuesOf(const AlgorithmDescription::Option& option,
                                   const pipeline::DataInput* data)
 {

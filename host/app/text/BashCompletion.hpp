@@ -7,7 +7,7 @@
 namespace tavrin::app
 {
 
-/// A script for bash that completes commands, options, algorithms, NAME=VALUE, choices and files.
+/// Returns a bash script that completes commands, options, algorithms, NAME=VALUE, choices and files.
 std::string bashCompletion(const ProgramDeclaration& program,
                            const std::vector<pipeline::AlgorithmCard>& algorithms);
 

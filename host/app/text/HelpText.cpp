@@ -2,6 +2,8 @@
 
 #include "Layout.hpp"
 
+#include <tavrin/io/Formats.hpp>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -12,7 +14,7 @@ namespace tavrin::app
 namespace
 {
 
-/// Paragraphs with their lines wrapped; lines that begin with a blank stay as they are.
+/// Paragraphs with wrapped lines. Lines that begin with a blank are not wrapped.
 std::string paragraphs(const std::string& text)
 {
     std::string page;
@@ -29,6 +31,16 @@ std::string optionTable(const CLI::App& syntax)
             {joined(option.names, ", ") + (option.value.empty() ? "" : " " + option.value),
              option.description});
     return alignedColumns(rows, 2);
+}
+
+/// The extensions of the formats that are read and hold such content: ".pvd and .series".
+std::string readableExtensions(io::FileContent content)
+{
+    std::vector<std::string> extensions;
+    for (const io::FileFormat& format : io::fileFormats())
+        if (format.isRead() && format.content == content)
+            extensions.emplace_back(format.extension);
+    return io::enumerate(extensions, "and");
 }
 
 std::string exampleTable(const std::vector<Example>& examples)
@@ -61,18 +73,22 @@ const std::vector<Topic>& helpTopics()
 {
     static const std::vector<Topic> topics{
         {"Data references",
-         "Data in a file is FILE#ARRAY?key=value&key=value. #ARRAY may be left out where the file has "
-         "one array, and a grid is FILE alone. The keys:\n"
-         "  on=points|cells     which array, where points and cells have one of that name\n"
+         "Data in a file is FILE#ARRAY?key=value&key=value. #ARRAY may be left out if the file has "
+         "one array. A grid is FILE alone; for an option that takes both grids and functions, FILE "
+         "alone is the grid. The keys:\n"
+         "  on=points|cells     selects the array if points and cells have one of that name\n"
          "  shape=scalar|3|2x2  reads the components of an array as this shape\n"
          "  dimension=1|2|3     the number of coordinates of the grid's points\n"
-         "  time=T              this step of a time series alone\n"
-         "Files: VTK's .vti .vtr .vts .vtu .vtp and .vtk, the time series .pvd and .series, and the "
-         "multi-block files .vtm, which may be steps of a series. An option that takes several "
-         "fields takes all blocks as one field.\n"},
+         "  time=T              only this step of a time series\n"
+         "Files are read that hold grids (" +
+             readableExtensions(io::FileContent::Grid) + "), time series (" +
+             readableExtensions(io::FileContent::TimeSteps) + ") or several blocks (" +
+             readableExtensions(io::FileContent::Blocks) +
+             "), which may be steps of a series. An option for several fields takes all blocks as "
+             "one field.\n"},
         {"Color maps and colors",
          "A COLORMAP is viridis, plasma, coolwarm, gray or another built-in name, or a JSON file as "
-         "desktop tools export it, then @LOW:HIGH if it is not to span the norms of the field. A "
+         "desktop tools export it. It spans the norms of the field unless @LOW:HIGH follows. A "
          "color is #rrggbb, #rrggbbaa, or r,g,b[,a] in 0..1.\n"},
         {"Exit codes",
          "  0    done\n"
@@ -82,7 +98,7 @@ const std::vector<Topic>& helpTopics()
          "  130  interrupted; a second Ctrl-C kills\n"},
         {"Environment",
          "  TAVRIN_PLUGIN_PATH  plug-ins to load, files or folders separated by ':'\n"
-         "  OMP_NUM_THREADS     number of threads where --threads is not given\n"},
+         "  OMP_NUM_THREADS     number of threads unless --threads is given\n"},
     };
     return topics;
 }

@@ -7,11 +7,11 @@
 namespace tavrin::app
 {
 
-/// Objects keep the order in which their keys are added.
+/// A JSON value whose objects keep the order in which their keys were added.
 using Json = nlohmann::ordered_json;
 
-/// Indented, with a line end. Numbers that are not finite are null, and bytes that are not UTF-8
-/// are replaced, so that the text is always valid.
+/// Prints a value as indented text with a line end. The text is always valid JSON: numbers that are
+/// not finite become null, and bytes that are not UTF-8 are replaced.
 std::string jsonText(const Json& json);
 
 }

@@ -11,21 +11,21 @@ namespace tavrin::app
 /// The number of characters in a line of wrapped text.
 inline constexpr std::size_t pageWidth = 100;
 
-/// The texts with a separator between them.
+/// Joins the texts with a separator between them.
 std::string joined(std::span<const std::string> texts, std::string_view separator);
 
-/// The lines of a text, without their ends.
+/// Splits a text into lines, without their line ends.
 std::vector<std::string> linesOf(const std::string& text);
 
-/// The treatment of long texts in the last column of a table.
+/// Whether long texts in the last column of a table are wrapped.
 enum class LastColumn
 {
     Wrapped,
     Unwrapped
 };
 
-/// Rows of cells as lines of aligned columns that are two blanks apart. Control characters become
-/// blanks.
+/// Prints rows of cells as lines with aligned columns that are two blanks apart. Control characters
+/// become blanks.
 std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size_t indent = 0,
                            LastColumn lastColumn = LastColumn::Wrapped);
 
@@ -33,7 +33,7 @@ std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size
 /// left whole. All lines but the first are indented; the last has no line end.
 std::string wrapped(std::string_view text, std::size_t indent);
 
-/// A word as it is written in a shell: in quotes if it needs them.
+/// Writes a word for a shell, in quotes if it needs them.
 std::string shellWord(const std::string& word);
 
 }

@@ -23,7 +23,11 @@ template<Value T, bool isOnPoints>
 class ValuesInGrid
 {
 public:
-    explicit ValuesInGrid(const Function<T>& function) : mSteps(function.timeSeries()) {}
+    explicit ValuesInGrid(const Function<T>& function)
+        : mSteps(function.timeSeries()), mMask(function.validity()),
+          mValuesPerStep(function.valuesPerStep())
+    {
+    }
 
     bool moveTo(double time) { return mSteps.moveTo(time); }
     void release() { mSteps.release(); }
@@ -37,8 +41,30 @@ public:
             return mSteps.value(location.cell);
     }
 
+    /// Whether all values that count at the location are real, in both steps around the time.
+    bool isReal(const Location& location) const
+    {
+        if (mMask == nullptr)
+            return true;
+        const auto [lower, upper] = mSteps.steps();
+        return isRealIn(lower, location) && (upper == lower || isRealIn(upper, location));
+    }
+
 private:
+    bool isRealIn(std::size_t step, const Location& location) const
+    {
+        const std::uint8_t* const marks = mMask->data() + step * mValuesPerStep;
+        if constexpr (!isOnPoints)
+            return marks[location.cell] != 0;
+        for (std::size_t k = 0; k < location.numVertices; ++k)
+            if (location.weights[k] != 0.0 && marks[location.pointIndices[k]] == 0)
+                return false;
+        return true;
+    }
+
     StepInterpolator<T> mSteps;
+    std::shared_ptr<const ValidityMask> mMask;
+    std::size_t mValuesPerStep;
 };
 
 }
@@ -66,7 +92,7 @@ public:
             mLocator.locate(std::span(&position, 1), &mLocation, &mIsInside, mHint);
             mPosition = position;
         }
-        this->setValid(mIsInside != 0);
+        this->setValid(mIsInside != 0 && mValues.isReal(mLocation));
     }
 
     T value() const override { return mValues[mLocation]; }
@@ -165,7 +191,12 @@ private:
             const std::size_t count = std::min(positionsPerGroup, numPositions - first);
             locate(first, count, locations.data());
             for (std::size_t k = 0; k < count; ++k)
-                values[first + k] = isValid[first + k] != 0 ? mValues[locations[k]] : T{};
+            {
+                std::uint8_t& mark = isValid[first + k];
+                if (mark != 0 && !mValues.isReal(locations[k]))
+                    mark = 0;
+                values[first + k] = mark != 0 ? mValues[locations[k]] : T{};
+            }
         }
     }
 

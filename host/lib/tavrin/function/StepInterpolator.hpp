@@ -55,6 +55,13 @@ public:
         mUpper = {};
     }
 
+    /// The two steps that values are interpolated between, which are one at the time of a step. Not
+    /// before the first `moveTo`.
+    std::pair<std::size_t, std::size_t> steps() const
+    {
+        return {mLower.step, mWeight == 0.0 ? mLower.step : mUpper.step};
+    }
+
     /// The value at an index below the series' `valuesPerStep`.
     T value(std::size_t index) const
     {

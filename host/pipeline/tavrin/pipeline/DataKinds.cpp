@@ -23,13 +23,15 @@ Reference parseFileReference(const std::string& text)
     return DataReference::parse(text);
 }
 
-std::vector<std::filesystem::path> dataFiles(const Reference& reference)
+std::vector<std::filesystem::path> dataFiles(const Reference& reference, io::Loader& loader)
 {
-    return io::filesOf(std::get<DataReference>(reference).file);
+    return loader.filesOf(std::get<DataReference>(reference));
 }
 
 std::size_t dimensionOf(const DataObject& object)
 {
+    if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
+        return dimensionOf(*bundle->members().front());
     const auto* const function = dynamic_cast<const FunctionBase*>(&object);
     const DataObject& domain = function == nullptr ? object : *function->domain();
     return dynamic_cast<const PointSetBase&>(domain).dimension();
@@ -97,7 +99,7 @@ Reference parseColorMap(const std::string& text)
     return ColorMapReference::parse(text);
 }
 
-std::vector<std::filesystem::path> colorMapFiles(const Reference& reference)
+std::vector<std::filesystem::path> colorMapFiles(const Reference& reference, io::Loader&)
 {
     const auto& file = std::get<ColorMapReference>(reference).file;
     return file.empty() ? std::vector<std::filesystem::path>{} : std::vector{file};
@@ -120,7 +122,48 @@ Objects makeColorMap(const Reference& reference, const DataSources& sources, Inp
     return {map.loadFor(map.range ? *map.range : normsOf(sources.earlier))};
 }
 
-/// The table. A grid comes before a function: a file alone is a grid where both are accepted.
+bool refersToColorMap(const std::string& text)
+{
+    const std::string name = text.substr(0, text.find('@'));
+    return std::ranges::find(builtInColorMapNames(), name) != builtInColorMapNames().end() ||
+           name.substr(0, name.find('#')).ends_with(".json");
+}
+
+bool refersToArray(const DataReference& reference)
+{
+    return reference.array || reference.on || reference.shape;
+}
+
+Reference parseAny(const std::string& text)
+{
+    return refersToColorMap(text) ? parseColorMap(text) : parseFileReference(text);
+}
+
+std::vector<std::filesystem::path> anyFiles(const Reference& reference, io::Loader& loader)
+{
+    return std::holds_alternative<ColorMapReference>(reference) ? colorMapFiles(reference, loader)
+                                                                : dataFiles(reference, loader);
+}
+
+Objects makeAny(const Reference& reference, const DataSources& sources, InputKind option,
+                const IsAccepted& isAccepted)
+{
+    if (std::holds_alternative<ColorMapReference>(reference))
+        return makeColorMap(reference, sources, option, isAccepted);
+    const auto& known = std::get<DataReference>(reference);
+    try
+    {
+        return makeFunction(reference, sources, option, isAccepted);
+    }
+    catch (const usage_error&)
+    {
+        if (refersToArray(known) || !sources.loader.inspect(known).arrays.empty())
+            throw;
+    }
+    return makeGrid(reference, sources, option, isAccepted);
+}
+
+/// The table. If an option accepts several kinds, the first one that suits a reference is taken.
 const std::vector<DataKind>& dataKinds()
 {
     static const std::vector<DataKind> kinds{
@@ -143,25 +186,21 @@ const std::vector<DataKind>& dataKinds()
          makeField},
         {ColorMapDataObject::classTypeId(), "color map", "COLORMAP", builtInColorMapNames(), true,
          parseColorMap, colorMapFiles, makeColorMap},
+        {DataObject::classTypeId(), "object", "FILE#ARRAY", {}, false, parseAny, anyFiles, makeAny},
     };
     return kinds;
 }
 
-bool refersToColorMap(const std::string& text)
+/// Whether objects of the kind are made for an option that accepts this class. The class of all data
+/// objects has a kind of its own, which is not made for options that accept other classes only.
+bool isMadeFor(const DataKind& kind, const RTTI_TypeId& accepted)
 {
-    const std::string name = text.substr(0, text.find('@'));
-    return std::ranges::find(builtInColorMapNames(), name) != builtInColorMapNames().end() ||
-           name.substr(0, name.find('#')).ends_with(".json");
+    return kind.type == DataObject::classTypeId() ? accepted == kind.type
+                                                  : accepted.isDerivedFrom(kind.type);
 }
 
-bool refersToArray(const DataReference& reference)
-{
-    return reference.array || reference.on || reference.shape;
-}
-
-/// Whether a text for an option that accepts several kinds may refer to this one; the first that
-/// fits is meant.
-bool fits(const DataKind& kind, const std::string& text, const DataReference& reference)
+/// Whether the reference suits the kind, for an option that accepts several kinds.
+bool suits(const DataKind& kind, const std::string& text, const DataReference& reference)
 {
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
@@ -183,14 +222,13 @@ std::vector<const DataKind*> kindsOf(const InputBase& input)
     std::vector<const DataKind*> accepted;
     if (!takesData(input))
         return accepted;
-    const auto accepts = [&](const DataKind& kind)
+    const auto isAccepted = [&](const DataKind& kind)
     {
-        return std::ranges::any_of(
-            typesOf(input).ids(), [&](const RTTI_TypeId& type)
-            { return type.isDerivedFrom(kind.type) || kind.type.isDerivedFrom(type); });
+        return std::ranges::any_of(typesOf(input).ids(),
+                                   [&](const RTTI_TypeId& type) { return isMadeFor(kind, type); });
     };
     for (const DataKind& kind : dataKinds())
-        if (accepts(kind))
+        if (isAccepted(kind))
             accepted.push_back(&kind);
     return accepted;
 }
@@ -217,7 +255,7 @@ ObjectReference ObjectReference::parse(const std::string& text, const InputBase&
         return {kinds.front(), kinds.front()->parse(text)};
     const auto reference = DataReference::parse(text);
     for (const DataKind* const kind : kinds)
-        if (fits(*kind, text, reference))
+        if (suits(*kind, text, reference))
             return {kind, kind->parse(text)};
     return {kinds.back(), kinds.back()->parse(text)};
 }

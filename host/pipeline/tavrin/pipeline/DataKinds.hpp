@@ -7,25 +7,26 @@
 #include <span>
 #include <variant>
 
-// The kinds of data object that a front end can make from text, one row of a table for each. All
-// that help, messages and completion say about data options, and all that a run does with them,
-// follows from this table: a new kind is a new row in DataKinds.cpp.
+// The kinds of data object that a front end can make from text, one row of a table for each. Help,
+// messages, completion and runs all use this table: a new kind is a new row in DataKinds.cpp.
 //
-// An option may accept several kinds. A reference to a file is then taken
-// - as a color map where it names a built-in map or a .json file;
-// - as a function where it has "#ARRAY" or a key that concerns an array ("on" or "shape");
-// - otherwise as a grid where the option accepts grids, and as a function where it does not.
-// An option that accepts any data object accepts every kind. In a bundle option all of this holds
-// for the members, and each member of a multi-block file becomes a member of the bundle.
+// An option may accept several kinds. A reference is then taken
+// - as a color map if it names a built-in map or a .json file;
+// - as a function if it has "#ARRAY" or a key that selects an array ("on" or "shape");
+// - otherwise as a grid if the option accepts grids, and as a function if it does not.
+// An option that accepts any data object takes a color map by the first rule, a grid if the file has
+// no arrays, and otherwise a function. In a bundle option the same rules hold for each member, and
+// every block of a multi-block file becomes a member, unless the members are fields: all blocks are
+// one field.
 
 namespace tavrin::pipeline
 {
 
-/// What an object is made with, apart from the reference to it.
+/// The sources of data for new objects.
 struct DataSources
 {
     io::Loader& loader;
-    /// What was made before, in order.
+    /// The objects made so far, in order.
     const DataObjectBundle::Members& earlier;
 };
 
@@ -35,33 +36,33 @@ struct TAVRIN_API DataKind
     using Object = std::shared_ptr<const DataObject>;
     using Objects = DataObjectBundle::Members;
     using Reference = std::variant<io::DataReference, ColorMapReference>;
-    /// Whether an option takes an object.
+    /// Tells whether an option accepts an object.
     using IsAccepted = std::function<bool(const Object& object)>;
 
     /// The base class of all objects of the kind.
     RTTI_TypeId type;
-    /// What a person calls it, without an article.
+    /// A name for people, without an article.
     const char* name;
-    /// What stands for a reference in help: "FILE#ARRAY".
+    /// The placeholder of a reference in help: "FILE#ARRAY".
     const char* placeholder;
-    /// References that are always there, for completion: the built-in color maps.
+    /// References for completion that need no file: the built-in color maps.
     std::vector<std::string> offers;
-    /// Whether objects of other kinds may be needed to make one, which are therefore made first.
+    /// Whether objects of other kinds may be needed to make one and are therefore made first.
     bool dependsOnOthers;
 
-    /// Parses a text that refers to an object. Throws `usage_error` for one that cannot.
+    /// Parses a reference. Throws `usage_error` for a malformed one.
     Reference (*parse)(const std::string& text);
 
     /// The files that are read for a reference.
-    std::vector<std::filesystem::path> (*files)(const Reference& reference);
+    std::vector<std::filesystem::path> (*files)(const Reference& reference, io::Loader& loader);
 
-    /// Makes the objects of a reference, each a member where the option takes a bundle and otherwise
+    /// Makes the objects of a reference: any number of members for a bundle option, and otherwise
     /// exactly one. Throws what `io::Loader` and `ColorMapReference` throw.
     Objects (*make)(const Reference& reference, const DataSources& sources, InputKind option,
                     const IsAccepted& isAccepted);
 };
 
-/// A reference in text with its kind, parsed once.
+/// A parsed reference and the kind of object that it refers to.
 struct TAVRIN_API ObjectReference
 {
     const DataKind* kind;
@@ -71,7 +72,10 @@ struct TAVRIN_API ObjectReference
     /// an option that accepts no kind of the table.
     static ObjectReference parse(const std::string& text, const InputBase& input);
 
-    std::vector<std::filesystem::path> files() const { return kind->files(parsed); }
+    std::vector<std::filesystem::path> files(io::Loader& loader) const
+    {
+        return kind->files(parsed, loader);
+    }
 };
 
 /// Whether an option takes data, alone or as a bundle.
@@ -84,8 +88,8 @@ inline bool takesData(const InputBase& input)
 /// option.
 TAVRIN_API std::vector<const DataKind*> kindsOf(const InputBase& input);
 
-/// What stands for a value of the option in help: "FILE or FILE#ARRAY"; "OBJECT" for a class that no
-/// kind of the table is of, and empty for an option that takes no data.
+/// The placeholder of the value of an option in help: "FILE or FILE#ARRAY". It is "OBJECT" if no kind
+/// of the table is accepted, and empty for an option that takes no data.
 TAVRIN_API std::string placeholderOf(const InputBase& input);
 
 }

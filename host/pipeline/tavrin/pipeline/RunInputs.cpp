@@ -5,12 +5,13 @@
 namespace tavrin::pipeline
 {
 
-std::vector<std::filesystem::path> inputFiles(std::span<const OptionAssignment> assignments)
+std::vector<std::filesystem::path> inputFiles(std::span<const OptionAssignment> assignments,
+                                              io::Loader& loader)
 {
     std::vector<std::filesystem::path> files;
     for (const OptionAssignment& assignment : assignments)
         if (assignment.reference)
-            std::ranges::move(assignment.reference->files(), std::back_inserter(files));
+            std::ranges::move(assignment.reference->files(loader), std::back_inserter(files));
     return files;
 }
 

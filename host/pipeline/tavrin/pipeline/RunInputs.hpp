@@ -10,7 +10,7 @@ namespace tavrin::pipeline
 /// The files that are read for the assignments, including those that time series and multi-block
 /// files list.
 TAVRIN_API std::vector<std::filesystem::path> inputFiles(
-    std::span<const OptionAssignment> assignments);
+    std::span<const OptionAssignment> assignments, io::Loader& loader);
 
 /// Sets the options of a run from text, with data from files.
 class TAVRIN_API RunInputs

@@ -348,11 +348,11 @@ NormBounds InfoAlgorithm::reportExtremes(const Function<T>& field, const Counted
     {
         const T value = values.evaluator().value(index);
         infoLog() << "A tensor with " << which << " norm has the norm " << norm(value)
-                  << ", the value " << value << " at index " << index << " of "
+                  << ", the value " << value << " at index " << field.indexInFile(index) << " of "
                   << field.domainPart().getName() << std::endl;
         report(name, {{"norm", norm(value)},
                       {"value", componentsOf(value)},
-                      {"index", index},
+                      {"index", field.indexInFile(index)},
                       {"position", elementPosition(*field.domain(), field.domainPart(), index)}});
     };
     tell("minimal", "minimum", extremes.minimumIndex);
