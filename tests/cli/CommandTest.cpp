@@ -114,7 +114,7 @@ const Case
 
     // Pictures
     {"Picture", R"(draw Field=flow.vtu "Color Map=viridis" --size 200x150 && head -c 24 out.png | tail -c 8 | od -An -tx1 >&2)", 0, " 00 00 00 c8 00 00 00 96\n"},
-    {"ScaleIsAdvised", "draw Field=flow.vtu Scale=1000 --size 20x20", 0, "hint: the longest arrows have a length of 1500, and neighboring samples are 0.32 apart; with \"Scale\" 0.21 both are equal\n"},
+    {"ScaleIsAdvised", "draw Field=flow.vtu Scale=1000 --size 20x20", 0, "hint: the longest arrows have a length of 1200, and neighboring samples are 0.32 apart; with \"Scale\" 0.26 both are equal\n"},
     {"TimeIsMissing", "draw Field=double_gyre.pvd Time=12 --size 20x20", 0, "hint: the field has values from time 0 to 10, none at 12; those at 0 are shown\n"},
     {"NoVectors", "draw Field=plate_with_hole.vts", 2, "error: option \"Field\": it takes a function of type 2-D Vector or a function of type 3-D Vector, not a function of type 3x3 Matrix on Points\n"},
     {"NothingToDraw", "draw", 1, "Input Field not set.\nerror: \"Field/Show Hedgehogs\" published nothing on \"Hedgehogs\": Input Field not set.\n"},
