@@ -27,7 +27,7 @@ namespace
 constexpr GridSize gridSize{100, 100, 100};
 constexpr std::size_t numArrows = gridSize[0] * gridSize[1] * gridSize[2];
 
-/// One array of vectors, seen by both sides.
+/// One array of vectors, shared by tavrin and VTK.
 class Input
 {
 public:

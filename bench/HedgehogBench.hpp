@@ -3,8 +3,8 @@
 namespace tavrin::bench
 {
 
-/// Lines for one million 3-vectors on a uniform grid: all that the algorithm does up to the finished
-/// drawable, on 1 and 2 threads, against `vtkHedgeHog`, which uses one.
+/// Lines for one million 3-vectors on a uniform grid: the whole algorithm up to the finished drawable, on 1
+/// and 2 threads, compared with `vtkHedgeHog`, which uses one thread.
 void addHedgehogRows();
 
 }

@@ -32,7 +32,7 @@ constexpr std::size_t numQueries = 1000000;
 
 using Points = std::vector<Vector3>;
 
-/// A cube of points, bent and shaken.
+/// A cube of points, bent and randomly displaced.
 Points latticePoints(std::size_t perAxis)
 {
     std::mt19937_64 random(1);
@@ -52,7 +52,7 @@ Points latticePoints(std::size_t perAxis)
     return points;
 }
 
-/// One grid for both sides.
+/// One grid for tavrin and VTK.
 struct Mesh
 {
     std::string name;
@@ -125,7 +125,7 @@ std::shared_ptr<Mesh> tetrahedra()
     return mesh;
 }
 
-/// Positions of which a few lie outside: line after line, or at random.
+/// Positions line after line, or at random. A few lie outside.
 Points queryPoints(bool areOrdered)
 {
     std::mt19937_64 random(2);

@@ -33,7 +33,7 @@ struct Operation
     const char* name;
     const char* option;
     std::size_t resultComponents;
-    /// The same for `vtkArrayCalculator`, with the input as v.
+    /// The same formula for `vtkArrayCalculator`, with the input called v.
     const char* formula;
 };
 
@@ -44,7 +44,7 @@ constexpr Operation operations[] = {
     {"mask", "Mask Between C and D", 3, "if(mag(v)>0.5,if(mag(v)<1.5,v,v*0),v*0)"},
 };
 
-/// One array of 16M 3-vectors, seen by both sides.
+/// One array of 16M 3-vectors, shared by tavrin and VTK.
 template<typename Stored, typename VtkArray>
 class Input
 {

@@ -9,8 +9,8 @@
 namespace tavrin::bench
 {
 
-/// Registers one side of a comparison: `contender` doing the work of `row`. All sides of a row are
-/// run in turn in one process, so that a drift of the machine meets all of them.
+/// Registers one side of a comparison: `contender` doing the work of `row`. All sides of a row run in turn in
+/// one process, so that changes in the speed of the machine affect all of them.
 template<typename Work>
 void addContender(const std::string& row, const std::string& contender, const Work& work)
 {
@@ -26,8 +26,7 @@ void addContender(const std::string& row, const std::string& contender, const Wo
         ->Unit(benchmark::kMillisecond);
 }
 
-/// Prints a table with one line per row: the best time of each contender, and how many times as
-/// long each took as tavrin.
+/// Prints a table with one line per row: the best time of each contender, and its ratio to that of tavrin.
 class RatioReporter : public benchmark::BenchmarkReporter
 {
 public:

@@ -40,11 +40,11 @@ namespace
 
 using Points = std::vector<Vector3>;
 
-/// Probes per axis where they are ordered.
+/// Ordered probes per axis.
 constexpr std::size_t probesPerAxis = 100;
 constexpr std::size_t numProbes = probesPerAxis * probesPerAxis * probesPerAxis;
 
-/// Tuples of three numbers, seen by VTK.
+/// Tuples of three numbers as an array of VTK.
 vtkNew<vtkDoubleArray> viewed(const Points& tuples, const char* name)
 {
     vtkNew<vtkDoubleArray> array;
@@ -55,7 +55,7 @@ vtkNew<vtkDoubleArray> viewed(const Points& tuples, const char* name)
     return array;
 }
 
-/// The points of a grid in the unit cube, bent and shaken by a share of the distance between them.
+/// The points of a grid in the unit cube, bent, and displaced at random by a fraction of their distance.
 Points distortedPoints(std::size_t perAxis, double share)
 {
     Points points;
@@ -84,7 +84,7 @@ Points valuesAt(const Points& points)
     return values;
 }
 
-/// A field that both sides sample.
+/// A field that tavrin and VTK sample.
 struct Source
 {
     std::string name;
@@ -190,7 +190,7 @@ std::shared_ptr<Source> tetrahedralSource()
     return source;
 }
 
-/// Where both sides sample: a few places lie outside.
+/// The positions at which tavrin and VTK sample. A few lie outside.
 struct Probes
 {
     std::string name;
@@ -214,7 +214,7 @@ std::shared_ptr<Probes> orderedProbes()
     return probes;
 }
 
-/// Probes that are points, not a grid.
+/// Probes that are a set of points.
 std::shared_ptr<Probes> pointProbes(const std::string& name, Points points)
 {
     auto probes = std::make_shared<Probes>();
@@ -246,8 +246,8 @@ std::shared_ptr<Probes> randomProbes()
     return pointProbes("random", std::move(points));
 }
 
-/// The same places as the ordered ones. On an image VTK goes from cell to cell; for points it needs a
-/// locator.
+/// The same positions as the ordered probes. For those, an image, VTK iterates over cells; for points it
+/// needs a locator.
 std::shared_ptr<Probes> orderedPointProbes(const Probes& ordered)
 {
     const auto& grid = dynamic_cast<const PointSet<3>&>(*ordered.grid);
@@ -257,7 +257,7 @@ std::shared_ptr<Probes> orderedPointProbes(const Probes& ordered)
     return pointProbes("ordered points", std::move(points));
 }
 
-/// The parser of time values traces its way on standard output.
+/// Discards what the parser of time values prints.
 class SilentOutput
 {
 public:
@@ -286,7 +286,7 @@ void sample(const Source& source, const Probes& probes)
     benchmark::DoNotOptimize(run.result("Sampled Field"));
 }
 
-/// The filter with a way of finding cells; it keeps what it builds for that.
+/// The filter with a strategy for finding cells, whose search structure it keeps.
 vtkSmartPointer<vtkProbeFilter> makeFilter(const Source& source, const Probes& probes,
                                            vtkFindCellStrategy* strategy)
 {

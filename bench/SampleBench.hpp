@@ -3,8 +3,8 @@
 namespace tavrin::bench
 {
 
-/// Sampling several kinds of grid at a million points, beside `vtkProbeFilter`. The search
-/// structures of both sides are made before; see LocatorBench for that.
+/// Sampling several kinds of grid at a million points, compared with `vtkProbeFilter`. Search structures are
+/// built before; see LocatorBench for that.
 void addSampleRows();
 
 }

@@ -3,7 +3,7 @@
 namespace tavrin::bench
 {
 
-/// How many threads the filters of VTK use from now on.
+/// Sets the number of threads of VTK's filters.
 void setVtkThreads(int threads);
 
 }

@@ -192,7 +192,7 @@ TYPED_TEST(GridField, HasTheValueOfTheCellAllOverIt)
             ASSERT_TRUE(evaluator->isValid());
             ASSERT_EQ(evaluator->value(), Scalar(static_cast<double>(i)));
         }
-        // Its last vertex but one belongs to other cells, too: the first cell has it.
+        // The last vertex but one belongs to other cells, too, of which the first answers.
         evaluator->reset(0.0, grid->point(grid->cell(0).pointIndex(1)));
         EXPECT_EQ(evaluator->value(), Scalar(0.0));
     }
@@ -207,7 +207,7 @@ std::shared_ptr<const Function<Scalar>> onLine(double origin, std::vector<Scalar
                    PointSetBase::Points, std::move(values), Precision::Float64, std::move(times));
 }
 
-/// The value at a position, or not-a-number where there is none.
+/// The value at a position, or NaN where there is none.
 double valueAt(FieldEvaluator<1, Scalar>& evaluator, double time, double x)
 {
     evaluator.reset(time, Vector1(x));
@@ -272,7 +272,7 @@ TEST(Field, OfABundleIsAnsweredByTheFirstMemberThatIsValid)
     EXPECT_TRUE(field->timeRange().contains(-1e300));
 }
 
-/// A function on the points of a grid, with arbitrary values at so many times.
+/// A function on the points of a grid with arbitrary values at some times.
 std::shared_ptr<const Function<Vector2>> arbitrary(const Grid<3>& grid, std::vector<double> times)
 {
     std::vector<Vector2> values;
@@ -361,7 +361,7 @@ TEST(Field, IsInterpolatedBetweenSteps)
     EXPECT_EQ(valueAt(*evaluator, 1.0, 0.5), 1.0);
     EXPECT_EQ(valueAt(*evaluator, 1.25, 0.5), 3.5);
     EXPECT_EQ(valueAt(*evaluator, 1.25, 1.5), 5.5);
-    // At a step that step alone counts.
+    // At the time of a step no other step takes part.
     EXPECT_EQ(valueAt(*evaluator, 2.0, 1.5), 13.0);
     EXPECT_TRUE(std::isnan(valueAt(*evaluator, 3.0, 1.5)));
     EXPECT_TRUE(evaluator->isValid());
@@ -400,7 +400,7 @@ TEST(Field, OfASeriesLoadsNothingButTheStepsItNeedsAndLetsThemGo)
     { return std::ranges::count_if(loaded, [](const auto& step) { return !step.expired(); }); };
     const auto load = [&](std::size_t step)
     {
-        // Before a step comes in another one must have gone.
+        // A step must be released before another one is loaded.
         EXPECT_LE(liveSteps(), 1);
         const double value = static_cast<double>(step);
         auto values = std::make_shared<DefaultValueArray<Scalar>>(

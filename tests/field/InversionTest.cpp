@@ -7,7 +7,7 @@ namespace
 
 using namespace meshes;
 
-/// Positions inside the cell of one type, found again with their weights.
+/// Positions inside a cell of one type must be found with the weights that they were made with.
 template<std::size_t D>
 void expectInversion(CellType type, double distortion)
 {
@@ -51,7 +51,7 @@ TEST(Inversion, FindsTheWeightsInRegularAndDistortedCellsOfEveryType)
             continue;
         for (const double distortion : {0.0, 0.02, 0.08})
         {
-            // Curved lines and surfaces in space hold their positions to rounding alone.
+            // Positions lie on curved lines and surfaces in space only up to rounding.
             expectInversion<3>(type, distortion);
             if (dimensionOf(type) <= 2)
                 expectInversion<2>(type, distortion);
@@ -79,8 +79,7 @@ TEST(Inversion, ReachesVerticesAndTheApexOfAPyramid)
     }
 }
 
-/// The last digits of coordinates are coarse steps across a thin cell, between which the search must
-/// not go to and fro.
+/// Rounding of coordinates is coarse across a thin cell, and the search must not oscillate.
 TEST(Inversion, FindsPositionsInThinCells)
 {
     std::mt19937 random(9);
@@ -132,8 +131,8 @@ TEST(Inversion, FindsPositionsInThinCells)
     }
 }
 
-/// Far from the origin a position may count that lies beyond the apex of a pyramid by a few of its
-/// last digits. `locate` expects that its weights sum to 1.
+/// Far from the origin a position that lies beyond the apex of a pyramid by less than the rounding of its
+/// coordinates belongs to the cell. `locate` expects that its weights sum to 1.
 TEST(Inversion, CountsNothingTwiceBeyondTheApexOfAPyramid)
 {
     const Vector3 apex(1e9 + 0.5, 1e9 + 0.5, 1e9 + 1.0);
@@ -153,7 +152,7 @@ TEST(Inversion, CountsNothingTwiceBeyondTheApexOfAPyramid)
 
 TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
 {
-    // A pole, where four vertices are two; a thin cell; one turned inside out; one in a spiral.
+    // A cell with four vertices at two positions, a thin one, an inverted one and a spiral one.
     const Points<3> cube{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
                          {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
     const auto mapped = [&](auto map)

@@ -81,7 +81,7 @@ TEST(SortedCoordinates, AreCountedBelowEveryBound)
     }
 }
 
-/// Planes through vertices, in which the vertices themselves are crossings, among others.
+/// Planes through vertices of the grid and others, so that positions lie on vertices, too.
 template<std::size_t D>
 Planes<D> planesThrough(const EmbeddedCellComplex<D>& grid, std::size_t count, std::mt19937& random)
 {
@@ -130,7 +130,7 @@ void expectSameAnswers(const DataObject& object, const Lattice<D>& lattice, doub
     EXPECT_EQ(values, expected);
 }
 
-/// A bent function on the points of a grid.
+/// A function that is not linear on the points of a grid.
 template<std::size_t D>
 std::shared_ptr<const Function<Scalar>> wavesOn(const Grid<D>& grid,
                                                 const std::vector<double>& times = {})
@@ -141,7 +141,7 @@ std::shared_ptr<const Function<Scalar>> wavesOn(const Grid<D>& grid,
     return addData(grid, PointSetBase::Points, waves, Precision::Float64, times);
 }
 
-/// The number of the cell and a bent function.
+/// Compares the numbers of cells, and a function on points.
 template<std::size_t D>
 void expectSameAnswers(const Grid<D>& grid, const Planes<D>& planes)
 {
@@ -159,7 +159,7 @@ void expectSameAnswers(const Grid<D>& grid, std::size_t count, std::mt19937& ran
     expectSameAnswers<D>(grid, planesThrough(*grid, count, random));
 }
 
-/// A bent and shaken grid, folded where it is shaken much.
+/// A bent grid whose points are displaced at random; folded where they are displaced far.
 template<std::size_t D>
 Grid<D> bentGrid(const GridSize& size, double shake, const Tensor<double, D>& origin,
                  std::mt19937& random)
@@ -218,7 +218,7 @@ TEST(Lattice, IsSampledAsItsPositionsAreOneByOne)
     expectSameAnswers<2>(plane.grid(), 40, random);
 }
 
-/// So small that the inverse of its volume is no number, beside large ones.
+/// A cell so small that the reciprocal of its volume overflows, next to large cells.
 TEST(Lattice, IsSampledInAMinuteCellAsItsPositionsAreOneByOne)
 {
     constexpr double size = 5e-155;

@@ -15,7 +15,7 @@ namespace
 
 using namespace meshes;
 
-/// The lowest cell that contains a position, by asking all of them.
+/// The lowest cell that contains a position, found by testing all of them.
 template<std::size_t D>
 std::optional<std::size_t> cellByBruteForce(const UnstructuredGrid<D>& grid,
                                             const Tensor<double, D>& position)
@@ -115,7 +115,7 @@ std::vector<Grid<3>> sameGrids(std::size_t n, const Vector3& origin, const Vecto
 TEST(Locator, ChoosesTheLowestCellOnFacesInEveryKindOfGrid)
 {
     constexpr std::size_t n = 4;
-    // Whether the coordinates ascend or descend, are round numbers or have an end of digits.
+    // For coordinates that ascend or descend, round numbers and others.
     for (const auto& [origin, spacing] :
          {std::pair(Vector3(0.0, 0.0, 0.0), Vector3(1.0, 2.0, -0.5)),
           std::pair(Vector3(5e6, -3e5, 0.1), Vector3(-0.1, 0.01, 0.3))})
@@ -192,7 +192,7 @@ TEST(Locator, TakesFlatGridsInSpace)
                   {0.0, 0.0}));
 }
 
-/// Cells of all types that lie over each other in any order, with shared vertices and without.
+/// Cells of all types that overlap in any order, with shared vertices and without.
 template<std::size_t D>
 Mesh<D> heap(std::size_t cells, std::mt19937& random)
 {
@@ -240,7 +240,7 @@ void expectBruteForce(const Mesh<D>& mesh, std::mt19937& random)
     }
 }
 
-/// Overlapping cells of one type, the more distorted the less they can be inverted.
+/// Overlapping cells of one type, distorted up to where they have no inverse.
 template<std::size_t D>
 Mesh<D> row(CellType type, double distortion, std::mt19937& random)
 {
@@ -298,7 +298,7 @@ TEST(Locator, AgreesWithAskingEveryCell)
     for (const CellType type : {CellType::Quads, CellType::BiquadraticQuad})
         for (const double distortion : {0.0, 0.1, 0.6})
             expectBruteForce(row<2>(type, distortion, random), random);
-    // One on top of the other, more than a leaf holds.
+    // More identical cells than a leaf holds.
     Mesh<3> pile;
     for (int i = 0; i < 40; ++i)
         pile.addCell(CellType::Tetrahedra, Points<3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
@@ -334,7 +334,91 @@ TEST(Locator, FindsCellsFarFromTheOriginAndOfAnySize)
     }
 }
 
-/// A mark for a missing value in the coordinates does not blur the cells that have none.
+/// Sides of 1e-7 of the length, whatever vertex comes first.
+TEST(Locator, FindsPositionsInNeedles)
+{
+    constexpr double thin = 1e-7;
+    const Points<3> corners{{0, 0, 0}, {1, 0, 0}, {1, thin, 0}, {1, 0, thin}};
+    std::array<std::size_t, 4> order{0, 1, 2, 3};
+    do
+    {
+        Mesh<3> tetrahedra;
+        Mesh<2> triangles;
+        Mesh<3> surface;
+        Points<3> vertices;
+        for (const std::size_t i : order)
+            vertices.push_back(corners[i]);
+        tetrahedra.addCell(CellType::Tetrahedra, vertices);
+        Points<2> flat;
+        Points<3> inSpace;
+        for (const std::size_t i : order)
+            if (i < 3)
+            {
+                flat.emplace_back(corners[i][0], corners[i][1]);
+                inSpace.emplace_back(corners[i][0], corners[i][0], corners[i][1]);
+            }
+        triangles.addCell(CellType::Triangles, flat);
+        surface.addCell(CellType::Triangles, inSpace);
+        EXPECT_EQ(cellAt<3>(*tetrahedra.grid(), {0.75, 0.25 * thin, 0.25 * thin}), 0U);
+        EXPECT_EQ(cellAt<3>(*tetrahedra.grid(), {0.75, 0.75 * thin, 0.25 * thin}), std::nullopt);
+        EXPECT_EQ(cellAt<2>(*triangles.grid(), {0.75, 0.25 * thin}), 0U);
+        EXPECT_EQ(cellAt<2>(*triangles.grid(), {0.75, -0.25 * thin}), std::nullopt);
+        EXPECT_EQ(cellAt<3>(*surface.grid(), {0.75, 0.75, 0.25 * thin}), 0U);
+    } while (std::ranges::next_permutation(order).found);
+    Mesh<3> hexahedra;
+    Points<3> sheared;
+    for (const Reference at :
+         {Reference{0, 0, 0}, Reference{1, 0, 0}, Reference{1, 1, 0}, Reference{0, 1, 0},
+          Reference{0, 0, 1}, Reference{1, 0, 1}, Reference{1, 1, 1}, Reference{0, 1, 1}})
+        sheared.emplace_back(at[0] + at[1] + at[2], thin * at[1], thin * at[2]);
+    hexahedra.addCell(CellType::Hexahedra, sheared);
+    EXPECT_EQ(cellAt<3>(*hexahedra.grid(), {1.2, 0.4 * thin, 0.4 * thin}), 0U);
+    EXPECT_EQ(cellAt<3>(*hexahedra.grid(), {1.2, 1.4 * thin, 0.4 * thin}), std::nullopt);
+}
+
+/// Computed in single precision, as a program that stores such a surface would.
+TEST(Locator, FindsTheCentersOfTheTrianglesOfASurfaceInSinglePrecision)
+{
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> number(-1.0F, 1.0F);
+    std::vector<std::array<float, 3>> coordinates;
+    std::vector<std::int64_t> offsets{0};
+    std::vector<std::int64_t> connectivity;
+    constexpr std::size_t numTriangles = 500;
+    for (std::size_t i = 0; i < numTriangles; ++i)
+    {
+        const std::array<float, 3> place{100.0F * number(random), 100.0F * number(random),
+                                         100.0F * number(random)};
+        for (int k = 0; k < 3; ++k)
+        {
+            connectivity.push_back(static_cast<std::int64_t>(coordinates.size()));
+            coordinates.push_back(
+                {place[0] + number(random), place[1] + number(random), place[2] + number(random)});
+        }
+        offsets.push_back(static_cast<std::int64_t>(coordinates.size()));
+    }
+    // Far away from all others, which must not be found from farther away for that.
+    connectivity.insert(connectivity.end(), {0, 1, static_cast<std::int64_t>(coordinates.size())});
+    coordinates.push_back({1e9F, 0.0F, 0.0F});
+    offsets.push_back(static_cast<std::int64_t>(connectivity.size()));
+    const UnstructuredGrid<3> grid(std::make_shared<WrappedValueArray<Vector3, float>>(
+                                       coordinates.front().data(), coordinates.size(), 3, nullptr),
+                                   CellTable{std::vector(numTriangles + 1, CellType::Triangles),
+                                             IndexArray(offsets), IndexArray(connectivity)});
+    for (std::size_t i = 0; i < numTriangles; ++i)
+    {
+        const auto* const corners = &coordinates[3 * i];
+        Vector3 center;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            center[axis] = (corners[0][axis] + corners[1][axis] + corners[2][axis]) * (1.0F / 3.0F);
+        EXPECT_EQ(cellAt<3>(grid, center), i);
+        const Vector3 normal = normalized(cross(grid.point(3 * i + 1) - grid.point(3 * i),
+                                                grid.point(3 * i + 2) - grid.point(3 * i)));
+        EXPECT_EQ(cellAt<3>(grid, center + 1e-3 * normal), std::nullopt);
+    }
+}
+
+/// Marks for missing values among the coordinates must not make the search for other cells inaccurate.
 TEST(Locator, TakesOneWildCoordinateForWhatItIs)
 {
     std::mt19937 random(8);
@@ -393,7 +477,7 @@ TEST(Locator, ReadsPointsAndCellsOfEveryPrecision)
         EXPECT_EQ(cellAt<3>(grid, query), cellAt<3>(*wide, query));
 }
 
-/// The bits of all answers to queries in an order, some at a time, with one hint for all.
+/// The bits of the answers to queries in an order, a few at a time, with one hint for all.
 template<std::size_t D>
 std::vector<std::uint64_t> answers(const EmbeddedCellComplex<D>& grid,
                                    const CellLocator<D>& locator,

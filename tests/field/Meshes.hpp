@@ -57,7 +57,7 @@ struct Mesh
     }
 };
 
-/// What `locate` says of a position: the cell and the weights, or nothing.
+/// The location of a position, if a cell contains it.
 template<std::size_t D>
 std::optional<Location> locate(const EmbeddedCellComplex<D>& grid,
                                const Tensor<double, D>& position)
@@ -109,7 +109,7 @@ Tensor<double, D> firstCoordinates(const std::array<double, 3>& numbers)
     return vector;
 }
 
-/// The vertices of a reference cell, moved by up to `distortion` and stretched and sheared.
+/// The vertices of a reference cell, displaced by up to `distortion`, stretched and sheared.
 template<std::size_t D>
 Points<D> distortedCell(CellType type, double distortion, std::mt19937& random)
 {

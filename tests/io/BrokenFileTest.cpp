@@ -129,6 +129,10 @@ TEST_F(BrokenFile, HasArraysWithMoreThanTheyNeed)
     // The number of bytes, 7, as UInt32; then the bytes.
     EXPECT_EQ(image(array + "\"binary\">BwAAAAECAwQFBgc=</DataArray>"),
               "a.vti: array \"p\": needs 6 bytes and has 7");
+    // The six bytes are there, and two more follow them.
+    EXPECT_EQ(image(array + "\"binary\">BgAAAAECAwQFBgcI</DataArray>"),
+              "a.vti: array \"p\": needs 6 bytes and has more");
+    EXPECT_EQ(image(array + "\"binary\">\nBgAAAA==\nAQIDBAUG\n</DataArray>"), "ok");
     EXPECT_EQ(
         image(array + "\"appended\" offset=\"0\"/>", "", raw + "\x07\0\0\0abcdefg</AppendedData>"s),
         "a.vti: array \"p\": needs 6 bytes and has 7");
@@ -141,9 +145,10 @@ TEST_F(BrokenFile, HasArraysWithMoreThanTheyNeed)
               "a.vti: array \"p\": needs 6 bytes and has 7");
     EXPECT_EQ(image(array + "\"binary\">AgAAAAYAAAAAAAAACAAAAAgAAAA=AAAA</DataArray>", compressed),
               "a.vti: array \"p\": needs 6 bytes and has 12");
-    EXPECT_EQ(complaintAbout("b.vtk", legacy("STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nPOINT_DATA 2\n"
-                                             "SCALARS p int\nLOOKUP_TABLE default\n1 2 3\n")),
-              "b.vtk: an array has more numbers than it declares; the first of them ends at byte 135");
+    EXPECT_EQ(
+        complaintAbout("b.vtk", legacy("STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nPOINT_DATA 2\n"
+                                       "SCALARS p int\nLOOKUP_TABLE default\n1 2 3\n")),
+        "b.vtk: an array has more numbers than it declares; the first of them ends at byte 135");
 }
 
 TEST_F(BrokenFile, IsReportedInAShortLine)
@@ -167,14 +172,14 @@ TEST_F(BrokenFile, IsReportedInAShortLine)
 
 TEST_F(BrokenFile, MayBeEmptyWithAnEndlessExtent)
 {
-    EXPECT_EQ(complaintAbout(
-                  "a.vti",
-                  vtkFile("ImageData",
-                          "<ImageData WholeExtent=\"0 3 0 9223372036854775807 0 2\"><Piece "
-                          "Extent=\"0 3 3 2 0 2\"><PointData>" +
-                              dataArray("type=\"Int8\" Name=\"p\"", "") +
-                              "</PointData></Piece></ImageData>")),
-              "ok");
+    EXPECT_EQ(
+        complaintAbout(
+            "a.vti",
+            vtkFile("ImageData", "<ImageData WholeExtent=\"0 3 0 9223372036854775807 0 2\"><Piece "
+                                 "Extent=\"0 3 3 2 0 2\"><PointData>" +
+                                     dataArray("type=\"Int8\" Name=\"p\"", "") +
+                                     "</PointData></Piece></ImageData>")),
+        "ok");
 }
 
 TEST_F(BrokenFile, DeclaresComponentsWithoutEnd)

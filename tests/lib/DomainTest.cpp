@@ -144,6 +144,8 @@ TEST(UnstructuredGrid, RefusesInconsistentCellsWithTheirNumber)
     cells.types[1] = CellType::Quads;
     EXPECT_EQ(message(cells),
               "1 cell with another number of vertices than the type has, the first is cell 1");
+    cells.types[2] = static_cast<CellType>(200);
+    EXPECT_EQ(message(cells), "1 cell of a type that does not exist, the first is cell 2");
     cells = mixedCells();
     cells.offsets = IndexArray({0, 3, 2, 8});
     EXPECT_EQ(message(cells),
@@ -153,6 +155,15 @@ TEST(UnstructuredGrid, RefusesInconsistentCellsWithTheirNumber)
               "1 cell with offsets that descend or leave the connectivity, the first is cell 2");
     cells.offsets = IndexArray(std::vector<std::int64_t>{0, 3});
     EXPECT_EQ(message(cells), "3 cells need 4 offsets, not 2");
+}
+
+TEST(DomainPart, OwnsItsName)
+{
+    std::string name = "a part with a name of more than a few letters";
+    const DomainPart part(name);
+    name.assign(name.size(), '?');
+    EXPECT_EQ(part, DomainPart("a part with a name of more than a few letters"));
+    EXPECT_FALSE(part == PointSetBase::Points);
 }
 
 TEST(Domain, EqualsWhatHasTheSameElementsAtTheSamePlaces)

@@ -49,6 +49,8 @@ TEST(AddData, RefusesWhatDoesNotFit)
     EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 3, {0.0, 1.0}), misfit);
     EXPECT_EQ(message(lineOf(3), detail::Cells, 3, {}), misfit);
     EXPECT_EQ(message(lineOf(3), detail::Cells, 2, {}), "no exception");
+    EXPECT_EQ(errorOf([] { Function<Scalar>(lineOf(3), PointSetBase::Points, nullptr, {}); }),
+              "a function needs an array of values");
     EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 6, {1.0, 1.0}),
               "the time steps of a function must ascend");
     EXPECT_EQ(message(lineOf(3), PointSetBase::Points, 6, {0.0, NAN}),
@@ -91,7 +93,7 @@ TEST(FunctionEvaluator, InterpolatesBetweenSteps)
     EXPECT_EQ(at(3.0), 20.0);
     EXPECT_EQ(at(1.5), 5.0);
     EXPECT_TRUE(evaluator.isValid());
-    // Outside, it is invalid and stays where it was.
+    // Outside of the range it is invalid and stays at the last time.
     EXPECT_EQ(at(4.0000001), 5.0);
     EXPECT_FALSE(evaluator.isValid());
     EXPECT_EQ(at(NAN), 5.0);

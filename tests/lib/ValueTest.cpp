@@ -52,6 +52,7 @@ TEST(Tensor, ProductsKeepTheOrderOfIndices)
     const Matrix2 b(0.0, 1.0, 5.0, 7.0);
     EXPECT_EQ(multiply(a, b), Matrix2(10.0, 15.0, 20.0, 31.0));
     EXPECT_EQ(multiply(a, Vector2(1.0, 10.0)), Vector2(21.0, 43.0));
+    EXPECT_EQ(-a, Matrix2(-1.0, -2.0, -3.0, -4.0));
 }
 
 TEST(Tensor, NormIsEuclideanAndDoesNotOverflowForScalars)
@@ -128,7 +129,7 @@ TYPED_TEST(StoredPrecision, IsKeptAndReadAsDoubles)
               Vector2(static_cast<double>(Limits::lowest()), static_cast<double>(Limits::max())));
     EXPECT_EQ(values[1], Vector2(3.0, 4.0));
     EXPECT_EQ(array[1], values[1]);
-    // Doubles are seen where they lie; everything else is converted into the scratch memory.
+    // Doubles are viewed in place; other numbers are converted into the scratch memory.
     const bool inPlace = static_cast<const void*>(values.data()) == stored.data();
     EXPECT_EQ(inPlace, (std::is_same_v<TypeParam, double>));
 }
@@ -177,7 +178,7 @@ TEST(SeriesValueArray, LoadsEachStepOnceAndKeepsTwo)
     EXPECT_EQ(numAlive, 2);
     EXPECT_EQ((*series)[7], Scalar(21.0));
     EXPECT_EQ(loaded.size(), 4U);
-    // A part inside a step holds on to it alone, one across steps reads through the series.
+    // A part inside a step keeps only that step, one across steps reads from the series.
     EXPECT_EQ((*series->part(4, 2))[0], Scalar(11.0));
     EXPECT_EQ((*series->part(4, 5))[4], Scalar(22.0));
 }

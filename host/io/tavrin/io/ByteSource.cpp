@@ -40,6 +40,13 @@ constexpr std::array<std::uint8_t, 256> makeBase64Digits()
 
 constexpr auto base64Digits = makeBase64Digits();
 
+/// The digit that a character stands for; `foreign` for the end of a stream.
+std::uint8_t digitOf(int character)
+{
+    return character < 0 || character > 255 ? foreign
+                                            : base64Digits[static_cast<std::size_t>(character)];
+}
+
 template<typename Number>
 void swapAll(std::span<std::byte> bytes)
 {
@@ -82,6 +89,15 @@ void Base64ByteSource::read(std::span<std::byte> target)
     }
 }
 
+bool Base64ByteSource::hasMore()
+{
+    std::streambuf& buffer = *mStream.rdbuf();
+    int character = buffer.sgetc();
+    while (digitOf(character) == blank)
+        character = buffer.snextc();
+    return mNext < mEnd || digitOf(character) != foreign;
+}
+
 void Base64ByteSource::refill()
 {
     mNext = mEnd = 0;
@@ -92,9 +108,7 @@ void Base64ByteSource::refill()
         for (std::size_t i = 0; i < digits.size();)
         {
             const int character = buffer.sgetc();
-            const std::uint8_t digit = character < 0 || character > 255
-                                           ? foreign
-                                           : base64Digits[static_cast<std::size_t>(character)];
+            const std::uint8_t digit = digitOf(character);
             if (digit == foreign)
             {
                 if (mEnd == 0)

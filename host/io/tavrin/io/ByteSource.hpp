@@ -40,6 +40,9 @@ public:
     explicit Base64ByteSource(std::istream& stream) : mStream(stream) {}
     void read(std::span<std::byte> target) override;
 
+    /// Whether bytes follow the last one that was read.
+    bool hasMore();
+
 private:
     void refill();
 

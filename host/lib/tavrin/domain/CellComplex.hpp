@@ -27,7 +27,7 @@ public:
     /// The point index of vertex k.
     std::size_t pointIndex(std::size_t k) const { return mVertices[k]; }
 
-    /// Valid as long as the cell is, so it cannot be asked of a temporary one.
+    /// Valid as long as the cell, so that it is not available for temporary cells.
     std::span<const std::size_t> pointIndices() const& { return {mVertices.data(), mNumVertices}; }
     std::span<const std::size_t> pointIndices() const&& = delete;
 
@@ -70,8 +70,8 @@ public:
     /// Makes the locator of a grid.
     using MakeLocator = std::shared_ptr<const CellLocator<D>>(const EmbeddedCellComplex& grid);
 
-    /// What `make` gives on the first call, kept for all later ones. Throws what `make` throws, and
-    /// then the next call tries again. May be called from several threads at once.
+    /// The locator that the first call makes by `make`, for the code that locates positions. Throws what
+    /// `make` throws; the next call then tries again. May be called from several threads at once.
     const CellLocator<D>& locator(MakeLocator& make) const;
 
     std::size_t numElements(const DomainPart& part) const final;

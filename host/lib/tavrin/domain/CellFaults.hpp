@@ -7,7 +7,7 @@
 namespace tavrin
 {
 
-/// How many cells have a fault, and which is the first.
+/// The number of cells with a fault, and the first of them.
 struct CellFaults
 {
     std::size_t count = 0;
@@ -21,7 +21,7 @@ struct CellFaults
     }
 };
 
-/// Throws an error of some type where there are any.
+/// Throws an `Error` that says how many cells have the fault, if there are any.
 template<typename Error>
 void complainIfAny(const CellFaults& faults, const std::string& fault)
 {

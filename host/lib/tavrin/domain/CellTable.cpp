@@ -12,10 +12,11 @@ namespace tavrin
 namespace
 {
 
-/// Not worth the threads.
+/// Checking fewer cells takes less time than starting the other threads.
 constexpr std::size_t fewCells = 10000;
 
-/// Calls `isFaulty(cell)` for all cells, on all threads, and throws `runtime_error` where one is.
+/// Calls `isFaulty(cell)` for all cells, on all threads. It must not throw. Throws `runtime_error` if a cell is
+/// faulty.
 template<typename Check>
 void refuse(const std::string& fault, std::size_t cells, const Check& isFaulty)
 {
@@ -47,12 +48,15 @@ void CellTable::check(std::size_t numPoints) const
         throw runtime_error(std::to_string(types.size()) + " cells need " +
                             std::to_string(types.size() + 1) + " offsets, not " +
                             std::to_string(offsets.size()));
+    // First of all, since the properties of other types are not known.
+    refuse("of a type that does not exist", types.size(),
+           [&](std::size_t cell) { return static_cast<std::size_t>(types[cell]) >= numCellTypes; });
     std::visit(
         [&](const auto& start, const auto& vertices)
         {
             const auto available = static_cast<std::int64_t>(vertices.size());
             const auto pointCount = static_cast<std::int64_t>(numPoints);
-            // Offsets inside the connectivity come first: what follows reads between them.
+            // Before the checks that read the connectivity between them.
             refuse("with offsets that descend or leave the connectivity", types.size(),
                    [&](std::size_t cell) {
                        return start[cell] < 0 || start[cell + 1] < start[cell] ||

@@ -12,7 +12,7 @@
 namespace tavrin
 {
 
-/// Indices of 32 or 64 bits in memory that somebody else may own.
+/// Indices of 32 or 64 bits, in memory of its own or of someone else.
 class TAVRIN_API IndexArray
 {
 public:
@@ -23,7 +23,7 @@ public:
     {
     }
 
-    /// Takes the indices over without a copy.
+    /// Takes over the indices without copying them.
     explicit IndexArray(std::vector<std::int64_t> indices)
     {
         auto owned = std::make_shared<const std::vector<std::int64_t>>(std::move(indices));
@@ -57,13 +57,13 @@ private:
 struct TAVRIN_API CellTable
 {
     std::vector<CellType> types;
-    /// One more than there are cells, from 0 up.
+    /// One more than there are cells; not descending.
     IndexArray offsets;
     IndexArray connectivity;
 
-    /// Throws `runtime_error` with the number of faulty cells and the first of them where the
-    /// arrays do not belong together, a cell has another number of vertices than its type, or a
-    /// vertex is not one of `numPoints` points.
+    /// Throws `runtime_error` with the number of faulty cells and the first of them where the arrays do
+    /// not fit together, a type does not exist, a cell has a wrong number of vertices for its type, or
+    /// a vertex is not one of `numPoints` points.
     void check(std::size_t numPoints) const;
 
     bool operator==(const CellTable& other) const = default;

@@ -12,10 +12,11 @@ class TAVRIN_API CurvilinearGrid final : public StructuredGrid<D>
 public:
     using typename PointSet<D>::Point;
 
-    /// One point per index triple, the first axis fastest. Throws `runtime_error` where the number
-    /// of points is not that of the size.
+    /// Points are numbered fastest along the first axis. Throws `runtime_error` where their number does
+    /// not match the size.
     CurvilinearGrid(const GridSize& size, std::shared_ptr<const ValueArray<Point>> points);
 
+    Precision coordinatePrecision() const override { return mPoints->precision(); }
     Point point(std::size_t index) const override { return (*mPoints)[index]; }
     std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override
     {

@@ -9,14 +9,14 @@
 namespace tavrin
 {
 
-/// Where the elements of a domain come from: listed one by one, or numbered by a regular grid.
+/// Whether the elements of a domain are listed one by one or numbered by a regular grid.
 enum class TopologyType
 {
     Unstructured,
     Structured
 };
 
-/// How the positions of a grid's points are given.
+/// How the points of a grid are defined.
 enum class StructuringType
 {
     Unstructured,
@@ -44,14 +44,14 @@ TAVRIN_API std::string_view nameOf(DomainType type);
 class TAVRIN_API Domain : public DataObject
 {
 public:
-    /// Stands for every part in an input filter.
-    static constexpr DomainPart any{"any"};
+    /// Every part, in an input filter.
+    static inline const DomainPart any{"any"};
 
     /// The number of elements of a part; 0 for a part that the domain does not have.
     virtual std::size_t numElements(const DomainPart& part) const = 0;
 
-    /// Whether both domains have the same kind, elements and positions, so that values on one fit
-    /// the other.
+    /// Whether both domains are of one kind with the same elements and positions, so that values on one of
+    /// them fit the other.
     virtual bool equals(const Domain& other) const = 0;
 
     static const TypeId<Domain>& classTypeId()

@@ -3,30 +3,31 @@
 #include <tavrin/base/Export.hpp>
 
 #include <string>
+#include <utility>
 
 namespace tavrin
 {
 
-/// The kind of element of a domain that a function's values live on, such as its points or cells.
-/// Two parts are equal when they have the same name.
+/// The kind of element of a domain that a function's values live on, such as its points or cells. Parts
+/// with the same name are equal.
 class TAVRIN_API DomainPart
 {
 public:
-    explicit constexpr DomainPart(const char* name) : mName(name) {}
+    explicit DomainPart(std::string name) : mName(std::move(name)) {}
 
-    std::string getName() const { return mName; }
+    const std::string& getName() const { return mName; }
 
-    bool operator==(const DomainPart& other) const { return getName() == other.getName(); }
+    bool operator==(const DomainPart& other) const = default;
 
 private:
-    const char* mName;
+    std::string mName;
 };
 
 namespace detail
 {
 
 /// One value per cell.
-inline constexpr DomainPart Cells("Cells");
+inline const DomainPart Cells("Cells");
 
 }
 

@@ -57,7 +57,10 @@ public:
     {
         std::size_t vertex = 0;
         for (const Axis& axis : axes())
-            vertex += cell / axis.cellStride % axis.cells * axis.pointStride;
+        {
+            vertex += cell % axis.cells * axis.pointStride;
+            cell /= axis.cells;
+        }
         return vertex;
     }
 

@@ -14,8 +14,8 @@
 namespace tavrin
 {
 
-/// A box of positions of a lattice, by their indices along each axis. Their numbers in it run fastest
-/// along the first axis.
+/// A box of positions of a lattice, by ranges of indices along each axis. Positions are numbered in it
+/// fastest along the first axis.
 struct LatticeBlock
 {
     std::array<std::uint32_t, 3> first{};
@@ -27,8 +27,8 @@ struct LatticeBlock
     }
     std::size_t size() const { return length(0) * length(1) * length(2); }
 
-    /// Of this block's positions from ... to - 1, those in a part of it: calls
-    /// `visit(number, numberInPart, count)` for each run of neighbors.
+    /// Calls `visit(number, numberInPart, count)` for each run of consecutive positions of this block that
+    /// are in `part` and have the numbers from ... to - 1.
     template<typename Visit>
     void forEachRun(const LatticeBlock& part, std::size_t from, std::size_t to,
                     const Visit& visit) const
@@ -53,7 +53,7 @@ struct LatticeBlock
             }
     }
 
-    /// Calls `visit(part)` for blocks of at most so many planes of each axis, which together are this.
+    /// Divides this into blocks of at most `atMost` planes along each axis, and calls `visit` for each.
     template<typename Visit>
     void forEachPart(std::uint32_t atMost, const Visit& visit) const
     {
@@ -77,9 +77,9 @@ struct LatticeBlock
     }
 };
 
-/// Positions at the crossings of planes that stand on the axes of space. Those of an axis, fewer than
-/// 2^32, are given by their coordinates in ascending order. Position numbers run fastest along the
-/// first axis.
+/// Positions at the intersections of planes at right angles to the coordinate axes. The planes of an axis,
+/// fewer than 2^32, are given by their coordinates in ascending order. Positions are numbered fastest along
+/// the first axis.
 template<std::size_t D>
 struct Lattice
 {
@@ -106,7 +106,7 @@ struct Lattice
         return result;
     }
 
-    /// The positions in a box, of which there may be none.
+    /// The block of positions in a box; it may be empty.
     LatticeBlock within(const Box<D>& box) const
     {
         LatticeBlock block;
@@ -122,7 +122,7 @@ struct Lattice
 
     LatticeBlock whole() const { return within(Box<D>::everything()); }
 
-    /// All of them.
+    /// All positions.
     std::vector<Tensor<double, D>> positions() const
     {
         std::vector<Tensor<double, D>> result;
@@ -143,8 +143,8 @@ struct Lattice
         return result;
     }
 
-    /// Blocks of at most so many positions, compact ones where that is possible, which together are
-    /// the positions first ... last - 1.
+    /// The positions first ... last - 1 as blocks of at most `atMost` positions, compact ones where that is
+    /// possible.
     std::vector<LatticeBlock> blocksOf(std::size_t first, std::size_t last,
                                        std::size_t atMost) const
     {
@@ -159,7 +159,7 @@ struct Lattice
     }
 
 private:
-    /// The largest block of neighboring numbers from `first` on, of at most so many positions.
+    /// The largest block of consecutive numbers from `first` on that has at most `atMost` positions.
     LatticeBlock largestBlock(std::size_t first, std::size_t atMost) const
     {
         LatticeBlock block;
@@ -200,7 +200,7 @@ private:
     }
 };
 
-/// The lattice of planes that are kept elsewhere and must outlive it.
+/// The lattice of planes, which must outlive it.
 template<std::size_t D>
 Lattice<D> latticeOf(const std::array<std::vector<double>, D>& planes)
 {

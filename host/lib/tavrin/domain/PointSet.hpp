@@ -11,12 +11,12 @@
 namespace tavrin
 {
 
-/// A set of points, whatever its dimension.
+/// A set of points of any dimension.
 class TAVRIN_API PointSetBase : public virtual Domain
 {
 public:
     /// One value per point.
-    static constexpr DomainPart Points{"Points"};
+    static inline const DomainPart Points{"Points"};
 
     /// The smallest axis-parallel box around all points.
     class BoundingBox
@@ -44,7 +44,7 @@ public:
     /// The number of coordinates of a point: 1, 2 or 3.
     virtual std::size_t dimension() const = 0;
 
-    /// Found on the first call and kept. A set without points has the bounds (+inf, -inf).
+    /// The box around all points, computed on the first call. Without points its bounds are +inf, -inf.
     virtual BoundingBox boundingBox() const = 0;
 
     std::size_t numElements(const DomainPart& part) const override;
@@ -70,11 +70,14 @@ public:
     /// The points first ... first + scratch.size() - 1, as `ValueArray::read` delivers values.
     virtual std::span<const Point> points(std::size_t first, std::span<Point> scratch) const;
 
+    /// The precision in which coordinates are stored, and to which positions can be computed from them.
+    virtual Precision coordinatePrecision() const { return Precision::Float64; }
+
     std::size_t dimension() const final { return D; }
     BoundingBox boundingBox() const final;
 
-    /// Point sets are equal when they are of the same kind and have the same points in the same
-    /// order; kinds that compute their points compare what they compute them from.
+    /// Point sets are equal if they are of the same kind and have the same points in the same order. Kinds
+    /// that compute their points compare the parameters of the computation.
     bool equals(const Domain& other) const override;
 
     static const TypeId<PointSet>& classTypeId()
@@ -84,7 +87,7 @@ public:
     }
 
 protected:
-    /// Looks at all points, unless a kind of grid knows better.
+    /// Reads all points; kinds of grid with a faster way override it.
     virtual BoundingBox findBoundingBox() const;
 
 private:
@@ -105,6 +108,7 @@ public:
     }
 
     std::size_t numPoints() const override { return mPoints->size(); }
+    Precision coordinatePrecision() const override { return mPoints->precision(); }
     Point point(std::size_t index) const override { return (*mPoints)[index]; }
     std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override
     {

@@ -5,7 +5,7 @@
 namespace tavrin
 {
 
-/// A grid given by the coordinates along each axis; the points are computed from them.
+/// A grid defined by the coordinates along each axis, from which its points are computed.
 template<std::size_t D>
 class TAVRIN_API RectilinearGrid final : public StructuredGrid<D>
 {

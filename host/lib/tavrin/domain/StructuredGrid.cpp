@@ -6,9 +6,10 @@ namespace tavrin
 template<std::size_t D>
 Cell StructuredGrid<D>::cell(std::size_t index) const
 {
+    const std::size_t first = mNumbering.firstVertexOf(index);
     auto vertices = mNumbering.cornerOffsets();
     for (std::size_t& vertex : vertices)
-        vertex += mNumbering.firstVertexOf(index);
+        vertex += first;
     const CellType type = mNumbering.cellType();
     return {type, std::span(vertices).first(numVerticesOf(type))};
 }

@@ -39,7 +39,7 @@ std::span<const typename UniformGrid<D>::Point> UniformGrid<D>::points(
 {
     for (std::size_t done = 0; done < scratch.size();)
     {
-        // As many as there are up to the end of the row.
+        // The points up to the end of the row.
         const GridSize indices = this->pointIndices(first + done);
         const std::size_t count = std::min(scratch.size() - done, mLayout.size[0] - indices[0]);
         Point offsets;

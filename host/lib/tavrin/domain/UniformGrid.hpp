@@ -25,26 +25,25 @@ public:
 
     struct Layout
     {
-        /// Points along each axis; 1 from axis D on.
+        /// The number of points along each axis; 1 from axis D on.
         GridSize size{1, 1, 1};
         Point origin{};
-        /// Distance of neighboring points, finite and not 0 on an axis of more than one point.
+        /// The distance of neighboring points: finite, and not 0 along an axis with several points.
         Point spacing{};
-        /// The index of the first point along each axis, where numbering starts at another than 0.
+        /// The index of the first point along each axis.
         std::array<long, D> firstIndex{};
-        /// The columns are the directions of the index axes; the unit matrix where they are
-        /// those of the coordinates.
+        /// The columns are the directions of the index axes. By default they are the coordinate axes.
         Tensor<double, D, D> direction = unitMatrix<D>();
 
         bool operator==(const Layout&) const = default;
     };
 
-    /// Throws `runtime_error` where the layout gives no grid.
+    /// Throws `runtime_error` for numbers that are not finite and for several points at one position.
     explicit UniformGrid(const Layout& layout);
 
     const Layout& layout() const { return mLayout; }
 
-    /// Whether the index axes are not those of the coordinates.
+    /// Whether the index axes differ from the coordinate axes.
     bool isOriented() const { return mIsOriented; }
 
     Point point(std::size_t index) const override;
@@ -65,7 +64,7 @@ protected:
     }
 
 private:
-    /// The coordinate along an index axis, in units of its direction, from the origin on.
+    /// The offset from the origin along an index axis.
     double offset(std::size_t axis, std::size_t index) const
     {
         return static_cast<double>(mLayout.firstIndex[axis] + static_cast<long>(index)) *

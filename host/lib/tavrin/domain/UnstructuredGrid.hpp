@@ -13,10 +13,11 @@ class TAVRIN_API UnstructuredGrid final : public EmbeddedCellComplex<D>
 public:
     using typename PointSet<D>::Point;
 
-    /// Throws `runtime_error` where the cells are inconsistent or use points that do not exist.
+    /// Throws what `CellTable::check` throws.
     UnstructuredGrid(std::shared_ptr<const ValueArray<Point>> points, CellTable cells);
 
     std::size_t numPoints() const override { return mPoints->size(); }
+    Precision coordinatePrecision() const override { return mPoints->precision(); }
     Point point(std::size_t index) const override { return (*mPoints)[index]; }
     std::span<const Point> points(std::size_t first, std::span<Point> scratch) const override
     {

@@ -8,7 +8,7 @@
 namespace tavrin
 {
 
-/// A field given by a formula of position and time, valid everywhere and at every time.
+/// A field defined by a formula of position and time, valid everywhere and at every time.
 template<std::size_t D, Value T>
 class SpatialFunctionField final : public Field<D, T>
 {

@@ -12,7 +12,7 @@ namespace tavrin
 namespace
 {
 
-/// Steps of the curve along an axis, as a power of two.
+/// The binary logarithm of the number of steps of the curve along an axis: three axes fit into 32 bits.
 constexpr unsigned stepBits = 10;
 constexpr std::uint32_t lastStep = (1U << stepBits) - 1;
 
@@ -53,7 +53,7 @@ public:
         return steps;
     }
 
-    /// How far along the curve a position comes.
+    /// The number of steps along the curve to a position.
     std::uint32_t placeOf(const Position& position) const
     {
         std::uint32_t place = 0;
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// Leaves room for the bits of the other axes.
+    /// Spreads bits apart, to leave room for those of the other axes.
     static std::uint32_t spread(std::uint32_t bits)
     {
         if constexpr (D == 3)
@@ -88,7 +88,7 @@ private:
     Position mSteps;
 };
 
-/// Whether most positions are close to the one before.
+/// Whether at least seven of eight positions are within a sixteenth of the box of the one before.
 template<std::size_t D>
 bool areCoherent(std::span<const Tensor<double, D>> positions, const MortonCurve<D>& curve)
 {
@@ -128,7 +128,7 @@ std::vector<std::uint32_t> spatialOrder(std::span<const Tensor<double, D>> posit
     std::vector<Item> sorted(count);
     for (std::size_t i = 0; i < count; ++i)
         items[i] = {curve.placeOf(positions[i]), static_cast<std::uint32_t>(i)};
-    // Digit by digit, from the last.
+    // A radix sort, digit by digit from the last one.
     for (unsigned digit = 0; digit < D; ++digit)
     {
         const auto digitOf = [&](const Item& item)

@@ -44,6 +44,8 @@ FunctionBase::FunctionBase(std::shared_ptr<const Domain> domain, const DomainPar
       mTimeSteps(std::move(timeSteps)), mName(std::move(name)), mValidity(std::move(validity)),
       mFileIndices(std::move(fileIndices))
 {
+    if (mValues == nullptr)
+        throw logic_error("a function needs an array of values");
     requireAscending(mTimeSteps);
     if (mValidity != nullptr && mValidity->size() != mValues->size())
         throw logic_error("the mask of a function's values has another size than they have");

@@ -21,7 +21,7 @@ enum class TimeBehavior
 /// "steady", "unsteady".
 TAVRIN_API std::string_view nameOf(TimeBehavior behavior);
 
-/// For each value of a function 1, or 0 where the value only fills a gap.
+/// For each value of a function 1, or 0 where the value is only a placeholder.
 using ValidityMask = LargeVector<std::uint8_t>;
 
 /// For each element of a domain part its index in the file that a function was read from.
@@ -40,7 +40,7 @@ public:
     /// The values of all time steps.
     const std::shared_ptr<const ValueArrayBase>& values() const { return mValues; }
 
-    /// Strictly ascending; may be empty, which is one step at no particular time.
+    /// Strictly ascending. Empty for one step that belongs to no particular time.
     const std::vector<double>& timeSteps() const { return mTimeSteps; }
 
     /// At least 1.
@@ -56,11 +56,11 @@ public:
     /// Values on points are point-based, all others cell-based.
     DomainType domainType() const;
 
-    /// What the values are, such as the name of an array in a file; may be empty.
+    /// The name of the quantity, such as that of an array in a file; may be empty.
     const std::string& name() const { return mName; }
 
-    /// Which values are real, for all time steps; null where all are. Values that are not are left
-    /// out of statistics and pictures, and fields have no value where they would count.
+    /// Marks the values that are real, for all time steps; null where all of them are. Values that are not
+    /// are left out of statistics and pictures, and fields have no value where they would take part.
     const std::shared_ptr<const ValidityMask>& validity() const { return mValidity; }
 
     /// The index that an element of the domain part has in the file that the function was read from.
@@ -73,7 +73,7 @@ public:
     /// "3-D Vector" and the like.
     virtual std::string valueTypeName() const = 0;
 
-    /// Lines for a person: value type and precision, domain part, number of values, time steps.
+    /// Readable lines on value type and precision, domain part, number of values and time steps.
     std::vector<std::string> getInfoStrings() const;
 
     static const TypeId<FunctionBase>& classTypeId()
@@ -114,8 +114,10 @@ template<typename T>
 class TAVRIN_API Function final : public FunctionBase
 {
 public:
-    /// Throws what `transferToDomain` throws, and `logic_error` where the time steps do not ascend,
-    /// the mask has another size than the values, or the file indices another one than the part.
+    /// Throws `runtime_error` "Data can't be registered to non-existent domains." for a null domain and
+    /// "The data does not fit onto the specified domain" for a wrong number of values. Throws
+    /// `logic_error` where there is no value array, time steps do not ascend, the mask differs in size
+    /// from the values, or the file indices from the domain part.
     Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
              std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
              std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr,
@@ -155,8 +157,7 @@ public:
     }
 
 private:
-    /// Refuses values that cannot live on the domain. Throws `runtime_error` "Data can't be
-    /// registered to non-existent domains." or "The data does not fit onto the specified domain".
+    /// Throws where the values cannot live on the domain.
     static void transferToDomain(const Domain* domain, const DomainPart& part,
                                  const ValueArrayBase& values, std::size_t numTimeSteps);
 };
@@ -173,9 +174,8 @@ extern template class Function<Matrix4>;
 extern template class Function<Vector242>;
 extern template class Function<Vector375>;
 
-/// Makes a function of values that are moved in: one per element of the domain part, for each time
-/// step in turn. Vectors with any allocator are taken over without a copy.
-/// Throws what the constructor of `Function` throws.
+/// Makes a function from values that are moved in, without copying them: one per element of the domain
+/// part, for each time step in turn. Throws what the constructor of `Function` throws.
 template<typename T, typename Allocator>
 std::shared_ptr<const Function<T>> addData(std::shared_ptr<const Domain> domain,
                                            const DomainPart& domainPart,

@@ -9,22 +9,22 @@
 namespace tavrin
 {
 
-/// The least and the greatest of some norms, and how many norms were not a number, which counts
-/// for neither.
+/// The least and the greatest of some norms. Norms that are NaN are counted apart.
 struct NormBounds
 {
     double least = std::numeric_limits<double>::infinity();
     double greatest = -std::numeric_limits<double>::infinity();
     std::size_t notANumber = 0;
 
-    /// How many values are best looked at together.
+    /// The maximum number of values in a call of `widenedBy`: their squares fit into the nearest
+    /// cache.
     static constexpr std::size_t valuesPerBlock = 512;
 
-    /// The bounds widened by the norms of more values, at most `valuesPerBlock`.
+    /// The bounds extended by the norms of at most `valuesPerBlock` values.
     template<typename T>
     TAVRIN_FOR_SEVERAL_PROCESSORS NormBounds widenedBy(std::span<const T> values) const
     {
-        // The root never swaps two numbers: it is enough to take that of the extremes.
+        // The root is monotonic, rounding included, so that it is only needed of the extremes.
         constexpr bool hasOneComponent = T::size == 1;
         std::array<double, valuesPerBlock> squares;
         std::size_t numNot = 0;
@@ -33,7 +33,8 @@ struct NormBounds
             squares[i] = hasOneComponent ? norm(values[i]) : dot(values[i], values[i]);
             numNot += squares[i] != squares[i] ? 1 : 0;
         }
-        // So many minima and maxima side by side keep a processor busy.
+        // Independent minima and maxima hide the latency of the comparisons: 32 doubles are four
+        // registers of AVX-512 or eight of AVX2.
         constexpr std::size_t lanes = 32;
         const std::size_t padded = (values.size() + lanes - 1) / lanes * lanes;
         for (std::size_t i = values.size(); i < padded; ++i)
@@ -61,8 +62,8 @@ struct NormBounds
     }
 };
 
-/// Of all values of an array, those of a series step by step. Least and greatest are infinite where
-/// no norm is a number.
+/// The bounds of the norms of all values of an array; a series is read step by step. They are infinite where
+/// all norms are NaN.
 template<typename T>
 NormBounds boundNorms(const ValueArray<T>& values)
 {

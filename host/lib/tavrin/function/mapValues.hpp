@@ -12,12 +12,12 @@ namespace tavrin
 namespace detail
 {
 
-/// As many values as fit into the nearest cache beside those of other arrays.
+/// The number of values in 8 KB: blocks of three arrays fit into the nearest cache together.
 template<typename T>
 inline constexpr std::size_t valuesPerBlock =
     std::max<std::size_t>(1, std::size_t{8192} / sizeof(T));
 
-/// A block of values of an array, converted where it does not hold them as T.
+/// A block of values of an array, converted to T if they are stored differently.
 template<typename T>
 class ValueBlock
 {
@@ -97,9 +97,9 @@ LargeVector<Result> mapArrays(const Formula& formula, volatile unsigned long& pr
 
 /// One result per value: result[i] = formula(values[i]).
 ///
-/// Runs on all threads, over blocks of values; the values of a series are gone through step by
-/// step. `progress` counts values. Once `abortFlag` is set the work stops soon and what remains of
-/// the result is undefined. The array must be held by a shared pointer. Throws `std::bad_alloc`,
+/// Runs on all threads, over blocks of values; a series is read step by step. `progress` counts
+/// values. Soon after `abortFlag` is set the function returns, and the rest of the result is
+/// undefined. The array must be held by a shared pointer. Throws `std::bad_alloc`,
 /// and whatever loading a step throws; `formula` must not throw.
 template<typename Result, typename T, typename Formula>
 LargeVector<Result> mapValues(const ValueArray<T>& values, const Formula& formula,

@@ -7,8 +7,8 @@
 namespace tavrin
 {
 
-/// Calls `visitor(const T&)` with the object as the first class of `List` that it is of.
-/// Returns whether there was one; what a miss means is the caller's business.
+/// Calls `visitor(const T&)` with the object as the first class of `List` that it belongs to. Returns
+/// whether there was one; the caller decides what it means if not.
 template<typename List, typename Visitor>
 bool visitObject(const DataObject& object, Visitor&& visitor)
 {
@@ -38,7 +38,7 @@ bool visitFunction(const FunctionBase& function, Visitor&& visitor)
 }
 
 /// An input filter: accepts a function whose domain is of one of the classes of `List` and whose
-/// values live on `part` (`Domain::any`: on whichever).
+/// values live on `part`; `Domain::any` accepts every part.
 template<typename List>
 std::function<bool(const DataObject&)> definedOn(const DomainPart& part)
 {

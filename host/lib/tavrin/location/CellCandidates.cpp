@@ -38,7 +38,7 @@ void CellCandidates<D>::test(std::size_t k, const Position& position, std::uint3
 {
     typename GridCells<D>::Vertices vertices;
     mCells.gather(cell, vertices);
-    const CellGeometry<D> geometry(vertices.type, vertices.positions.data());
+    const CellGeometry<D> geometry(vertices.type, vertices.positions.data(), mCells.rounding());
     Reference at;
     if (geometry.contains(position, at))
         mMatches.keep(k, cell, at);

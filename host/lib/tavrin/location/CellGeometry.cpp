@@ -7,7 +7,7 @@
 
 #include <cassert>
 #include <limits>
-#include <numeric>
+#include <optional>
 
 namespace tavrin
 {
@@ -95,9 +95,137 @@ struct LocalMap
     }
 };
 
+/// The inverse of the derivatives of a needle-shaped cell, whose plain inverse rounding makes useless: long
+/// columns that are nearly parallel are replaced by their differences first, which are exact enough
+/// since vertices are stored at least as exactly.
+template<std::size_t D, std::size_t N>
+class NeedleInverse
+{
+public:
+    /// `resolution` is the rounding of positions, as a distance.
+    NeedleInverse(std::array<Tensor<double, D>, N> columns, double resolution)
+    {
+        double longest = 0.0;
+        for (const auto& column : columns)
+            longest = std::max(longest, maximumNorm(column));
+        reduce(columns);
+        double shortest = longest;
+        Columns<N> normal;
+        for (std::size_t i = 0; i < N; ++i)
+        {
+            mScales[i] = maximumNorm(columns[i]);
+            shortest = std::min(shortest, mScales[i]);
+            columns[i] /= mScales[i];
+        }
+        for (std::size_t i = 0; i < N; ++i)
+            for (std::size_t j = 0; j < N; ++j)
+                normal[i][j] = dot(columns[i], columns[j]);
+        const Inverse<N> inverse(normal);
+        mExists = shortest > std::max(thinnest * longest, 64.0 * resolution) && inverse.exists();
+        for (std::size_t i = 0; i < N; ++i)
+        {
+            mRows[i] = {};
+            for (std::size_t j = 0; j < N; ++j)
+                mRows[i] += inverse.row(i)[j] / mScales[i] * columns[j];
+        }
+        for (std::size_t n = mNumDifferences; n-- > 0;)
+            mRows[mDifferences[n].subtracted] -= mDifferences[n].sign * mRows[mDifferences[n].from];
+    }
+
+    /// False for a cell that is flat.
+    bool exists() const { return mExists; }
+
+    Tensor<double, N> operator*(const Tensor<double, D>& offset) const
+    {
+        Tensor<double, N> result;
+        for (std::size_t i = 0; i < N; ++i)
+            result[i] = dot(mRows[i], offset);
+        return result;
+    }
+
+    double growth() const
+    {
+        double largest = 0.0;
+        for (const auto& row : mRows)
+        {
+            double sum = 0.0;
+            for (const double component : row)
+                sum += std::abs(component);
+            largest = std::max(largest, sum);
+        }
+        return largest;
+    }
+
+private:
+    /// A cell that is thinner than this in units of its length counts as flat: of the sixteen digits of
+    /// its vertices six are left across it.
+    static constexpr double thinnest = 1e-10;
+
+    /// Column `from` has become its difference from, or sum with, column `subtracted`.
+    struct Difference
+    {
+        std::size_t from;
+        std::size_t subtracted;
+        double sign;
+    };
+
+    void reduce(std::array<Tensor<double, D>, N>& columns)
+    {
+        bool isReduced = true;
+        while (isReduced && mNumDifferences < mDifferences.size())
+        {
+            isReduced = false;
+            for (std::size_t i = 0; i < N; ++i)
+                for (std::size_t j = 0; j < N; ++j)
+                    for (const double sign : {1.0, -1.0})
+                    {
+                        const auto difference = columns[i] - sign * columns[j];
+                        if (i == j || mNumDifferences == mDifferences.size() ||
+                            !(maximumNorm(difference) < 0.5 * maximumNorm(columns[i])))
+                            continue;
+                        columns[i] = difference;
+                        mDifferences[mNumDifferences++] = {i, j, sign};
+                        isReduced = true;
+                    }
+        }
+    }
+
+    std::array<Tensor<double, D>, N> mRows;
+    std::array<double, N> mScales;
+    bool mExists;
+    std::array<Difference, 8> mDifferences;
+    std::size_t mNumDifferences = 0;
+};
+
+/// The inverse of a local map, by which Newton's method steps.
+template<std::size_t D, std::size_t N>
+class LocalInverse
+{
+public:
+    LocalInverse(const LocalMap<D, N>& map, double resolution) : mMap(map), mInverse(map.inverse())
+    {
+        if (!mInverse.isReliable())
+            mNeedle.emplace(map.derivatives, resolution);
+    }
+
+    bool exists() const { return !mNeedle || mNeedle->exists(); }
+
+    Tensor<double, N> step(const Tensor<double, D>& offset) const
+    {
+        return mNeedle ? *mNeedle * offset : mMap.step(mInverse, offset);
+    }
+
+    double norm() const { return mNeedle ? mNeedle->growth() : mMap.inverseNorm(mInverse); }
+
+private:
+    const LocalMap<D, N>& mMap;
+    Inverse<N> mInverse;
+    std::optional<NeedleInverse<D, N>> mNeedle;
+};
+
 /// The bounds of a cell that lies in the convex hull of some points, widened by its tolerance.
 template<std::size_t D>
-Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count)
+Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count, double relativeRounding)
 {
     Box<D> box{points[0], points[0]};
     double poison = 0.0;
@@ -111,7 +239,7 @@ Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count)
     // A reference coordinate that leaves the cell by d moves the position by less than 6 d extents.
     const double largest = std::max(maximumNorm(box.lower), maximumNorm(box.upper));
     const double margin = 32.0 * locationTolerance * maximumNorm(box.upper - box.lower) +
-                          2.0 * coordinateRounding * largest + poison;
+                          2.0 * relativeRounding * largest + poison;
     for (std::size_t i = 0; i < D; ++i)
     {
         box.lower[i] -= margin;
@@ -177,8 +305,8 @@ CellType geometryTypeOf(CellType type)
 }
 
 template<std::size_t D>
-CellGeometry<D>::CellGeometry(CellType type, const Position* vertices)
-    : mType(geometryTypeOf(type)), mVertices(vertices)
+CellGeometry<D>::CellGeometry(CellType type, const Position* vertices, double relativeRounding)
+    : mType(geometryTypeOf(type)), mVertices(vertices), mRelativeRounding(relativeRounding)
 {
     assert(type != Invalid);
 }
@@ -189,7 +317,7 @@ double CellGeometry<D>::rounding() const
     double largest = 0.0;
     for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
         largest = std::max(largest, maximumNorm(mVertices[k]));
-    return coordinateRounding * largest;
+    return mRelativeRounding * largest;
 }
 
 template<std::size_t D>
@@ -198,12 +326,12 @@ Box<D> CellGeometry<D>::bounds() const
     const std::size_t count = numVerticesOf(mType);
     // A linear cell is inside the convex hull of its vertices.
     if (linearTypeOf(mType) == mType)
-        return boundsOfHull(mVertices, count);
+        return boundsOfHull(mVertices, count, mRelativeRounding);
     const ShapeTable& table = shapeTableOf(mType);
     std::array<Position, 27> controlPoints;
     for (std::size_t i = 0; i < table.numControlPoints(); ++i)
         controlPoints[i] = table.controlPoint(i, mVertices);
-    return boundsOfHull(controlPoints.data(), table.numControlPoints());
+    return boundsOfHull(controlPoints.data(), table.numControlPoints(), mRelativeRounding);
 }
 
 template<std::size_t D>
@@ -226,12 +354,17 @@ bool CellGeometry<D>::simplexContains(const Position& position, Reference& at) c
     for (std::size_t i = 0; i < D; ++i)
         edges[i] = mVertices[i + 1] - mVertices[0];
     const Inverse<D> inverse(edges);
+    if (!inverse.isReliable())
+    {
+        const NeedleInverse<D, D> needle(edges, rounding());
+        at = moved(Reference{}, needle * (position - mVertices[0]));
+        return needle.exists() && isInside(at, needle.growth(), position);
+    }
     at = moved(Reference{}, inverse * (position - mVertices[0]));
     const double outside = distanceOutside(mType, at);
     if (outside <= locationTolerance)
-        return inverse.exists() && isFinite(at);
-    return outside <= largestTolerance && inverse.exists() &&
-           isInside(at, inverse.growth(), position);
+        return isFinite(at);
+    return outside <= largestTolerance && isInside(at, inverse.growth(), position);
 }
 
 template<std::size_t D>
@@ -310,7 +443,7 @@ bool CellGeometry<D>::searchParts(const Position& position, Reference& at) const
     for (std::size_t i = 0; i < table.numControlPoints(); ++i)
         whole.controlPoints[i] = table.controlPoint(i, mVertices);
     const Box<D> box = bounds();
-    const double margin = largestTolerance * maximumNorm(box.upper - box.lower);
+    const double margin = largestTolerance * maximumNorm(box.upper - box.lower) + rounding();
     const auto isCandidate = [&](const Part<D>& part)
     {
         for (std::size_t axis = 0; axis < D; ++axis)
@@ -355,7 +488,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         shapeFunctions(mType, current, weights);
         shapeDerivatives(mType, current, slopes);
         const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
-        const Inverse<N> inverse = map.inverse();
+        const LocalInverse<D, N> inverse(map, rounding());
         const Position offset = target - map.position;
         // A point that sides of the cell collapse to belongs to the cell, though the map has no inverse
         // there. In a thin cell rounding may keep the steps long, too. A cell that is flat as a whole
@@ -364,9 +497,9 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         {
             at = current;
             return i > 0 && maximumNorm(offset) <= rounding() &&
-                   isInside(at, inverse.exists() ? map.inverseNorm(inverse) : 0.0, position);
+                   isInside(at, inverse.exists() ? inverse.norm() : 0.0, position);
         }
-        const Tensor<double, N> step = map.step(inverse, offset);
+        const Tensor<double, N> step = inverse.step(offset);
         const double length = maximumNorm(step);
         current = moved(current, step * std::min(1.0, 0.5 / length));
         for (double& coordinate : current)
@@ -383,7 +516,7 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
             if (norm(offset) > locationTolerance * across + rounding())
                 return false;
         }
-        return isInside(at, map.inverseNorm(inverse), position);
+        return isInside(at, inverse.norm(), position);
     }
 }
 

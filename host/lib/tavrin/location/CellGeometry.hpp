@@ -2,6 +2,7 @@
 
 #include <tavrin/domain/Box.hpp>
 #include <tavrin/location/ShapeFunctions.hpp>
+#include <tavrin/location/Tolerance.hpp>
 #include <tavrin/value/Tensor.hpp>
 
 namespace tavrin
@@ -19,7 +20,10 @@ public:
 
     /// `type` is not `Invalid`; `vertices` has `numVerticesOf(type)` entries and is not copied. The cubes
     /// of coordinates should neither overflow nor underflow.
-    CellGeometry(CellType type, const Position* vertices);
+    ///
+    /// `relativeRounding` is the rounding of coordinates relative to their size.
+    CellGeometry(CellType type, const Position* vertices,
+                 double relativeRounding = coordinateRounding);
 
     /// A box that holds every position in the cell. It may be larger than needed; it is NaN where a
     /// vertex is not finite.
@@ -51,6 +55,7 @@ private:
 
     CellType mType;
     const Position* mVertices;
+    double mRelativeRounding;
 };
 
 extern template class CellGeometry<1>;

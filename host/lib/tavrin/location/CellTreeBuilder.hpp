@@ -85,7 +85,9 @@ private:
         mGridCells.gather(cell, vertices);
         if (vertices.type == CellType::Invalid)
             return box;
-        const Box<D> bounds = CellGeometry<D>(vertices.type, vertices.positions.data()).bounds();
+        const Box<D> bounds =
+            CellGeometry<D>(vertices.type, vertices.positions.data(), mGridCells.rounding())
+                .bounds();
         for (std::size_t i = 0; i < D; ++i)
         {
             box.lower[i] = mTree.mSpace.map(i, bounds.lower[i]);

@@ -3,6 +3,7 @@
 #include <tavrin/domain/StructuredGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/location/Inverse.hpp>
+#include <tavrin/location/Tolerance.hpp>
 
 #include <cmath>
 #include <limits>
@@ -45,7 +46,8 @@ std::pair<double, double> innerRange(std::span<const Tensor<double, D>> points, 
 }
 
 template<std::size_t D>
-GridCells<D>::GridCells(const EmbeddedCellComplex<D>& grid) : mSize(grid.numCells())
+GridCells<D>::GridCells(const EmbeddedCellComplex<D>& grid)
+    : mSize(grid.numCells()), mRounding(roundingOf(grid.coordinatePrecision()))
 {
     if (mSize == 0 || grid.numPoints() == 0)
         return;

@@ -37,6 +37,9 @@ public:
     /// overflow nor underflow. It is 1 for all but extreme coordinates.
     double scale() const { return mScale; }
 
+    /// The rounding of coordinates relative to their size, by the precision in which they are stored.
+    double rounding() const { return mRounding; }
+
     /// A box around the scaled points that are finite.
     const Box<D>& box() const { return mBox; }
 
@@ -81,6 +84,7 @@ private:
     CellType mCommonType = CellType::Invalid;
     std::size_t mCommonCount = 0;
     double mScale = 1.0;
+    double mRounding;
     Box<D> mBox{};
     Box<D> mBoxOfMost{};
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tavrin/value/Precision.hpp>
+
 #include <algorithm>
 #include <limits>
 
@@ -11,12 +13,22 @@ namespace tavrin
 /// the distance from the cell, in units of the cell's size.
 inline constexpr double locationTolerance = 1e-9;
 
-/// The rounding of a coordinate relative to its size: four units in the last place.
+/// The rounding of a coordinate relative to its size: four units in the last place, as many as the mean of
+/// a few vertices may be off.
 ///
 /// Where the rounding of the largest coordinate of the cell (on uniform grids: of the grid) is larger
 /// than `locationTolerance`, it is the tolerance instead, up to `largestTolerance`.
 inline constexpr double coordinateRounding = 4.0 * std::numeric_limits<double>::epsilon();
 inline constexpr double largestTolerance = 1e-3;
+
+/// The rounding of coordinates that are stored in a precision. Integers are exact and only rounded by
+/// computing with them.
+constexpr double roundingOf(Precision precision)
+{
+    return precision == Precision::Float32
+               ? 4.0 * static_cast<double>(std::numeric_limits<float>::epsilon())
+               : coordinateRounding;
+}
 
 /// The tolerance in reference coordinates in a cell of a given size whose coordinates are rounded by
 /// up to `rounding`.

@@ -8,10 +8,10 @@
 namespace tavrin
 {
 
-/// The values of a time series of which only a few steps are in memory at a time.
+/// The values of a time series, of which only a few steps are in memory at a time.
 ///
-/// A step is loaded when one of its values is first read; the two steps used last are kept, which
-/// is what an interpolation in time needs. A loader that fails throws, and so does the read.
+/// A step is loaded when one of its values is first read; the two steps used last are kept, as
+/// interpolation in time needs. What the loader throws leaves the call that reads the value.
 template<typename T>
 class TAVRIN_API SeriesValueArray : public ValueArray<T>
 {
@@ -37,7 +37,7 @@ public:
         return (*step(index / mValuesPerStep))[index % mValuesPerStep];
     }
 
-    /// Always copies: a view could outlive the step that it looks at.
+    /// Always copies, since a view could outlive its step.
     std::span<const T> read(std::size_t first, std::span<T> scratch) const override
     {
         for (std::size_t done = 0; done < scratch.size();)
@@ -54,7 +54,7 @@ public:
         return scratch;
     }
 
-    /// A run inside one step keeps that step alone in memory.
+    /// A part inside one step keeps only that step in memory.
     std::shared_ptr<const ValueArray<T>> part(std::size_t first, std::size_t count) const override
     {
         const bool insideOneStep =

@@ -89,6 +89,12 @@ public:
 
     friend constexpr Tensor operator+(Tensor a, const Tensor& b) { return a += b; }
     friend constexpr Tensor operator-(Tensor a, const Tensor& b) { return a -= b; }
+    friend constexpr Tensor operator-(Tensor a)
+    {
+        for (Component& component : a)
+            component = -component;
+        return a;
+    }
     friend constexpr Tensor operator*(Tensor a, Component factor) { return a *= factor; }
     friend constexpr Tensor operator*(Component factor, Tensor a) { return a *= factor; }
     friend constexpr Tensor operator/(Tensor a, Component divisor) { return a /= divisor; }
@@ -146,7 +152,7 @@ Component norm(const Tensor<Component, Extents...>& value)
         return std::sqrt(dot(value, value));
 }
 
-/// The value divided by its norm; a value whose norm is exactly 0 is returned as it is.
+/// The value divided by its norm; a value with norm 0 is returned unchanged.
 template<typename Component, std::size_t... Extents>
 Tensor<Component, Extents...> normalized(const Tensor<Component, Extents...>& value)
 {

@@ -20,7 +20,7 @@ namespace tavrin
 class TAVRIN_API ValueArrayBase
 {
 public:
-    /// `inMemory` is false where reading values may have to load them from somewhere slower.
+    /// `inMemory` is false where reading values may load them from slower storage.
     ValueArrayBase(Precision precision, bool inMemory) : mPrecision(precision), mInMemory(inMemory)
     {
     }
@@ -36,8 +36,8 @@ public:
     /// The number of values.
     virtual std::size_t size() const = 0;
 
-    /// How many neighboring values are loaded together; a loop over all values goes from one
-    /// segment to the next so that each is loaded once. An array in memory is one segment.
+    /// The number of consecutive values that are loaded together. A loop over all values that works
+    /// through one segment after the other loads each only once. An array in memory is one segment.
     virtual std::size_t segmentSize() const { return size(); }
 
 private:
@@ -45,7 +45,7 @@ private:
     bool mInMemory;
 };
 
-/// Where numbers lie in memory: at one of the two places, or at none.
+/// The address of numbers in memory; at most one of the pointers is not null.
 struct NumbersInMemory
 {
     const double* doubles = nullptr;
@@ -63,17 +63,17 @@ public:
     /// The value at an index below `size()`.
     virtual T operator[](std::size_t index) const = 0;
 
-    /// The values first ... first + scratch.size() - 1, which must exist. The answer is a view of
-    /// the array's own memory where that holds values of type T, else of `scratch`, filled. It
-    /// stays valid as long as the array and `scratch` do.
+    /// The values first ... first + scratch.size() - 1, which must exist. The result is a view of the
+    /// array's own memory where that holds values of type T, otherwise of `scratch`, into which they
+    /// are copied. It is valid as long as the array and `scratch` are.
     virtual std::span<const T> read(std::size_t first, std::span<T> scratch) const = 0;
 
-    /// The components of all values in their order, where the array has them in memory like that.
-    /// Valid as long as the array.
+    /// The components of all values, where the array holds them in memory one after the other. Valid as
+    /// long as the array.
     virtual NumbersInMemory numbers() const { return {}; }
 
-    /// A view of `count` values from `first` on, which keeps what it needs of this array alive.
-    /// The array must be held by a shared pointer.
+    /// A view of `count` values from `first` on. It shares ownership of this array, or of the part of it
+    /// that it shows. The array must be held by a shared pointer.
     virtual std::shared_ptr<const ValueArray> part(std::size_t first, std::size_t count) const;
 };
 
@@ -82,7 +82,7 @@ template<typename T>
 class TAVRIN_API DefaultValueArray : public ValueArray<T>
 {
 public:
-    /// Takes the values over without a copy, whatever the allocator.
+    /// Takes over a vector with any allocator without copying it.
     template<typename Allocator>
     DefaultValueArray(std::vector<T, Allocator> values, Precision precision, bool inMemory = true)
         : ValueArray<T>(precision, inMemory)
@@ -108,12 +108,12 @@ private:
     std::span<const T> mValues;
 };
 
-/// A run of neighboring values of another array.
+/// Consecutive values of another array.
 template<typename T>
 class TAVRIN_API SubValueArray : public ValueArray<T>
 {
 public:
-    /// Throws `logic_error` where the run leaves the array.
+    /// Throws `logic_error` if the array does not have that many values.
     SubValueArray(std::shared_ptr<const ValueArray<T>> array, std::size_t first, std::size_t count)
         : ValueArray<T>(array->precision(), array->isInMemory()), mArray(std::move(array)),
           mFirst(first), mCount(count)

@@ -11,8 +11,8 @@ namespace tavrin
 namespace detail
 {
 
-/// Converts `count` numbers. The one for the most common precision is compiled for several
-/// processors.
+/// Converts `count` numbers. The overload for the most common precision is compiled for several
+/// generations of processors.
 template<typename Stored>
 void convertToDouble(const Stored* source, std::size_t count, double* target)
 {
@@ -41,14 +41,14 @@ constexpr ComponentMap<T> identityComponents()
 /// A symmetric 3x3 matrix from its six components in the order XX YY ZZ XY YZ XZ.
 inline constexpr ComponentMap<Matrix3> symmetricComponents{0, 3, 5, 3, 1, 4, 5, 4, 2};
 
-/// Values over tuples of numbers in foreign memory, which keep their own precision and are
-/// converted when read. Tuples of doubles laid out like T are viewed in place.
+/// Values over tuples of numbers in memory that belongs to someone else. Numbers keep their precision and
+/// are converted when read; tuples of doubles with the layout of T are viewed in place.
 template<typename T, typename Stored>
 class TAVRIN_API WrappedValueArray : public ValueArray<T>
 {
 public:
-    /// `count` tuples of `stride` components each start at `data`, kept alive by `owner`.
-    /// Every entry of `components` must be below `stride`.
+    /// `data` points to `count` tuples of `stride` components each, which `owner` keeps alive. Every entry
+    /// of `components` must be below `stride`.
     WrappedValueArray(const Stored* data, std::size_t count, std::size_t stride,
                       std::shared_ptr<const void> owner,
                       const ComponentMap<T>& components = identityComponents<T>())

@@ -13,10 +13,10 @@ namespace
 
 using namespace tavrin;
 
-/// The domains whose points samples are taken at.
+/// The domains at whose points a field can be sampled.
 using GridTypes = TypeList<PointSet<2>, PointSet<3>>;
 
-/// The value types that fields of dimension D are sampled with. Each wide vector belongs to one
+/// The value types of the fields of dimension D that can be sampled. Each wide vector belongs to one
 /// dimension.
 template<std::size_t D>
 struct Sampled;
@@ -52,7 +52,7 @@ std::string describe(const PointSetBase::BoundingBox& box)
     return text.str();
 }
 
-/// What an object holds, for a user who thought that it is a field which can be sampled.
+/// Describes what an object holds, for a user who took it for a field that can be sampled.
 std::string describe(const DataObject& object)
 {
     if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
@@ -164,7 +164,7 @@ void SampleFieldOnGivenGridAlgorithm::execute(const tavrin::Options& options,
     }
 }
 
-/// The time values of a set expression, or none after a complaint to the user.
+/// The time values of a set expression; none, after a message to the user, where it does not parse.
 std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string& text,
                                                                std::size_t maximum) const
 {
@@ -186,7 +186,7 @@ std::vector<double> SampleFieldOnGivenGridAlgorithm::readTimes(const std::string
     return std::move(times);
 }
 
-/// Samples the field on the grid if it is of a supported type, and says whether it is.
+/// Samples the field on the grid if it is of a supported type. Returns whether it is.
 template<std::size_t G>
 bool SampleFieldOnGivenGridAlgorithm::sample(std::shared_ptr<const PointSet<G>> grid,
                                              const DataObject& field,

@@ -384,6 +384,9 @@ void XmlValues::readUnnamed(vtkXMLDataElement& array, const StoredArray& target)
         readHeaderNumber(*bytes);
         readPlain(*bytes, memory);
     }
+    // The data of other arrays may follow an appended array, but nothing follows an inline one.
+    if (attribute(array, "format") == "binary" && dynamic_cast<Base64ByteSource&>(*bytes).hasMore())
+        throw Malformed("needs " + std::to_string(memory.size()) + " bytes and has more");
     if (mIsBigEndian)
         swapBytes(memory, bytesPerNumber);
 }
