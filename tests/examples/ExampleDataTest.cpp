@@ -1,4 +1,4 @@
-#include "ExampleData.hpp"
+#include <examples/ExampleData.hpp>
 #include "examples/ExampleFields.hpp"
 #include "examples/Trigonometry.hpp"
 
