@@ -1,6 +1,6 @@
-#include <examples/ExampleData.hpp>
 #include "examples/ExampleFields.hpp"
 #include "examples/Trigonometry.hpp"
+#include <examples/ExampleData.hpp>
 
 #include <support/TemporaryFolder.hpp>
 #include <support/abortFlags.hpp>
@@ -237,7 +237,7 @@ TEST(ExampleData, IsWrittenSmallAndReadWithoutNamingAnArray)
 {
     const TemporaryFolder temporary;
     const std::filesystem::path folder = temporary / "new/folder";
-    const auto files = writeExamples(folder, neverAbort);
+    const auto files = writeExamples(folder, ExistingFiles::Refuse, neverAbort);
     EXPECT_EQ(files.size(), 7U);
     io::Loader loader([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);
     for (const ExampleFile& file : files)

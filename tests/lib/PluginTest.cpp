@@ -88,12 +88,6 @@ TEST_F(PluginTest, ThatIsTruncatedAnywhereIsRefused)
     }
 }
 
-TEST_F(PluginTest, WhoseInitializationThrowsIsRefused)
-{
-    EXPECT_EQ(failureOf(TAVRIN_THROWING_PLUGIN),
-              std::string(TAVRIN_THROWING_PLUGIN) + ": its initialization throws an exception");
-}
-
 TEST_F(PluginTest, ResourcesAreFoundInTheFolderNamedFirst)
 {
     auto& service = PluginRegistrationService::getInstance();
