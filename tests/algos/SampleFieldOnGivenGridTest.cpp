@@ -249,7 +249,8 @@ TEST_F(SampleTest, KeepsAnEarlierResultWhenARunFails)
     const auto grid = cloudOf<2>({{0.5, 0.0}});
     connect(ramp(), grid);
     execute();
-    ASSERT_NE(run.result(port), nullptr);
+    const auto earlier = run.result(port);
+    ASSERT_NE(earlier, nullptr);
     connect(coordinateField<3, Vector4>(), grid);
     EXPECT_THROW(execute(), logic_error);
     EXPECT_EQ(run.result(port), earlier);
