@@ -65,29 +65,6 @@ std::vector<std::string> FunctionBase::getInfoStrings() const
             "time: " + describeTimeSteps(mTimeSteps)};
 }
 
-template<typename T>
-Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
-                      std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
-                      std::string name, std::shared_ptr<const ValidityMask> validity,
-                      std::shared_ptr<const FileIndices> fileIndices)
-    : FunctionBase(std::move(domain), domainPart, std::move(values), std::move(timeSteps),
-                   std::move(name), std::move(validity), fileIndices)
-{
-    transferToDomain(this->domain().get(), domainPart, *FunctionBase::values(), numTimeSteps());
-    if (fileIndices != nullptr && fileIndices->size() != valuesPerStep())
-        throw logic_error("the file indices of a function do not fit its domain");
-}
-
-template<typename T>
-void Function<T>::transferToDomain(const Domain* domain, const DomainPart& part,
-                                   const ValueArrayBase& values, std::size_t numTimeSteps)
-{
-    if (domain == nullptr)
-        throw runtime_error("Data can't be registered to non-existent domains.");
-    if (values.size() != domain->numElements(part) * numTimeSteps)
-        throw runtime_error("The data does not fit onto the specified domain");
-}
-
 template class Function<Scalar>;
 template class Function<Vector1>;
 template class Function<Vector2>;

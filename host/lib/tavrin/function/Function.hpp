@@ -109,7 +109,8 @@ std::string valueTypeName()
         return std::to_string(T::extent(0)) + "x" + std::to_string(T::extent(1)) + " Matrix";
 }
 
-/// A function whose values are of type T.
+/// A function whose values are of type T. The library holds the instances of the types that its own
+/// algorithms use; any other value type works as well.
 template<typename T>
 class TAVRIN_API Function final : public FunctionBase
 {
@@ -161,6 +162,29 @@ private:
     static void transferToDomain(const Domain* domain, const DomainPart& part,
                                  const ValueArrayBase& values, std::size_t numTimeSteps);
 };
+
+template<typename T>
+Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
+                      std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
+                      std::string name, std::shared_ptr<const ValidityMask> validity,
+                      std::shared_ptr<const FileIndices> fileIndices)
+    : FunctionBase(std::move(domain), domainPart, std::move(values), std::move(timeSteps),
+                   std::move(name), std::move(validity), fileIndices)
+{
+    transferToDomain(this->domain().get(), domainPart, *FunctionBase::values(), numTimeSteps());
+    if (fileIndices != nullptr && fileIndices->size() != valuesPerStep())
+        throw logic_error("the file indices of a function do not fit its domain");
+}
+
+template<typename T>
+void Function<T>::transferToDomain(const Domain* domain, const DomainPart& part,
+                                   const ValueArrayBase& values, std::size_t numTimeSteps)
+{
+    if (domain == nullptr)
+        throw runtime_error("Data can't be registered to non-existent domains.");
+    if (values.size() != domain->numElements(part) * numTimeSteps)
+        throw runtime_error("The data does not fit onto the specified domain");
+}
 
 extern template class Function<Scalar>;
 extern template class Function<Vector1>;

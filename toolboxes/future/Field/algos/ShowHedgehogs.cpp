@@ -3,6 +3,7 @@
 
 #include <tavrin/algorithm/AlgorithmRegister.hpp>
 #include <tavrin/colormap/ColorMapDataObject.hpp>
+#include <tavrin/domain/elementPosition.hpp>
 #include <tavrin/function/mapValues.hpp>
 #include <tavrin/function/visit.hpp>
 #include <tavrin/graphics/ObjectRenderer.hpp>
@@ -53,16 +54,6 @@ Tensor<float, 3> toFloat(const Tensor<double, 3>& value)
 {
     return {static_cast<float>(value[0]), static_cast<float>(value[1]),
             static_cast<float>(value[2])};
-}
-
-/// The mean of the positions of a cell's vertices; NaN for a cell without vertices.
-template<std::size_t D>
-Tensor<double, D> centerOf(const Cell& cell, const PointSet<D>& points)
-{
-    Tensor<double, D> sum{};
-    for (const std::size_t index : cell.pointIndices())
-        sum += points.point(index);
-    return sum * (1.0 / static_cast<double>(cell.numVertices()));
 }
 
 void traceNumber(const LargeVector<Arrow>& arrows)
@@ -440,7 +431,7 @@ void ShowHedgehogsAlgorithmlgorithm::exec(double scale, double time,
                    [&](std::size_t i)
                    {
                        const auto value = evaluator.value(i);
-                       arrows[i] = arrowAt(centerOf(complex->cell(i), complex->pointSet()), value);
+                       arrows[i] = arrowAt(centerOf(*complex, i), value);
                        // Deliberately not scaled, unlike the colors of points.
                        if (colorMap != nullptr)
                            colors[i] = colorMap->colorMap().mapValueToColor(norm(value));
