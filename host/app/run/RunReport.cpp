@@ -26,15 +26,12 @@ Json jsonOf(const ReportValue::Members& members)
 
 Json jsonOf(const ReportValue& value)
 {
-    return std::visit(
-        []<typename Content>(const Content& content) -> Json
-        {
-            if constexpr (std::is_same_v<Content, ReportValue::Members>)
-                return jsonOf(content);
-            else
-                return content;
-        },
-        value.content());
+    if (value.members() == nullptr)
+        return std::visit([](const auto& content) { return Json(content); }, value.content());
+    Json object = Json::object();
+    for (const auto& [name, member] : *value.members())
+        object[name] = jsonOf(member);
+    return object;
 }
 
 Json optionsJson(const AlgorithmDescription& description,

@@ -1,10 +1,10 @@
 #include <tavrin/io/DataReference.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/Shape.hpp>
 #include <tavrin/io/XmlText.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <array>
 

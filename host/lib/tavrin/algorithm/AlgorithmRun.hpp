@@ -90,7 +90,7 @@ public:
                  const std::string& algorithmName);
     AlgorithmRun(const AlgorithmRun&) = delete;
     AlgorithmRun& operator=(const AlgorithmRun&) = delete;
-    ~AlgorithmRun();
+    ~AlgorithmRun() override;
 
     /// Connects a data object to an option, or disconnects with null. A bundle option takes a
     /// bundle, or one object, which becomes a bundle of one. Throws `usage_error` for an unknown

@@ -182,18 +182,17 @@ public:
 
     template<DataClass T>
     InputDataObject& addImpl(DataObjectInput_t, const std::string& name,
-                             const std::string& description, InputDataObject::Filter filter,
+                             const std::string& description, const InputDataObject::Filter& filter,
                              Required required)
     {
-        return addDataInput(AcceptedTypes::of<T>(), name, description, std::move(filter), required);
+        return addDataInput(AcceptedTypes::of<T>(), name, description, filter, required);
     }
     template<typename List>
     InputDataObject& addImpl(TypeListInput_t, const std::string& name,
-                             const std::string& description, InputDataObject::Filter filter,
+                             const std::string& description, const InputDataObject::Filter& filter,
                              Required required)
     {
-        return addDataInput(detail::acceptedTypes(List{}), name, description, std::move(filter),
-                            required);
+        return addDataInput(detail::acceptedTypes(List{}), name, description, filter, required);
     }
 
     /// An input for several data objects of class T, or of any class of a `TypeList`.

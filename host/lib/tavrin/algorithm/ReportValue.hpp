@@ -3,6 +3,7 @@
 #include <concepts>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <utility>
 #include <variant>
@@ -22,7 +23,7 @@ class ReportValue
 public:
     using Numbers = std::vector<double>;
     using Members = std::vector<ReportMember>;
-    using Content = std::variant<std::uint64_t, double, std::string, Numbers, Members>;
+    using Content = std::variant<std::uint64_t, double, std::string, Numbers>;
 
     template<std::unsigned_integral Count>
         requires(!std::same_as<Count, bool>)
@@ -34,12 +35,18 @@ public:
     ReportValue(Numbers numbers) : mContent(std::move(numbers)) {}
     ReportValue(std::initializer_list<ReportMember> members);
 
+    /// The named values, or null where the value is a number, a text or an array.
+    const Members* members() const { return mMembers.get(); }
+
+    /// The number, text or array; of no meaning where there are named values.
     const Content& content() const { return mContent; }
 
-    bool operator==(const ReportValue&) const = default;
+    bool operator==(const ReportValue& other) const;
 
 private:
     Content mContent;
+    // Behind a pointer, because the class of the members is not complete here.
+    std::shared_ptr<const Members> mMembers;
 };
 
 struct ReportMember
@@ -51,8 +58,15 @@ struct ReportMember
 };
 
 inline ReportValue::ReportValue(std::initializer_list<ReportMember> members)
-    : mContent(Members(members))
+    : mMembers(std::make_shared<const Members>(members))
 {
+}
+
+inline bool ReportValue::operator==(const ReportValue& other) const
+{
+    if (mMembers == nullptr || other.mMembers == nullptr)
+        return mMembers == other.mMembers && mContent == other.mContent;
+    return *mMembers == *other.mMembers;
 }
 
 }

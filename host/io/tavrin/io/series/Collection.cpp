@@ -1,9 +1,9 @@
 #include <tavrin/io/series/Collection.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
 #include <tavrin/io/series/ListFiles.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 #include <cmath>

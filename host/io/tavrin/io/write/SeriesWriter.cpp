@@ -1,12 +1,12 @@
 #include <tavrin/io/write/SeriesWriter.hpp>
 
-#include <tavrin/value/LexicalCast.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/write/FileBuffer.hpp>
 #include <tavrin/io/write/SeriesNames.hpp>
 #include <tavrin/io/write/StepWriter.hpp>
 #include <tavrin/io/write/TemporaryName.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <pugixml.hpp>
 
