@@ -67,17 +67,15 @@ private:
     std::size_t mValuesPerStep;
 };
 
-}
-
-template<std::size_t D, Value T>
-template<bool isOnPoints>
-class FunctionField<D, T>::Evaluator final : public FieldEvaluator<D, T>
+/// Evaluates a function on a grid, which must outlive it, at one position after the other.
+template<std::size_t D, Value T, bool isOnPoints>
+class EvaluatorInGrid final : public FieldEvaluator<D, T>
 {
 public:
     using typename FieldEvaluator<D, T>::Position;
 
-    explicit Evaluator(const FunctionField& field)
-        : mValues(field.mFunction), mLocator(locatorOf(*field.mGrid))
+    EvaluatorInGrid(const Function<T>& function, const EmbeddedCellComplex<D>& grid)
+        : mValues(function), mLocator(locatorOf(grid))
     {
         mPosition[0] = std::numeric_limits<double>::quiet_NaN();
     }
@@ -112,15 +110,15 @@ private:
     std::uint8_t mIsInside = 0;
 };
 
-template<std::size_t D, Value T>
-template<bool isOnPoints>
-class FunctionField<D, T>::Batches final : public BatchEvaluator<D, T>
+/// Evaluates a function on a grid, which must outlive it, at many positions at once.
+template<std::size_t D, Value T, bool isOnPoints>
+class BatchesInGrid final : public BatchEvaluator<D, T>
 {
 public:
     using typename BatchEvaluator<D, T>::Position;
 
-    explicit Batches(const FunctionField& field)
-        : mValues(field.mFunction), mLocator(locatorOf(*field.mGrid))
+    BatchesInGrid(const Function<T>& function, const EmbeddedCellComplex<D>& grid)
+        : mValues(function), mLocator(locatorOf(grid))
     {
     }
 
@@ -208,6 +206,8 @@ private:
     typename CellLocator<D>::Hint mHint;
 };
 
+}
+
 template<std::size_t D, Value T>
 bool FunctionField<D, T>::accepts(const Function<T>& function)
 {
@@ -226,16 +226,16 @@ template<std::size_t D, Value T>
 std::unique_ptr<FieldEvaluator<D, T>> FunctionField<D, T>::makeEvaluator() const
 {
     if (isOnPoints())
-        return std::make_unique<Evaluator<true>>(*this);
-    return std::make_unique<Evaluator<false>>(*this);
+        return std::make_unique<EvaluatorInGrid<D, T, true>>(mFunction, *mGrid);
+    return std::make_unique<EvaluatorInGrid<D, T, false>>(mFunction, *mGrid);
 }
 
 template<std::size_t D, Value T>
 std::unique_ptr<BatchEvaluator<D, T>> FunctionField<D, T>::makeBatchEvaluator() const
 {
     if (isOnPoints())
-        return std::make_unique<Batches<true>>(*this);
-    return std::make_unique<Batches<false>>(*this);
+        return std::make_unique<BatchesInGrid<D, T, true>>(mFunction, *mGrid);
+    return std::make_unique<BatchesInGrid<D, T, false>>(mFunction, *mGrid);
 }
 
 template<std::size_t D, Value T>

@@ -26,11 +26,6 @@ public:
     PointSetBase::BoundingBox boundingBox() const override { return mGrid->boundingBox(); }
 
 private:
-    template<bool isOnPoints>
-    class Evaluator;
-    template<bool isOnPoints>
-    class Batches;
-
     bool isOnPoints() const { return mFunction.domainPart() == PointSetBase::Points; }
 
     // A copy, which shares domain and values with the original.
