@@ -92,8 +92,9 @@ std::string faultOfInterface(const std::vector<std::string>& libraries)
 {
     const std::string host = "libtavrin-lib.so";
     const std::string version = TAVRIN_INTERFACE_VERSION;
+    const std::string ownName = host + '.' + version;
     for (const std::string& library : libraries)
-        if (library.starts_with(host) && library != host + '.' + version)
+        if (library.starts_with(host) && library != ownName)
             return "built for interface version " +
                    (library == host ? "0" : library.substr(host.size() + 1)) +
                    " of tavrin, and this is version " + version + "; build it again";
