@@ -123,8 +123,8 @@ std::optional<ArrowPainter::Candidate> ArrowPainter::candidateFor(const ArrowGly
         width * (arrow.tube ? ArrowMesh::tubeHeadRadius : ArrowMesh::flatHeadRadius);
     // A flat arrow in a parallel view is as far away as its axis.
     const double thickness = !arrow.tube && camera.isParallel() ? 0.0 : headRadius;
-    const auto nearestAround = [&](const Position& position)
-    { return std::max(camera.distance(position) - thickness, camera.nearest()); };
+    const auto nearestAround = [&eye = sight.camera, thickness](const Position& position)
+    { return std::max(eye.distance(position) - thickness, eye.nearest()); };
     const double distanceFrom = nearestAround(start);
     const double distanceTo = nearestAround(end);
     const double pixelsPerUnit = camera.pixelsPerUnitAt(std::min(distanceFrom, distanceTo));
