@@ -72,6 +72,7 @@ std::unique_ptr<PendingFile> prepareFunctions(
     if (!findFormat(file)->holdsSeveralArrays)
         throw usage_error(file.string() + ": a file with this extension holds one array");
     std::vector<NamedFunction> named;
+    named.reserve(functions.size());
     for (const auto& function : functions)
         named.push_back({*function, arrayNameFor(function->name())});
     return prepareGridFile(domain, named, file, abortFlag);
