@@ -19,7 +19,7 @@ class ForeignOutput::Redirection
 {
 public:
     Redirection(Console& console, Console::Stream target, std::FILE*& file,
-                std::vector<std::ostream*> streams)
+                const std::vector<std::ostream*>& streams)
         : mConsole(console), mTarget(target), mFile(file), mOldFile(file),
           mNewFile(fopencookie(this, "w", {nullptr, &Redirection::write, nullptr, nullptr})),
           mBuffer(mNewFile)

@@ -43,7 +43,7 @@ std::size_t dimensionOf(const DataObject& object)
 Object loadAccepted(DataReference reference, const IsAccepted& isAccepted,
                     const std::function<Object(const DataReference&)>& load)
 {
-    const Object object = load(reference);
+    Object object = load(reference);
     if (reference.dimension || isAccepted(object))
         return object;
     for (std::size_t dimension = dimensionOf(*object) + 1; dimension <= 3; ++dimension)
