@@ -23,14 +23,15 @@ function(tavrin_publish_library name headers)
         FILES_MATCHING PATTERN "*.hpp" ${private})
 endfunction()
 
-# tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...])
-# A GoogleTest program. Each of its tests is a test of ctest.
+# tavrin_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ALONE])
+# A GoogleTest program. Each of its tests is a test of ctest, run by itself if ALONE, for tests of time or memory.
 function(tavrin_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "ALONE" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE tavrin_flags ${arg_LIBRARIES} GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+        PROPERTIES TIMEOUT 300 RUN_SERIAL "${arg_ALONE}")
 endfunction()
 
 if(BUILD_TESTING)
