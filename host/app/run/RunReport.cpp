@@ -28,10 +28,7 @@ Json jsonOf(const ReportValue& value)
 {
     if (value.members() == nullptr)
         return std::visit([](const auto& content) { return Json(content); }, value.content());
-    Json object = Json::object();
-    for (const auto& [name, member] : *value.members())
-        object[name] = jsonOf(member);
-    return object;
+    return jsonOf(*value.members());
 }
 
 Json optionsJson(const AlgorithmDescription& description,
