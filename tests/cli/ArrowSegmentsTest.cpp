@@ -1,4 +1,4 @@
-#include "run/ArrowSegments.hpp"
+#include <tavrin/pipeline/ArrowSegments.hpp>
 
 #include <support/TemporaryFolder.hpp>
 #include <support/abortFlags.hpp>
@@ -22,6 +22,7 @@ namespace
 
 using namespace support;
 using namespace tavrin;
+using pipeline::arrowSegments;
 using graphics::GraphicsSystem;
 
 constexpr Color half{1.0F, 0.5F, 0.0F, 0.25F};
@@ -55,7 +56,7 @@ protected:
     void write(const graphics::Drawable& drawable, const std::string& extension)
     {
         mFile = mFolder / ("segments" + extension);
-        io::prepareFunctions(app::arrowSegments(drawable), mFile, neverAbort)->publish();
+        io::prepareFunctions(arrowSegments(drawable), mFile, neverAbort)->publish();
     }
 
     const std::filesystem::path& file() const { return mFile; }

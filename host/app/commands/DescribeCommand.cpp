@@ -11,6 +11,9 @@
 namespace tavrin::app
 {
 
+using pipeline::Json;
+using pipeline::jsonText;
+
 namespace
 {
 

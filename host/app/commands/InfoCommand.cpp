@@ -1,10 +1,10 @@
 #include "../console/Messages.hpp"
 #include "../console/Warnings.hpp"
 #include "../run/Threads.hpp"
-#include "../text/Json.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
 #include "Session.hpp"
+#include <tavrin/pipeline/Json.hpp>
 
 #include <tavrin/io/Loader.hpp>
 
@@ -15,6 +15,9 @@
 
 namespace tavrin::app
 {
+
+using pipeline::Json;
+using pipeline::jsonText;
 
 namespace
 {

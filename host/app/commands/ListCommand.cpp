@@ -1,7 +1,7 @@
-#include "../text/Json.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
 #include "Session.hpp"
+#include <tavrin/pipeline/Json.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -9,6 +9,9 @@
 
 namespace tavrin::app
 {
+
+using pipeline::Json;
+using pipeline::jsonText;
 
 namespace
 {

@@ -1,16 +1,17 @@
 #include "../console/Failure.hpp"
 #include "../console/Warnings.hpp"
-#include "../run/OutputWriter.hpp"
-#include "../run/Picture.hpp"
 #include "../run/RunFollower.hpp"
 #include "../run/Threads.hpp"
-#include "../run/WholeFile.hpp"
 #include "../text/AlgorithmSheet.hpp"
 #include "../text/Layout.hpp"
 #include "Commands.hpp"
 #include "Session.hpp"
+#include <tavrin/pipeline/OutputWriter.hpp>
+#include <tavrin/pipeline/Picture.hpp>
+#include <tavrin/pipeline/WholeFile.hpp>
 
 #include <tavrin/io/Formats.hpp>
+#include <tavrin/pipeline/RunFailure.hpp>
 #include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
@@ -19,6 +20,8 @@
 
 namespace tavrin::app
 {
+
+using namespace pipeline;
 
 namespace
 {
@@ -118,7 +121,7 @@ public:
         startThreads();
 
         RunReport report;
-        pipeline::RunInputs inputs(run, loader);
+        RunInputs inputs(run, loader);
         timed(report.seconds.read, [&] { inputs.apply(assignments); });
         warnings.print();
         checkFormats(requests, inputs.objects());

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <tavrin/base/Exceptions.hpp>
-
 namespace tavrin::app
 {
 
@@ -14,13 +12,6 @@ enum ExitCode : int
     WrongUsage = 2,
     FileFailed = 3,
     Interrupted = 130
-};
-
-/// A run that ended without the result it was asked for.
-class RunFailure : public runtime_error
-{
-public:
-    using runtime_error::runtime_error;
 };
 
 /// Prints the exception that is being handled on one line, followed by its backtrace if `isVerbose`,

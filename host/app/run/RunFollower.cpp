@@ -9,7 +9,7 @@ namespace tavrin::app
 {
 
 RunFollower::RunFollower(Console& console, const Settings& settings,
-                         const std::vector<OutputRequest>& requests)
+                         const std::vector<pipeline::OutputRequest>& requests)
     : mConsole(console), mProgressBar(console, settings.progressMode),
       mIsVerbose(settings.isVerbose), mRequests(requests)
 {
@@ -33,7 +33,7 @@ void RunFollower::hinted(const std::string& text)
 
 void RunFollower::announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps)
 {
-    for (const OutputRequest& request : mRequests)
+    for (const pipeline::OutputRequest& request : mRequests)
         if (request.port == port)
             io::requireSuitable(request.file, domain, numTimeSteps);
 }

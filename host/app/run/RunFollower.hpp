@@ -1,7 +1,7 @@
 #pragma once
 
 #include "../console/ProgressBar.hpp"
-#include "OutputRequest.hpp"
+#include <tavrin/pipeline/OutputRequest.hpp>
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 
@@ -21,7 +21,7 @@ public:
     };
 
     RunFollower(Console& console, const Settings& settings,
-                const std::vector<OutputRequest>& requests);
+                const std::vector<pipeline::OutputRequest>& requests);
 
     void opened(const ProgressReport& report) override { mProgressBar.opened(report); }
     void closed(const ProgressReport& report) override { mProgressBar.closed(report); }
@@ -36,7 +36,7 @@ private:
     Console& mConsole;
     ProgressBar mProgressBar;
     bool mIsVerbose;
-    const std::vector<OutputRequest>& mRequests;
+    const std::vector<pipeline::OutputRequest>& mRequests;
 };
 
 /// Prints the lines of a debug log on standard error.

@@ -5,6 +5,8 @@
 namespace tavrin::app
 {
 
+using pipeline::Json;
+
 namespace
 {
 

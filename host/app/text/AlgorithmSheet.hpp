@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Json.hpp"
+#include <tavrin/pipeline/Json.hpp>
 
 #include <tavrin/pipeline/AlgorithmCard.hpp>
 
@@ -13,6 +13,6 @@ std::string algorithmSheet(const pipeline::AlgorithmCard& card);
 /// The same for programs: name, description, options [{name, kind, help, group, afterSeparator,
 /// required, visible, default, value, choices, types, references [{kind, placeholder}],
 /// connected}], outputs [{name, kind, types}].
-Json algorithmJson(const pipeline::AlgorithmCard& card);
+pipeline::Json algorithmJson(const pipeline::AlgorithmCard& card);
 
 }

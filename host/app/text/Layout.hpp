@@ -1,6 +1,7 @@
 #pragma once
 
-#include <span>
+#include <tavrin/pipeline/Words.hpp>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,14 +9,12 @@
 namespace tavrin::app
 {
 
+using pipeline::joined;
+using pipeline::linesOf;
+using pipeline::shellWord;
+
 /// The number of characters in a line of wrapped text.
 inline constexpr std::size_t pageWidth = 100;
-
-/// Joins the texts with a separator between them.
-std::string joined(std::span<const std::string> texts, std::string_view separator);
-
-/// Splits a text into lines, without their line ends.
-std::vector<std::string> linesOf(const std::string& text);
 
 /// Whether long texts in the last column of a table are wrapped.
 enum class LastColumn
@@ -32,8 +31,5 @@ std::string alignedColumns(std::vector<std::vector<std::string>> rows, std::size
 /// Breaks a text between words into lines of at most `pageWidth` characters, a longer word being
 /// left whole. All lines but the first are indented; the last has no line end.
 std::string wrapped(std::string_view text, std::size_t indent);
-
-/// Writes a word for a shell, in quotes if it needs them.
-std::string shellWord(const std::string& word);
 
 }

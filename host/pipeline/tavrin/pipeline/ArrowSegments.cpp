@@ -1,4 +1,4 @@
-#include "ArrowSegments.hpp"
+#include <tavrin/pipeline/ArrowSegments.hpp>
 
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
@@ -7,7 +7,7 @@
 
 #include <numeric>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace

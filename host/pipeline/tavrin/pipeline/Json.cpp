@@ -1,6 +1,6 @@
-#include "Json.hpp"
+#include <tavrin/pipeline/Json.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 std::string jsonText(const Json& json)

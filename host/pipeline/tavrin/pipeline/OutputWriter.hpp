@@ -1,19 +1,19 @@
 #pragma once
 
-#include "OutputRequest.hpp"
-#include "RunReport.hpp"
+#include <tavrin/pipeline/OutputRequest.hpp>
+#include <tavrin/pipeline/RunReport.hpp>
 
 #include <tavrin/graphics/Picture.hpp>
 #include <tavrin/io/PendingFile.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// Whether the run published a result on the requested output.
-bool isPublished(const OutputRequest& request, const AlgorithmRun& run);
+TAVRIN_API bool isPublished(const OutputRequest& request, const AlgorithmRun& run);
 
 /// Writes the results of a run: data as data files, graphics as pictures or as line segments.
-class OutputWriter
+class TAVRIN_API OutputWriter
 {
 public:
     /// Pictures show the bounding box and the color bar of the inputs. `observer` follows the

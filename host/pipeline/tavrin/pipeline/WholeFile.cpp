@@ -1,8 +1,8 @@
-#include "WholeFile.hpp"
+#include <tavrin/pipeline/WholeFile.hpp>
 
 #include <tavrin/io/OutputFile.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 std::unique_ptr<io::PendingFile> prepareWholeFile(const std::filesystem::path& file,

@@ -1,10 +1,10 @@
-#include "Picture.hpp"
+#include <tavrin/pipeline/Picture.hpp>
 
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 #include <tavrin/function/Function.hpp>
 #include <tavrin/value/LexicalCast.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace

@@ -1,11 +1,11 @@
-#include "RunReport.hpp"
+#include <tavrin/pipeline/RunReport.hpp>
 
-#include "../text/Layout.hpp"
+#include <tavrin/pipeline/Words.hpp>
 
 #include <fstream>
 #include <sstream>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace
@@ -32,7 +32,7 @@ Json jsonOf(const ReportValue& value)
 }
 
 Json optionsJson(const AlgorithmDescription& description,
-                 std::span<const pipeline::OptionAssignment> assignments)
+                 std::span<const OptionAssignment> assignments)
 {
     Json options = Json::object();
     for (const auto& option : description.options)
@@ -46,7 +46,7 @@ Json optionsJson(const AlgorithmDescription& description,
             value = option.value;
             continue;
         }
-        for (const pipeline::OptionAssignment& assignment : assignments)
+        for (const OptionAssignment& assignment : assignments)
         {
             if (assignment.option != option.name)
                 continue;
@@ -77,8 +77,7 @@ std::size_t peakMemoryBytes()
     return 0;
 }
 
-Json RunReport::toJson(const AlgorithmRun& run,
-                       std::span<const pipeline::OptionAssignment> assignments) const
+Json RunReport::toJson(const AlgorithmRun& run, std::span<const OptionAssignment> assignments) const
 {
     const AlgorithmDescription description = run.describe();
     Json outputList = Json::array();

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// One `-o PORT=FILE` of the command line.
-struct OutputRequest
+struct TAVRIN_API OutputRequest
 {
     std::string port;
     std::filesystem::path file;
@@ -27,19 +27,19 @@ struct OutputRequest
 
 /// Parses words as `OutputRequest::parse` does. Throws `usage_error` in addition if an algorithm with
 /// outputs is asked for none of them.
-std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
-                                        const AlgorithmDescription& algorithm);
+TAVRIN_API std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
+                                                   const AlgorithmDescription& algorithm);
 
 /// Checks before a run that the files can be written after it. Throws `usage_error` for a file that
 /// is named twice or is one of the inputs, possibly as a step of a series, and `FileError` if a file
 /// cannot be created or replaced.
-void checkDestinations(const std::vector<std::filesystem::path>& destinations,
-                       const std::vector<std::filesystem::path>& inputs);
+TAVRIN_API void checkDestinations(const std::vector<std::filesystem::path>& destinations,
+                                  const std::vector<std::filesystem::path>& inputs);
 
 /// Checks before a run that each format can hold at least one of the grids and numbers of time steps
 /// of the inputs. Throws `usage_error` that names the formats that can. Without inputs every format
 /// passes.
-void checkFormats(const std::vector<OutputRequest>& requests,
-                  const DataObjectBundle::Members& inputs);
+TAVRIN_API void checkFormats(const std::vector<OutputRequest>& requests,
+                             const DataObjectBundle::Members& inputs);
 
 }

@@ -3,11 +3,11 @@
 #include <tavrin/base/DataObject.hpp>
 #include <tavrin/graphics/Picture.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// The appearance of pictures, as given on the command line.
-struct PictureWords
+struct TAVRIN_API PictureWords
 {
     /// WIDTHxHEIGHT in pixels.
     std::optional<std::string> size;
@@ -24,7 +24,7 @@ struct PictureWords
 
 /// A scene with the drawable, the bounding box of the first domain among the inputs, and a color bar
 /// if a color map is among them.
-graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
-                        const DataObjectBundle::Members& inputs);
+TAVRIN_API graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
+                                   const DataObjectBundle::Members& inputs);
 
 }

@@ -1,6 +1,6 @@
-#include "OutputRequest.hpp"
+#include <tavrin/pipeline/OutputRequest.hpp>
 
-#include "../text/Layout.hpp"
+#include <tavrin/pipeline/Words.hpp>
 
 #include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/OutputFile.hpp>
@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <set>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 namespace

@@ -1,13 +1,13 @@
-#include "OutputWriter.hpp"
+#include <tavrin/pipeline/OutputWriter.hpp>
 
-#include "../console/Failure.hpp"
-#include "ArrowSegments.hpp"
-#include "Picture.hpp"
-#include "WholeFile.hpp"
+#include <tavrin/pipeline/ArrowSegments.hpp>
+#include <tavrin/pipeline/Picture.hpp>
+#include <tavrin/pipeline/RunFailure.hpp>
+#include <tavrin/pipeline/WholeFile.hpp>
 
 #include <tavrin/io/Writer.hpp>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 bool isPublished(const OutputRequest& request, const AlgorithmRun& run)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../text/Json.hpp"
+#include <tavrin/pipeline/Json.hpp>
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
 #include <tavrin/pipeline/OptionAssignment.hpp>
@@ -8,11 +8,11 @@
 #include <filesystem>
 #include <span>
 
-namespace tavrin::app
+namespace tavrin::pipeline
 {
 
 /// The measurements and outputs of a run that `--report` writes besides what the run itself holds.
-struct RunReport
+struct TAVRIN_API RunReport
 {
     struct Seconds
     {
@@ -34,11 +34,10 @@ struct RunReport
 
     /// The report as one object. The value of each option is a text, that of a data option the
     /// reference, several references for a bundle, and null without a value.
-    Json toJson(const AlgorithmRun& run,
-                std::span<const pipeline::OptionAssignment> assignments) const;
+    Json toJson(const AlgorithmRun& run, std::span<const OptionAssignment> assignments) const;
 };
 
 /// The largest amount of memory that the process has used so far; 0 if the system does not tell.
-std::size_t peakMemoryBytes();
+TAVRIN_API std::size_t peakMemoryBytes();
 
 }
