@@ -153,12 +153,14 @@ public:
     void write(const Edge& edge, std::size_t axis, const Ticks& ticks, double mostBeyond)
     {
         const double tickLength = 0.35 * mFontSize;
-        const bool isApart = edge.beyond > tickLength;
+        // Where the scene reaches hardly beyond the edge, there is room for it before the numbers.
+        const bool isApart = edge.beyond > 0.7 * mFontSize;
         const double apart = isApart ? std::min(edge.beyond, mostBeyond) + tickLength : 0.0;
         if (isApart)
             addStroke(edge.pixelFrom + apart * edge.outwards, edge.pixelTo + apart * edge.outwards);
 
-        const double numberGap = apart + tickLength + 0.4 * mFontSize;
+        const double numberGap =
+            (isApart ? apart + tickLength : std::max(edge.beyond, tickLength)) + 0.4 * mFontSize;
         std::vector<Label> numbers;
         double numberExtent = 0.0;
         for (std::size_t i = 0; i < ticks.values.size(); ++i)

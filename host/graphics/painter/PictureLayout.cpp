@@ -49,7 +49,7 @@ PictureLayout::PictureLayout(const Scene& scene, const PictureOptions& options)
     const Frame inner{margin, margin, width - 2.0 * margin, height - 2.0 * margin};
     Frame room = inner;
     if (mStyle.hasText)
-        addTitles(scene, inner.width);
+        addTitles(options.title, scene.timeLabel, inner.width);
     room.top += heightOf(mTitles, mStyle.fontSize);
     room.height = inner.bottom() - room.top;
     const bool hasColorBar = mStyle.hasText && scene.colorBar && scene.colorBar->color;
@@ -83,12 +83,13 @@ PictureLayout::PictureLayout(const Scene& scene, const PictureOptions& options)
         mOutline = layOutOutline(*mExtent.outline, mExtent.placement, *mCamera);
 }
 
-void PictureLayout::addTitles(const Scene& scene, double mostWidth)
+void PictureLayout::addTitles(const std::string& title, const std::string& timeLabel,
+                              double mostWidth)
 {
-    if (!scene.title.empty())
-        mTitles.push_back(mMeter.label(scene.title, false, titleScale, mostWidth));
-    if (!scene.timeLabel.empty())
-        mTitles.push_back(mMeter.label(scene.timeLabel, false, 1.0, mostWidth));
+    if (!title.empty())
+        mTitles.push_back(mMeter.label(title, false, titleScale, mostWidth));
+    if (!timeLabel.empty())
+        mTitles.push_back(mMeter.label(timeLabel, false, 1.0, mostWidth));
 }
 
 void PictureLayout::aimAt(const Frame& frame)

@@ -26,7 +26,7 @@ public:
     const std::vector<Label>& titles() const { return mTitles; }
 
 private:
-    void addTitles(const Scene& scene, double mostWidth);
+    void addTitles(const std::string& title, const std::string& timeLabel, double mostWidth);
     void fitScene(const Frame& room);
     void aimAt(const Frame& frame);
     /// The part of the picture that the scene occupies, without and with its axes.

@@ -54,7 +54,7 @@ PictureFile paint(const process::Job& job, process::JobState& state)
 
     PictureFile picture{{}, layout.width(), layout.height()};
     if (canvas.isScalable())
-        picture.bytes = canvas.finishFile(scene.title);
+        picture.bytes = canvas.finishFile(options.title);
     else if (format == PictureFormat::Png)
         picture.bytes = encodePng(canvas.image(), state.encoding);
     else

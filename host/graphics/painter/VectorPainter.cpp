@@ -151,7 +151,7 @@ private:
                   .side = {},
                   .length = 0.0,
                   .width = 0.0};
-        const double leastUnit = mStyle.unit / mCamera.pixelsPerUnit(axis.middle);
+        const double leastUnit = std::max(mStyle.unit, 1.0) / mCamera.pixelsPerUnit(axis.middle);
         axis.length = std::max(trueLength, leastLength * leastUnit);
         axis.width = std::max(mPlacement.scale * std::abs(arrow.width), leastWidth * leastUnit);
         axis.side = cross(towardsEye(axis.middle), axis.along);
@@ -183,8 +183,8 @@ private:
     {
         const Axis axis = axisOf(arrow);
         std::vector<Pixel> corners;
-        for (const auto& [across, along] : ArrowMesh::flatOutline(ArrowMesh::flatHeadRadius))
-            corners.push_back(mCamera.project(axis(across, 0.0, along)));
+        for (const auto& corner : ArrowMesh::flatOutline(ArrowMesh::flatHeadRadius))
+            corners.push_back(mCamera.project(axis(corner[0], 0.0, corner[1])));
         drawPolygon(corners, arrow.color, rimFor(arrow.color, mStyle));
     }
 
@@ -261,7 +261,7 @@ void visitSegments(const Primitive& primitive, const PictureLayout& layout, Visi
         const auto parts = colors->values().subspan(4 * i, 4);
         visitor(Segment{.start = start,
                         .direction = placed(i + 1) - start,
-                        .width = std::max<double>(width, 1.0) * layout.style().unit,
+                        .width = std::max(width * layout.style().unit, 1.0),
                         .color = {parts[0], parts[1], parts[2], parts[3]}});
     }
 }

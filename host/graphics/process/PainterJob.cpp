@@ -288,6 +288,7 @@ void writeJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& opti
     writer.add(options.height);
     writer.add(options.background);
     addOptional(writer, options.view);
+    writer.addText(options.title);
     writer.add(options.fontScale);
     writer.add(options.crop);
     addOptional(writer, scene.outline);
@@ -295,7 +296,6 @@ void writeJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& opti
     writer.add(hasColorBar);
     if (hasColorBar)
         addColorBar(writer, *scene.colorBar);
-    writer.addText(scene.title);
     writer.addText(scene.timeLabel);
     writer.add(scene.drawables.size());
     for (const auto& drawable : scene.drawables)
@@ -311,12 +311,12 @@ Job readJob(std::span<const std::byte> bytes)
     job.options.height = reader.take<std::size_t>();
     job.options.background = reader.take<Color>();
     job.options.view = takeOptional<View>(reader);
+    job.options.title = reader.takeText();
     job.options.fontScale = reader.take<double>();
     job.options.crop = reader.take<bool>();
     job.scene.outline = takeOptional<Box>(reader);
     if (reader.take<bool>())
         job.scene.colorBar = takeColorBar(reader);
-    job.scene.title = reader.takeText();
     job.scene.timeLabel = reader.takeText();
     for (auto left = reader.take<std::size_t>(); left > 0; --left)
         job.scene.drawables.push_back(takeDrawable(reader));

@@ -34,9 +34,9 @@ struct JobState
     };
 
     /// Counts the elements of the scene: arrows and vertices.
-    Work painting;
+    Work painting{};
     /// Counts rows of pixels.
-    Work encoding;
+    Work encoding{};
     /// The size of the finished picture in pixels.
     std::atomic<std::uint64_t> width = 0;
     std::atomic<std::uint64_t> height = 0;

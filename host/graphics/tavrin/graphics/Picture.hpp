@@ -34,6 +34,9 @@ struct PictureOptions
     /// By default, a scene that is flat along an axis is seen along it, and any other from the front
     /// right above. A view along an axis is a parallel projection, all others are in perspective.
     std::optional<View> view = std::nullopt;
+    /// UTF-8, drawn above the scene, with the scene's time below it in a smaller font. Each is truncated
+    /// if it is too long for the picture.
+    std::string title = {};
     /// Factor of the size of all texts, which otherwise follows from the size of the picture; see
     /// `checkFontScale`.
     double fontScale = 1.0;

@@ -43,9 +43,7 @@ struct Scene
     std::vector<std::shared_ptr<const Drawable>> drawables = {};
     std::optional<Box> outline = std::nullopt;
     std::optional<ColorBar> colorBar = std::nullopt;
-    /// UTF-8, drawn above the scene; the label of the time in a smaller font below the title. Truncated
-    /// if they are too long for the picture.
-    std::string title = {};
+    /// The time that the scene shows; see `PictureOptions::title`.
     std::string timeLabel = {};
 };
 

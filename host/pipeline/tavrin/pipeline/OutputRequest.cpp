@@ -53,11 +53,17 @@ const Output* findOutput(const std::string& word, const std::vector<Output>& out
 }
 
 /// The extensions of pictures and of line segments.
-const std::vector<std::string> graphicsExtensions{".png", ".vtp"};
+std::vector<std::string> graphicsExtensions()
+{
+    std::vector<std::string> extensions = graphics::pictureExtensions();
+    extensions.emplace_back(".vtp");
+    return extensions;
+}
 
 void checkExtension(const OutputRequest& request)
 {
-    const auto& extensions = request.isGraphics ? graphicsExtensions : io::writableExtensions();
+    const std::vector<std::string> extensions =
+        request.isGraphics ? graphicsExtensions() : io::writableExtensions();
     if (request.file.filename().empty())
         throw usage_error("output \"" + request.port + "\" needs a file, as in -o " +
                           shellWord(request.port + "=FILE" + extensions.front()));

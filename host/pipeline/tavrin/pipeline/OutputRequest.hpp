@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tavrin/algorithm/AlgorithmRun.hpp>
+#include <tavrin/graphics/Picture.hpp>
 
 #include <filesystem>
 #include <string>
@@ -18,7 +19,10 @@ struct TAVRIN_API OutputRequest
     bool isGraphics = false;
 
     /// Whether the file is a picture, not line segments or data.
-    bool isPicture() const { return file.extension() == ".png"; }
+    bool isPicture() const
+    {
+        return graphics::pictureFormatOf(file.extension().string()).has_value();
+    }
 
     /// Parses one word. `PORT=` may be left out if the algorithm has one output. Throws
     /// `usage_error` for an unknown port, and for an extension that cannot hold the output.

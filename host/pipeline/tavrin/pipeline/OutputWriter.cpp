@@ -41,11 +41,13 @@ RunReport::Output OutputWriter::writePicture(const OutputRequest& request,
                                              io::PendingFiles& files) const
 {
     const auto scene = sceneOf(mRun.graphics(request.port), mInputs);
-    const auto image = graphics::paint(scene, mPictureOptions, mAbortFlag, &mObserver);
-    const auto bytes = graphics::encodePng(image, mAbortFlag);
+    const auto format = graphics::pictureFormatOf(request.file.extension().string());
+    const auto picture =
+        graphics::renderPicture(scene, mPictureOptions, format.value(), mAbortFlag, &mObserver);
     files.push_back(prepareWholeFile(
-        request.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));
-    return {request.port, request.file, {{"width", image.width}, {"height", image.height}}};
+        request.file, {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()},
+        mAbortFlag));
+    return {request.port, request.file, {{"width", picture.width}, {"height", picture.height}}};
 }
 
 RunReport::Output OutputWriter::writeSegments(const OutputRequest& request,
