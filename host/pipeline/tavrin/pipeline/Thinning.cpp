@@ -317,7 +317,8 @@ Indices choose(const PointSet<D>& points, const DomainPart& part, const std::vec
         if (!isValid[i])
             continue;
         const auto position = positions[i];
-        if (!std::ranges::all_of(position, [](double part) { return std::isfinite(part); }))
+        if (!std::ranges::all_of(position,
+                                 [](double coordinate) { return std::isfinite(coordinate); }))
             continue;
         candidates.push_back(i);
         places.push_back(position);
@@ -387,25 +388,24 @@ std::shared_ptr<const FunctionBase> thinned(const std::shared_ptr<const Function
 
     std::shared_ptr<const FunctionBase> result = function;
     using PointSets = TypeList<PointSet<1>, PointSet<2>, PointSet<3>>;
-    visitObject<PointSets>(
-        *function->domain(),
-        [&]<std::size_t D>(const PointSet<D>& points)
-        {
-            const DomainPart& part = function->domainPart();
-            const Indices elements = choose(points, part, isValid, maximum);
-            auto fileIndices = std::make_shared<FileIndices>();
-            for (const std::size_t element : elements)
-                fileIndices->push_back(function->indexInFile(element));
-            visitFunction<ValueTypes>(
-                *function,
-                [&]<typename T>(const Function<T>& typed)
-                {
-                    result = std::make_shared<const Function<T>>(
-                        cloudOf(points, part, elements), PointSetBase::Points,
-                        valuesOf(typed, elements), typed.timeSteps(), typed.name(),
-                        maskOf(typed, elements), fileIndices);
-                });
-        });
+    visitObject<PointSets>(*function->domain(),
+                           [&]<std::size_t D>(const PointSet<D>& points)
+                           {
+                               const DomainPart& part = function->domainPart();
+                               const Indices elements = choose(points, part, isValid, maximum);
+                               auto fileIndices = std::make_shared<FileIndices>();
+                               for (const std::size_t element : elements)
+                                   fileIndices->push_back(function->indexInFile(element));
+                               visitFunction<ValueTypes>(
+                                   *function,
+                                   [&]<typename T>(const Function<T>& typed)
+                                   {
+                                       result = std::make_shared<const Function<T>>(
+                                           cloudOf(points, part, elements), PointSetBase::Points,
+                                           valuesOf(typed, elements), typed.timeSteps(),
+                                           typed.name(), maskOf(typed, elements), fileIndices);
+                                   });
+                           });
     return result;
 }
 

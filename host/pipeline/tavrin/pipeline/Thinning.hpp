@@ -18,7 +18,7 @@ namespace tavrin::pipeline
 /// Returns the function itself where no more than `maximum` of its values are valid, and where its
 /// domain has no positions. Values that are invalid at all times and positions that are not finite do
 /// not count.
-TAVRIN_API std::shared_ptr<const FunctionBase>
-thinned(const std::shared_ptr<const FunctionBase>& function, std::size_t maximum);
+TAVRIN_API std::shared_ptr<const FunctionBase> thinned(
+    const std::shared_ptr<const FunctionBase>& function, std::size_t maximum);
 
 }
