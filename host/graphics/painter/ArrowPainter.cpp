@@ -81,9 +81,9 @@ ArrowPainter::Level::Level(double smallest, bool tube, const ArrowMesh& mesh,
 
 ArrowPainter::ArrowPainter() : mProgram(programFiles())
 {
-    mLevels.emplace_back(0.0, false, ArrowMesh::thin(), mProgram);
-    mLevels.emplace_back(1.2, false, ArrowMesh::flat(), mProgram);
-    mLevels.emplace_back(0.0, true, ArrowMesh::thin(), mProgram);
+    mLevels.emplace_back(0.0, false, ArrowMesh::flat(ArrowMesh::flatHeadRadius), mProgram);
+    // A tube that is hardly wider than a pixel.
+    mLevels.emplace_back(0.0, true, ArrowMesh::flat(ArrowMesh::tubeHeadRadius), mProgram);
     mLevels.emplace_back(1.2, true, ArrowMesh::tube(8), mProgram);
     mLevels.emplace_back(4.0, true, ArrowMesh::tube(14), mProgram);
     mLevels.emplace_back(10.0, true, ArrowMesh::tube(36), mProgram);

@@ -5,19 +5,26 @@
 namespace tavrin::graphics::painter
 {
 
-/// A line around a glyph whose color is too close to the background to be seen well.
+/// Lines around a glyph. The glyph itself keeps its color, so that it agrees with the color bar.
 struct Rim
 {
-    Color color;
+    /// Toward the background, around a glyph whose color is too close to that. It lies below all glyphs.
+    Color outerColor;
     /// Pixels; 0 for a color that contrasts enough.
-    double width = 0.0;
+    double outerWidth = 0.0;
+    /// Toward glyphs below it, narrow compared to the glyph. Where glyphs cover the picture several
+    /// times, these lines would be most of what is seen.
+    Color innerColor;
+    double innerWidth = 0.0;
 };
 
 /// The contrast of two colors, 1 to 21: Web Content Accessibility Guidelines 2.1, with a gamma of 2.2.
 double contrastOf(const Color& a, const Color& b);
 
-/// Neither rims nor the fill of glyphs change the glyph's own color, so that it agrees with the color
-/// bar. The shaders compute the same in contrast.glsl.
-Rim rimFor(const Color& color, const Style& style);
+/// Glyphs that cover the picture more often have no inner rims.
+constexpr double mostCoverWithInnerRims = 1.5;
+
+/// The rim of a glyph that is `width` pixels wide.
+Rim rimFor(const Color& color, double width, const Style& style);
 
 }
