@@ -1,0 +1,77 @@
+#include <tavrin/pipeline/Plan.hpp>
+
+#include <BundleTools/ListParser.hpp>
+
+#include <fmt/format.h>
+
+namespace tavrin::pipeline
+{
+
+namespace
+{
+
+/// More than anybody can wait for; a range with a tiny step is a mistake.
+constexpr std::size_t maximumValues = 1'000'000;
+
+/// Discards what is written to standard output through streams while the object lives: the parser
+/// of set expressions writes a trace.
+class Silence
+{
+public:
+    Silence() : mBuffer(std::cout.rdbuf(mSink.rdbuf())) {}
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence() { std::cout.rdbuf(mBuffer); }
+
+private:
+    std::ostringstream mSink;
+    std::streambuf* mBuffer;
+};
+
+}
+
+std::string Iteration::name() const
+{
+    if (time)
+        return "time " + shortestText(*time);
+    return variable.empty() ? "" : variable + " " + value;
+}
+
+std::string shortestText(double number)
+{
+    return fmt::format("{}", number);
+}
+
+std::vector<std::string> sweepValues(const std::string& expression)
+{
+    const auto refuse = [&](const std::string& cause)
+    {
+        throw usage_error("\"" + expression + "\" is not a list of values such as [0:1#0.1] or "
+                                              "1,2,5" + cause);
+    };
+    const Silence silence;
+    ListParser<double> parser;
+    std::vector<std::string> values;
+    try
+    {
+        if (expression.empty() || !parser.parse(expression))
+            refuse(parser.errorText().empty() ? "" : ": " + parser.errorText());
+        for (; parser.valid(); parser.next())
+        {
+            if (values.size() == maximumValues)
+                refuse(": it has more than a million values");
+            values.push_back(shortestText(parser.value()));
+        }
+    }
+    catch (const assertion_failed&)
+    {
+        refuse("");
+    }
+    if (!parser.errorText().empty())
+        refuse(": " + parser.errorText());
+    if (values.empty())
+        refuse(": it has no values greater than -1");
+    return values;
+}
+
+}
