@@ -16,6 +16,7 @@ namespace tavrin::io
 class DataFile;
 class PendingFile;
 class StepWriter;
+struct InputFile;
 struct ListedFile;
 struct SeriesRequest;
 
@@ -58,7 +59,7 @@ struct FileFormat
     bool (*holdsCells)(const CellComplex& cells) = nullptr;
 
     /// Opens a file whose content is a grid. Null where the format is not read, or is a list.
-    std::unique_ptr<DataFile> (*open)(const FileFormat& format, const std::filesystem::path& file,
+    std::unique_ptr<DataFile> (*open)(const FileFormat& format, InputFile file,
                                       const volatile bool& abortFlag) = nullptr;
     /// Reads a list of files. Null where the format is not read, or holds a grid.
     std::vector<ListedFile> (*readList)(const std::filesystem::path& file) = nullptr;
