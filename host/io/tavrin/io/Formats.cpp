@@ -67,7 +67,7 @@ std::vector<FileFormat> makeFormats()
          .content = FileContent::TimeSteps,
          .holdsSeveralArrays = false,
          .readList = readPvdList,
-         .prepareSeries = prepareSeries},
+         .startSeries = startPvd},
         {.extension = ".series",
          .name = "time series",
          .content = FileContent::TimeSteps,
@@ -149,17 +149,18 @@ std::vector<std::string> writableExtensions()
     return extensionsWhere([](const FileFormat& format) { return format.isWritten(); });
 }
 
-std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTimeSteps)
+bool isSuitable(const FileFormat& format, const Domain& domain, std::size_t numTimeSteps)
 {
     if (dynamic_cast<const PointSetBase*>(&domain) == nullptr)
-        return {};
-    return extensionsWhere(
-        [&](const FileFormat& format)
-        {
-            if (format.content == FileContent::Grid)
-                return format.makeWriter != nullptr && numTimeSteps == 1 && canHold(format, domain);
-            return format.prepareSeries != nullptr;
-        });
+        return false;
+    return format.startSeries != nullptr ||
+           (format.makeWriter != nullptr && numTimeSteps == 1 && canHold(format, domain));
+}
+
+std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTimeSteps)
+{
+    return extensionsWhere([&](const FileFormat& format)
+                           { return isSuitable(format, domain, numTimeSteps); });
 }
 
 const FileFormat& bestGridFormat(const Domain& domain)

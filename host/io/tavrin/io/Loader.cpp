@@ -7,7 +7,9 @@
 #include <tavrin/value/SeriesValueArray.hpp>
 
 #include <algorithm>
+#include <map>
 #include <ranges>
+#include <tuple>
 
 namespace tavrin::io
 {
@@ -73,6 +75,10 @@ public:
     std::vector<FunctionPointer> loadFunctions(const DataReference& reference);
     FunctionPointer loadFunction(const DataReference& reference);
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
+    std::vector<double> timesOf(const DataReference& reference)
+    {
+        return findTimes(*mAccess, reference);
+    }
     FileInfo inspect(const DataReference& reference) { return inspectFile(*mAccess, reference); }
     FileAccess& access() { return *mAccess; }
 
@@ -80,21 +86,29 @@ private:
     FunctionPointer load(const Block& block, const DataReference& reference);
     /// Loads a block whose first file is open already.
     FunctionPointer load(const Block& block, DataFile& first, const DataReference& reference);
-    FunctionPointer loadSingle(const Block::Step& step, DataFile& file,
-                               const DataReference& reference);
+    FunctionPointer loadSingle(const Block& block, DataFile& file, const DataReference& reference);
     FunctionPointer loadSeries(const Block& block, DataFile& first, const DataReference& reference);
     void warnOfLeftOut(const std::string& what, const std::vector<std::string>& names,
                        std::size_t numBlocks, const DataReference& reference);
     bool isEmpty(const Block& block);
     /// Returns an equal domain that was loaded before, or else this one.
     std::shared_ptr<const Domain> share(std::shared_ptr<const Domain> domain);
+    /// The same for the domain of one step, which is kept until that of another step is shared.
+    std::shared_ptr<const Domain> shareInSeries(std::shared_ptr<const Domain> domain,
+                                                const Block& block, const DataReference& reference);
 
     std::shared_ptr<FileAccess> mAccess;
     std::vector<std::weak_ptr<const Domain>> mDomains;
+    /// The grids of the steps that were loaded last, by the file of the series, the block and the
+    /// wanted dimension.
+    std::map<std::tuple<std::filesystem::path, std::string, std::optional<std::size_t>>,
+             std::shared_ptr<const Domain>>
+        mLatestDomains;
 };
 
 std::shared_ptr<const Domain> Loader::Implementation::share(std::shared_ptr<const Domain> domain)
 {
+    std::erase_if(mDomains, [](const auto& earlier) { return earlier.expired(); });
     for (const auto& earlier : mDomains)
         if (auto known = earlier.lock(); known != nullptr && known->equals(*domain))
             return known;
@@ -102,9 +116,19 @@ std::shared_ptr<const Domain> Loader::Implementation::share(std::shared_ptr<cons
     return domain;
 }
 
-FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, DataFile& file,
+std::shared_ptr<const Domain> Loader::Implementation::shareInSeries(
+    std::shared_ptr<const Domain> domain, const Block& block, const DataReference& reference)
+{
+    domain = share(std::move(domain));
+    if (block.steps.front().time)
+        mLatestDomains[{reference.file, block.name, reference.dimension}] = domain;
+    return domain;
+}
+
+FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile& file,
                                                    const DataReference& reference)
 {
+    const Block::Step& step = block.steps.front();
     return naming(step.place,
                   [&]
                   {
@@ -121,9 +145,9 @@ FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, Data
                                  [&]<typename T>()
                                  {
                                      function = std::make_shared<const Function<T>>(
-                                         share(grid.domain), partOf(array.association),
-                                         wrapValues<T>(values), times, array.name, validity,
-                                         originOf(grid, array.association));
+                                         shareInSeries(grid.domain, block, reference),
+                                         partOf(array.association), wrapValues<T>(values), times,
+                                         array.name, validity, originOf(grid, array.association));
                                  });
                       return function;
                   });
@@ -155,7 +179,7 @@ FunctionPointer Loader::Implementation::load(const Block& block, DataFile& first
                                              const DataReference& reference)
 {
     return block.steps.size() > 1 ? loadSeries(block, first, reference)
-                                  : loadSingle(block.steps.front(), first, reference);
+                                  : loadSingle(block, first, reference);
 }
 
 FunctionPointer Loader::Implementation::load(const Block& block, const DataReference& reference)
@@ -257,7 +281,11 @@ std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReferen
     const FilePlace& place = blocks.front().steps.front().place;
     const auto file = openFirst(*mAccess, blocks.front(), reference);
     return naming(place,
-                  [&] { return share(mAccess->build(*file, place, reference.dimension).domain); });
+                  [&]
+                  {
+                      return shareInSeries(mAccess->build(*file, place, reference.dimension).domain,
+                                           blocks.front(), reference);
+                  });
 }
 
 Loader::Loader(Warn warn, const volatile bool& abortFlag)
@@ -289,6 +317,11 @@ std::shared_ptr<const Domain> Loader::loadGrid(const DataReference& reference)
 FileInfo Loader::inspect(const DataReference& reference)
 {
     return mImplementation->access().reporting([&] { return mImplementation->inspect(reference); });
+}
+
+std::vector<double> Loader::timesOf(const DataReference& reference)
+{
+    return mImplementation->access().reporting([&] { return mImplementation->timesOf(reference); });
 }
 
 std::vector<std::filesystem::path> Loader::filesOf(const DataReference& reference)

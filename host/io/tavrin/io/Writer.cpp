@@ -1,8 +1,7 @@
 #include <tavrin/io/Writer.hpp>
 
-#include <tavrin/io/OutputFile.hpp>
-#include <tavrin/io/write/SeriesWriter.hpp>
-#include <tavrin/io/write/StepWriter.hpp>
+#include <tavrin/io/FunctionOutput.hpp>
+#include <tavrin/io/write/GridFileWriter.hpp>
 
 #include <algorithm>
 
@@ -11,35 +10,14 @@ namespace tavrin::io
 
 namespace fs = std::filesystem;
 
-namespace
-{
-
-/// Writes a file with one step of functions on a domain.
-std::unique_ptr<PendingFile> prepareGridFile(const Domain& domain,
-                                             std::span<const NamedFunction> functions,
-                                             const fs::path& file, const volatile bool& abortFlag)
-{
-    auto output = std::make_unique<OutputFile>(file, abortFlag);
-    findFormat(file)->makeWriter(domain, abortFlag)->write(functions, 0, output->stream());
-    output->complete();
-    return output;
-}
-
-/// An array without a name could not be asked for.
-std::string arrayNameFor(const std::string& name)
-{
-    return name.empty() ? "values" : name;
-}
-
-}
-
 void requireSuitable(const fs::path& file, const Domain& domain, std::size_t numTimeSteps)
 {
+    if (const FileFormat* const format = findFormat(file);
+        format != nullptr && isSuitable(*format, domain, numTimeSteps))
+        return;
     const auto extensions = extensionsFor(domain, numTimeSteps);
     if (extensions.empty())
         throw usage_error(file.string() + ": values on this kind of domain are not written");
-    if (std::ranges::find(extensions, extensionOf(file)) != extensions.end())
-        return;
     const std::string what = numTimeSteps > 1
                                  ? "a function with " + std::to_string(numTimeSteps) + " time steps"
                                  : describeGridKind(domain);
@@ -52,11 +30,9 @@ std::unique_ptr<PendingFile> prepareFunction(const FunctionBase& function,
                                              const volatile bool& abortFlag)
 {
     requireSuitable(file, *function.domain(), function.numTimeSteps());
-    const std::string name = arrayNameFor(arrayName);
-    if (isSeries(file))
-        return findFormat(file)->prepareSeries({function, name, file}, abortFlag);
-    const std::vector<NamedFunction> functions{{function, name}};
-    return prepareGridFile(*function.domain(), functions, file, abortFlag);
+    FunctionOutput output(file, abortFlag);
+    output.append(function, arrayName);
+    return output.finish();
 }
 
 std::unique_ptr<PendingFile> prepareFunctions(
@@ -74,8 +50,10 @@ std::unique_ptr<PendingFile> prepareFunctions(
     std::vector<NamedFunction> named;
     named.reserve(functions.size());
     for (const auto& function : functions)
-        named.push_back({*function, arrayNameFor(function->name())});
-    return prepareGridFile(domain, named, file, abortFlag);
+        named.push_back({*function, function->name().empty() ? "values" : function->name()});
+    GridFileWriter writer(*findFormat(file), file, abortFlag);
+    writer.write(named);
+    return writer.finish();
 }
 
 void writeFunction(const FunctionBase& function, const std::string& arrayName, const fs::path& file,

@@ -55,9 +55,8 @@ std::string toLower(std::string_view text)
     return result;
 }
 
-LegacyNumbers::LegacyNumbers(const std::filesystem::path& path, const volatile bool& abortFlag)
-    : mStream(path, std::ios::binary), mFileSize(std::filesystem::file_size(path)),
-      mAbortFlag(abortFlag)
+LegacyNumbers::LegacyNumbers(InputFile file, const volatile bool& abortFlag)
+    : mStream(std::move(file.stream)), mFileSize(file.size), mAbortFlag(abortFlag)
 {
 }
 

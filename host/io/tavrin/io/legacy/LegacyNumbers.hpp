@@ -1,9 +1,8 @@
 #pragma once
 
+#include <tavrin/io/InputFile.hpp>
 #include <tavrin/io/StoredArray.hpp>
 
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 
@@ -30,7 +29,7 @@ public:
         std::size_t components = 1;
     };
 
-    LegacyNumbers(const std::filesystem::path& path, const volatile bool& abortFlag);
+    LegacyNumbers(InputFile file, const volatile bool& abortFlag);
 
     /// Whether arrays are written as big-endian numbers and not as text.
     void setBinary(bool isBinary) { mIsBinary = isBinary; }

@@ -24,18 +24,23 @@ struct Member
 /// The index of the step at a time. Throws `usage_error`, naming the nearest step, if there is none.
 std::size_t findStep(const Collection& collection, double time)
 {
-    const auto found = std::ranges::min_element(collection.steps, {},
-                                                [&](const Collection::Step& step)
-                                                { return std::abs(*step.time - time); });
-    if (isSameTime(*found->time, time))
-        return static_cast<std::size_t>(found - collection.steps.begin());
+    const auto& steps = collection.steps;
+    const auto timeOf = [](const Collection::Step& step) { return *step.time; };
+    auto found = std::ranges::lower_bound(steps, time, {}, timeOf);
+    const bool isBelowNearer =
+        found == steps.end() ||
+        (found != steps.begin() && time - timeOf(found[-1]) < timeOf(*found) - time);
+    if (isBelowNearer)
+        --found;
+    if (isSameTime(timeOf(*found), time))
+        return static_cast<std::size_t>(found - steps.begin());
     std::vector<std::string> times;
-    std::ranges::transform(collection.steps, std::back_inserter(times),
-                           [](const Collection::Step& step) { return toText(*step.time); });
+    std::ranges::transform(steps, std::back_inserter(times),
+                           [&](const Collection::Step& step) { return toText(timeOf(step)); });
     throw usage_error("no step at t = " + toText(time) + "; there " +
                       (times.size() == 1 ? "is one step, at " : "are steps at ") +
                       shortList(times) +
-                      (times.size() == 1 ? "" : "; the nearest is at " + toText(*found->time)));
+                      (times.size() == 1 ? "" : "; the nearest is at " + toText(timeOf(*found))));
 }
 
 /// Throws `usage_error` if a time is wanted and the file does not have it.
@@ -102,6 +107,33 @@ void arrange(std::vector<Member>& members, const std::vector<Block>& blocks, dou
     std::ranges::transform(ranked, members.begin(), &std::pair<std::size_t, Member>::second);
 }
 
+}
+
+std::vector<double> findTimes(FileAccess& access, const DataReference& reference)
+{
+    std::vector<double> times;
+    if (isSeries(reference.file))
+    {
+        naming(FilePlace(reference.file),
+               [&]
+               {
+                   const Collection& collection = access.collection(reference.file);
+                   if (reference.time)
+                       times.push_back(
+                           *collection.steps[findStep(collection, *reference.time)].time);
+                   else
+                       for (const Collection::Step& step : collection.steps)
+                           times.push_back(*step.time);
+               });
+        return times;
+    }
+    for (const Block& block : findBlocks(access, reference))
+        if (const auto time = openFirst(access, block, reference)->time)
+            times.push_back(*time);
+    std::ranges::sort(times);
+    const auto repeated = std::ranges::unique(times);
+    times.erase(repeated.begin(), repeated.end());
+    return times;
 }
 
 std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference)

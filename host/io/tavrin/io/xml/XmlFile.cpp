@@ -45,8 +45,7 @@ constexpr const char* sectionOf(Association association)
 class XmlFile : public DataFile
 {
 public:
-    XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
-            const volatile bool& abortFlag);
+    XmlFile(const FileFormat& fileFormat, InputFile file, const volatile bool& abortFlag);
 
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association association) override;
@@ -86,9 +85,8 @@ private:
     std::array<std::optional<std::pair<Array, GhostBits>>, 2> mMarks;
 };
 
-XmlFile::XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
-                 const volatile bool& abortFlag)
-    : mValues(path, abortFlag)
+XmlFile::XmlFile(const FileFormat& fileFormat, InputFile file, const volatile bool& abortFlag)
+    : mValues(std::move(file), abortFlag)
 {
     requireDataSet(mValues.root(), fileFormat);
     format = fileFormat.name;
@@ -347,10 +345,10 @@ FileCells XmlFile::readCells()
 
 }
 
-std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, const std::filesystem::path& file,
+std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, InputFile file,
                                       const volatile bool& abortFlag)
 {
-    return std::make_unique<XmlFile>(format, file, abortFlag);
+    return std::make_unique<XmlFile>(format, std::move(file), abortFlag);
 }
 
 }
