@@ -1,18 +1,9 @@
-#include "../console/Failure.hpp"
-#include "../console/Warnings.hpp"
-#include "../run/RunFollower.hpp"
-#include "../run/Threads.hpp"
+#include "../run/LoopWords.hpp"
 #include "../text/AlgorithmSheet.hpp"
-#include "../text/Layout.hpp"
 #include "Commands.hpp"
-#include "Session.hpp"
-#include <tavrin/pipeline/OutputWriter.hpp>
-#include <tavrin/pipeline/Picture.hpp>
-#include <tavrin/pipeline/WholeFile.hpp>
+#include "PlanExecution.hpp"
 
 #include <tavrin/io/Formats.hpp>
-#include <tavrin/pipeline/RunFailure.hpp>
-#include <tavrin/pipeline/RunInputs.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -25,15 +16,6 @@ using namespace pipeline;
 
 namespace
 {
-
-/// Adds the time of a piece of work to a sum.
-template<typename Work>
-void timed(double& seconds, const Work& work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 class RunCommand final : public Command
 {
@@ -79,6 +61,7 @@ public:
                         "writes an output; PORT= may be left out where there is only one")
             ->type_name("PORT=FILE")
             ->allow_extra_args(false);
+        mLoopWords.declare(syntax());
         syntax()
             .add_option("--report", mReportFile,
                         "writes a report of a successful run as JSON; - is standard output")
@@ -100,121 +83,49 @@ public:
     {
         if (words.empty())
             return Command::help(words, session);
-        return algorithmSheet(
-            pipeline::AlgorithmCard(AlgorithmRun(session.algorithms, words.front())));
+        return algorithmSheet(AlgorithmCard(
+            AlgorithmRun(session.algorithms, algorithmNamed(words.front(), session.algorithms))));
     }
 
     void execute(const Words& words, Session& session) override
     {
-        AlgorithmRun run(session.algorithms, firstWord(words));
-        const auto assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run);
-        const auto requests = parseOutputs(mOutputWords, run.describe());
-        const auto pictureOptions = mPictureWords.options();
-        if (!mPictureWords.isEmpty() && std::ranges::none_of(requests, &OutputRequest::isPicture))
-            throw usage_error("--size, --background and --view are for pictures; no output is a "
-                              ".png file");
-        Warnings warnings(session.console);
-        io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
-        checkDestinations(destinations(requests), pipeline::inputFiles(assignments, loader));
-        if (isReportPrinted())
-            session.console.reserveOutput();
-        startThreads();
-
-        RunReport report;
-        RunInputs inputs(run, loader);
-        timed(report.seconds.read, [&] { inputs.apply(assignments); });
-        warnings.print();
-        checkFormats(requests, inputs.objects());
-        timed(report.seconds.execute, [&] { executeRun(run, requests, session); });
-        requireResults(run, requests, session);
-
-        ProgressBar progress(session.console, session.progressMode);
-        const OutputWriter writer(run, inputs.objects(), pictureOptions, progress,
-                                  session.abortFlag);
-        io::PendingFiles files;
-        timed(report.seconds.write,
-              [&]
-              {
-                  for (const OutputRequest& request : requests)
-                      report.outputs.push_back(writer.write(request, files));
-              });
-        if (mReportFile)
-            addReport(jsonText(report.toJson(run, assignments)), files, session);
-        // From here on nothing can fail except giving files their names.
-        session.console.requireOutput();
-        for (const auto& file : files)
-            file->publish();
+        const std::string algorithm = algorithmNamed(firstWord(words), session.algorithms);
+        const AlgorithmRun declaration(session.algorithms, algorithm);
+        const Loop loop = mLoopWords.loop(declaration);
+        Plan plan{.steps = {{.id = {},
+                             .algorithm = algorithm,
+                             .assignments =
+                                 parseAssignments({words.begin() + 1, words.end()}, declaration)}},
+                  .outputs = parseOutputs(mOutputWords, declaration.describe())};
+        applyPictureWords(plan);
+        executePlan([&](const Iteration& iteration)
+                    { return withValue(plan, iteration, declaration); },
+                    loop, mReportFile, session);
     }
 
 private:
-    std::vector<std::filesystem::path> destinations(
-        const std::vector<OutputRequest>& requests) const
+    void applyPictureWords(Plan& plan) const
     {
-        std::vector<std::filesystem::path> files;
-        std::ranges::transform(requests, std::back_inserter(files), &OutputRequest::file);
-        if (mReportFile && !isReportPrinted())
-            files.emplace_back(*mReportFile);
-        return files;
+        if (!mPictureWords.isEmpty() &&
+            std::ranges::none_of(plan.outputs, &OutputRequest::isPicture))
+            throw usage_error("--size, --background and --view are for pictures; no output is a "
+                              ".png file");
+        // Throws for a malformed word before anything is read.
+        static_cast<void>(mPictureWords.options());
+        for (OutputRequest& request : plan.outputs)
+            request.picture = mPictureWords;
     }
 
-    bool isReportPrinted() const { return mReportFile == "-"; }
-
-    void addReport(const std::string& text, io::PendingFiles& files, Session& session) const
+    /// The plan with the value of a sweep.
+    static Plan withValue(Plan plan, const Iteration& iteration, const AlgorithmRun& declaration)
     {
-        if (isReportPrinted())
-            session.console.answer(text);
-        else
-            files.push_back(prepareWholeFile(*mReportFile, text, session.abortFlag));
+        if (!iteration.variable.empty())
+            plan.steps.front().assignments.push_back(
+                OptionAssignment::make(iteration.variable, iteration.value, false, declaration));
+        return plan;
     }
 
-    /// Executes the algorithm. Exceptions pass through; throws `Aborted` after an interrupt.
-    static void executeRun(AlgorithmRun& run, const std::vector<OutputRequest>& requests,
-                           Session& session)
-    {
-        RunFollower follower(session.console, {session.progressMode, session.isVerbose}, requests);
-        try
-        {
-            run.execute(session.abortFlag, &follower);
-        }
-        catch (const Options::missing_option_error& error)
-        {
-            throw usage_error(error.what());
-        }
-        if (session.abortFlag)
-            throw io::Aborted();
-    }
-
-    /// Throws `RunFailure` if a requested output was not published, or if an algorithm without outputs
-    /// had nothing to report. The debug log, which is then shown, may tell the reason. If the algorithm
-    /// gave no hint, the last line of its logs becomes part of the message.
-    static void requireResults(const AlgorithmRun& run, const std::vector<OutputRequest>& requests,
-                               Session& session)
-    {
-        std::vector<std::string> missing;
-        for (const OutputRequest& request : requests)
-            if (!isPublished(request, run))
-                missing.push_back("\"" + request.port + "\"");
-        const AlgorithmDescription description = run.describe();
-        const bool isSilent = description.outputs.empty() && run.infoLog().empty() &&
-                              run.results().empty() && !run.debugLog().empty();
-        if (missing.empty() && !isSilent)
-            return;
-        if (!session.isVerbose)
-            printDebugLog(session.console, run.debugLog());
-        const std::string& log = run.infoLog().empty() ? run.debugLog() : run.infoLog();
-        const std::string reason = run.hints().empty() ? lastLineOf(log) : "";
-        throw RunFailure(
-            "\"" + description.name + "\" " +
-            (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +
-            (reason.empty() ? "" : ": " + reason));
-    }
-
-    static std::string lastLineOf(const std::string& log)
-    {
-        const auto lines = linesOf(log);
-        return lines.empty() ? "" : lines.back();
-    }
-
+    LoopWords mLoopWords;
     std::vector<std::string> mOutputWords;
     std::optional<std::string> mReportFile;
     PictureWords mPictureWords;
