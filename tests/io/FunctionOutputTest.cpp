@@ -92,6 +92,12 @@ TEST_F(FunctionOutputTest, RefusesStepsThatDoNotFit)
               "run.pvd: the step at t = 3 does not come after the one at t = 3");
     EXPECT_EQ(refusalOf(series, *stepAt({}, uniformGrid<1>())),
               "run.pvd: the step at t = 0 does not come after the one at t = 3");
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(refusalOf(series, *stepAt({4.0, infinity}, uniformGrid<1>())),
+              "run.pvd: values at t = inf are not written, since a time must be finite");
+    FunctionOutput endless(folder() / "endless.vti", neverAbort);
+    EXPECT_EQ(refusalOf(endless, *stepAt({-infinity}, uniformGrid<1>())),
+              "endless.vti: values at t = -inf are not written, since a time must be finite");
     for (const std::string name : {"run", "run.vtm", "run.txt"})
         EXPECT_EQ(errorOf<usage_error>([&] { FunctionOutput(name, neverAbort); }).substr(0, 32),
                   (name + ": data is written as .vti, .vtr, ").substr(0, 32));

@@ -35,6 +35,7 @@ FunctionOutput::~FunctionOutput() = default;
 void FunctionOutput::append(const FunctionBase& function, const std::string& arrayName)
 {
     requireSuitable(mFile, *function.domain(), mNumSteps + function.numTimeSteps());
+    requireFiniteTimes(mFile, function);
     const std::vector<double> times = writtenTimes(function);
     if (mNumSteps > 0 && times.front() <= mLastTime)
         throw usage_error(mFile.string() + ": the step at t = " + toText(times.front()) +

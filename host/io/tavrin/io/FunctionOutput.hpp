@@ -32,8 +32,8 @@ public:
 
     /// Appends all time steps of a function, as the array of this name ("values" if it is empty). A
     /// function without times has one step, at time 0 where the format gives every step a time.
-    /// Throws `usage_error` where the format cannot hold the domain or another step, and for a step
-    /// that does not come after the one before; `FileError` and `Aborted`.
+    /// Throws `usage_error` where the format cannot hold the domain or another step, for a step
+    /// that does not come after the one before, and for a time that is not finite; `FileError` and `Aborted`.
     void append(const FunctionBase& function, const std::string& arrayName);
 
     /// Completes the file, which then lacks only its name. Throws `FileError`, `Aborted`, and

@@ -2,8 +2,10 @@
 
 #include <tavrin/io/FunctionOutput.hpp>
 #include <tavrin/io/write/GridFileWriter.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavrin::io
 {
@@ -23,6 +25,14 @@ void requireSuitable(const fs::path& file, const Domain& domain, std::size_t num
                                  : describeGridKind(domain);
     throw usage_error(file.string() + ": " + what + " is written as " +
                       enumerate(extensions, "or"));
+}
+
+void requireFiniteTimes(const fs::path& file, const FunctionBase& function)
+{
+    for (const double time : function.timeSteps())
+        if (!std::isfinite(time))
+            throw usage_error(file.string() + ": values at t = " + toText(time) +
+                              " are not written, since a time must be finite");
 }
 
 std::unique_ptr<PendingFile> prepareFunction(const FunctionBase& function,
@@ -45,6 +55,8 @@ std::unique_ptr<PendingFile> prepareFunctions(
         throw logic_error("functions of one step on one domain are needed for one file");
     const Domain& domain = *functions.front()->domain();
     requireSuitable(file, domain, 1);
+    for (const auto& function : functions)
+        requireFiniteTimes(file, *function);
     if (!findFormat(file)->holdsSeveralArrays)
         throw usage_error(file.string() + ": a file with this extension holds one array");
     std::vector<NamedFunction> named;

@@ -158,10 +158,11 @@ public:
             fail(error.code().value());
         }
         mCollection.publish();
-        std::error_code ignored;
+        std::vector<fs::path> obsolete;
         for (const std::string& member : replaceable)
             if (!mMembers.contains(member))
-                fs::remove(mNames.folder() / member, ignored);
+                obsolete.push_back(mNames.folder() / member);
+        removeFiles(obsolete);
     }
 
 private:
