@@ -12,6 +12,7 @@ find_package(VTK 9.1 REQUIRED COMPONENTS CommonCore CommonDataModel IOCore IOLeg
 pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)
 pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
 pkg_check_modules(cairo REQUIRED IMPORTED_TARGET cairo)
+pkg_check_modules(libpng REQUIRED IMPORTED_TARGET libpng)
 
 find_package(benchmark REQUIRED)
 if(BUILD_TESTING)

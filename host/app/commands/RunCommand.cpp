@@ -1,4 +1,5 @@
 #include "../run/LoopWords.hpp"
+#include "../run/PictureOptions.hpp"
 #include "../text/AlgorithmSheet.hpp"
 #include "Commands.hpp"
 #include "PlanExecution.hpp"
@@ -31,22 +32,34 @@ public:
                    "FILE; an option that takes several objects may be given several times, and "
                    "NAME= drops those before it. Data is connected first, then the other values are "
                    "set in the order given. NAME:=VALUE sets a choice to a value that the list does "
-                   "not offer. \"tavrin describe ALGORITHM\" shows the options.\n\n"
+                   "not offer. NAME=auto takes the value that the algorithm suggests, as in "
+                   "Scale=auto. \"tavrin describe ALGORITHM\" shows the options.\n\n"
+                   "Algorithms, options, choices and outputs may be abbreviated to any beginnings of "
+                   "their words that fit one name only, in any letter case: \"run tensor "
+                   "fielda=flow.vtu op=norm\".\n\n"
                    "The extension of an output file selects the format and must suit the grid: " +
                    io::enumerate(io::writableExtensions(), "or") +
-                   "; several time steps need .pvd. Graphics is painted "
-                   "as a .png picture, or written as line segments to a .vtp file: in double "
-                   "precision for the arrow representations \"arrow\" and \"tube arrow\", in single "
-                   "precision for \"line\". Files appear under their names when all of them are "
-                   "complete: a run that fails or is interrupted leaves existing files unchanged.\n\n"
+                   "; several time steps need .pvd or .csv. FILE#NAME names the array. Graphics is "
+                   "painted as a .png, .svg or .pdf picture, or written as line segments to a .vtp "
+                   "file: in double precision for the arrow representations \"arrow\" and \"tube "
+                   "arrow\", in single precision for \"line\". Files appear under their names when "
+                   "all of them are complete: a run that fails or is interrupted leaves existing "
+                   "files unchanged.\n\n"
+                   "--each-step repeats the run for every time step of the series among the inputs, "
+                   "and --sweep for every value of a set such as [0:1#0.1] or 1,2,5 (values greater "
+                   "than -1). A .pvd or .csv file collects the time steps; other outputs need a place "
+                   "for the number of the run, as in frame_%04d.png. Such files appear one by one: "
+                   "those of finished runs stay if a later run fails. A color map without a range "
+                   "then spans all runs, and a suggested value is the smallest of all runs.\n\n"
                    "The algorithm's report goes to standard output, everything else to standard "
                    "error. After a successful run, --report writes one JSON object with formatVersion, "
                    "algorithm, options {name: value}, seconds {read, execute, write}, "
                    "peakMemoryBytes, infoLog, debugLog, hints (arrays of lines), suggestions "
                    "{option: value}, results (what the algorithm reports), samples {total, outside} "
                    "if a field was sampled, and outputs [{port, file, values, timeSteps}], with "
-                   "width and height for a picture. With --report -, standard output holds the "
-                   "report alone and everything else goes to standard error.",
+                   "width and height for a picture. With --each-step or --sweep it is a list of such "
+                   "objects, with time or variables {name: value} each. With --report -, standard "
+                   "output holds the report alone and everything else goes to standard error.",
                .examples = {{"tavrin run \"Field/Tensor Field Operator\" "
                              "\"Field A=flow.vtu#velocity\" \"Operator=Norm of Field A\" "
                              "-o Field=speed.vtu",
@@ -66,17 +79,7 @@ public:
             .add_option("--report", mReportFile,
                         "writes a report of a successful run as JSON; - is standard output")
             ->type_name("FILE.json");
-        syntax()
-            .add_option("--size", mPictureWords.size, "size of pictures in pixels, 1280x960")
-            ->type_name("WIDTHxHEIGHT");
-        syntax()
-            .add_option("--background", mPictureWords.background, "background of pictures, #ffffff")
-            ->type_name("COLOR");
-        syntax()
-            .add_option(
-                "--view", mPictureWords.view,
-                "direction to the viewer: x, -x, y, -y, z, -z, iso, or AZIMUTH,ELEVATION in degrees")
-            ->type_name("VIEW");
+        mPictureOptions.declare(syntax());
     }
 
     std::string help(const Words& words, const Session& session) const override
@@ -97,25 +100,13 @@ public:
                              .assignments =
                                  parseAssignments({words.begin() + 1, words.end()}, declaration)}},
                   .outputs = parseOutputs(mOutputWords, declaration.describe())};
-        applyPictureWords(plan);
+        mPictureOptions.applyTo(plan);
         executePlan([&](const Iteration& iteration)
                     { return withValue(plan, iteration, declaration); },
                     loop, mReportFile, session);
     }
 
 private:
-    void applyPictureWords(Plan& plan) const
-    {
-        if (!mPictureWords.isEmpty() &&
-            std::ranges::none_of(plan.outputs, &OutputRequest::isPicture))
-            throw usage_error("--size, --background and --view are for pictures; no output is a "
-                              ".png file");
-        // Throws for a malformed word before anything is read.
-        static_cast<void>(mPictureWords.options());
-        for (OutputRequest& request : plan.outputs)
-            request.picture = mPictureWords;
-    }
-
     /// The plan with the value of a sweep.
     static Plan withValue(Plan plan, const Iteration& iteration, const AlgorithmRun& declaration)
     {
@@ -128,7 +119,7 @@ private:
     LoopWords mLoopWords;
     std::vector<std::string> mOutputWords;
     std::optional<std::string> mReportFile;
-    PictureWords mPictureWords;
+    PictureOptions mPictureOptions;
 };
 
 }

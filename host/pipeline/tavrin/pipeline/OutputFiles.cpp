@@ -3,6 +3,7 @@
 #include <tavrin/pipeline/ArrowSegments.hpp>
 #include <tavrin/pipeline/RunFailure.hpp>
 #include <tavrin/pipeline/WholeFile.hpp>
+#include <tavrin/pipeline/Words.hpp>
 
 #include <tavrin/function/visit.hpp>
 #include <tavrin/io/Writer.hpp>
@@ -37,10 +38,10 @@ bool isPublished(const OutputRequest& request, const AlgorithmRun& run)
 }
 
 OutputReport OutputFiles::write(const OutputRequest& request, const AlgorithmRun& run,
-                                const DataObjectBundle::Members& inputs, const Iteration& iteration)
+                                const Context& context, const Iteration& iteration)
 {
     if (request.isPicture())
-        return writePicture(request, run, inputs, iteration);
+        return writePicture(request, run, context, iteration);
     if (request.isGraphics)
         return writeSegments(request, run, iteration);
     const auto function = std::dynamic_pointer_cast<const FunctionBase>(run.result(request.port));
@@ -91,16 +92,19 @@ OutputReport OutputFiles::writeData(const OutputRequest& request, const Function
 }
 
 OutputReport OutputFiles::writePicture(const OutputRequest& request, const AlgorithmRun& run,
-                                       const DataObjectBundle::Members& inputs,
-                                       const Iteration& iteration)
+                                       const Context& context, const Iteration& iteration)
 {
     const auto file = request.fileFor(iteration);
-    const auto scene = sceneOf(run.graphics(request.port), inputs);
-    const auto image = graphics::paint(scene, request.picture.options(), mAbortFlag, &mObserver);
-    const auto bytes = graphics::encodePng(image, mAbortFlag);
+    auto scene = sceneOf(run.graphics(request.port), context.inputs);
+    if (context.time)
+        scene.timeLabel = "t = " + shortestText(*context.time);
+    const auto format = graphics::pictureFormatOf(file.extension().string()).value();
+    const auto picture =
+        graphics::renderPicture(scene, request.picture.options(), format, mAbortFlag, &mObserver);
     mFinished.push_back(prepareWholeFile(
-        file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, mAbortFlag));
-    return {request.port, file, {{"width", image.width}, {"height", image.height}}};
+        file, {reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size()},
+        mAbortFlag));
+    return {request.port, file, {{"width", picture.width}, {"height", picture.height}}};
 }
 
 OutputReport OutputFiles::writeSegments(const OutputRequest& request, const AlgorithmRun& run,

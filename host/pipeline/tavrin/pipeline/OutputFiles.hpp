@@ -24,12 +24,21 @@ public:
     {
     }
 
-    /// Writes what a run published. Pictures show the bounding box and the color bar of `inputs`. In a
+    /// What a picture shows besides the graphics of a run.
+    struct Context
+    {
+        /// The bounding box and the color bar are those of the inputs.
+        const DataObjectBundle::Members& inputs;
+        /// The time for a label, if any.
+        std::optional<double> time;
+    };
+
+    /// Writes what a run published. In a
     /// loop, data without a file for each iteration is appended to its file. Throws `FileError`,
     /// `Aborted`, `usage_error` for a result that the format of the file cannot hold, and
     /// `runtime_error` if no picture can be painted.
     OutputReport write(const OutputRequest& request, const AlgorithmRun& run,
-                       const DataObjectBundle::Members& inputs, const Iteration& iteration);
+                       const Context& context, const Iteration& iteration);
 
     /// Gives those files their names that no later iteration adds to.
     void publishFinished();
@@ -42,7 +51,7 @@ private:
     OutputReport writeData(const OutputRequest& request, const FunctionBase& function,
                            const Iteration& iteration);
     OutputReport writePicture(const OutputRequest& request, const AlgorithmRun& run,
-                              const DataObjectBundle::Members& inputs, const Iteration& iteration);
+                              const Context& context, const Iteration& iteration);
     OutputReport writeSegments(const OutputRequest& request, const AlgorithmRun& run,
                                const Iteration& iteration);
 

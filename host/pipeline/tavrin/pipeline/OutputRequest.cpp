@@ -55,7 +55,12 @@ const Output* findOutput(const std::string& word, const std::vector<Output>& out
 }
 
 /// The extensions of pictures and of line segments.
-const std::vector<std::string> graphicsExtensions{".png", ".svg", ".pdf", ".vtp"};
+std::vector<std::string> graphicsExtensions()
+{
+    std::vector<std::string> extensions = graphics::pictureExtensions();
+    extensions.emplace_back(".vtp");
+    return extensions;
+}
 
 /// A place for a number in a text: "%d", or "%04d" for at least four digits.
 struct NumberPlace
@@ -102,7 +107,8 @@ std::pair<path, std::string> divideTarget(const std::string& target)
 
 void checkExtension(const OutputRequest& request)
 {
-    const auto& extensions = request.isGraphics ? graphicsExtensions : io::writableExtensions();
+    const std::vector<std::string> extensions =
+        request.isGraphics ? graphicsExtensions() : io::writableExtensions();
     if (request.file.filename().empty())
         throw usage_error("output \"" + request.port + "\" needs a file, as in -o " +
                           shellWord(request.port + "=FILE" + extensions.front()));
@@ -117,7 +123,7 @@ void checkExtension(const OutputRequest& request)
 
 bool OutputRequest::isPicture() const
 {
-    return isGraphics && file.extension() != ".vtp";
+    return graphics::pictureFormatOf(file.extension().string()).has_value();
 }
 
 std::filesystem::path OutputRequest::fileFor(const Iteration& iteration) const

@@ -13,6 +13,9 @@ struct Step
     std::string id;
     std::string algorithm;
     std::vector<OptionAssignment> assignments;
+    /// At most so many values of each function are shown, evenly spread in space; all of them by
+    /// default.
+    std::optional<std::size_t> maximumArrows = std::nullopt;
 };
 
 /// Steps in the order in which they are executed, and the files that are written of their results.

@@ -353,9 +353,12 @@ Json PlanRun::executeIteration(const Iteration& iteration)
                timed(current.measurements.seconds.write,
                      [&]
                      {
+                         const OutputFiles::Context context{
+                             current.inputs.objects(),
+                             iteration.time ? iteration.time : current.inputs.timeOfSeries(step)};
                          for (const OutputRequest* const request : requestsFor(index, plan))
-                             current.measurements.outputs.push_back(mOutputs.write(
-                                 *request, current.run, current.inputs.objects(), iteration));
+                             current.measurements.outputs.push_back(
+                                 mOutputs.write(*request, current.run, context, iteration));
                      });
            });
         const Json report = reportOn(current.run, step, plan, current.measurements);

@@ -1,11 +1,26 @@
 #include <tavrin/pipeline/RunInputs.hpp>
 
+#include <tavrin/pipeline/Thinning.hpp>
+
 #include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
 
 namespace tavrin::pipeline
 {
+
+namespace
+{
+
+/// Replaces the functions by ones with at most `maximum` values.
+void thin(DataObjectBundle::Members& objects, std::size_t maximum)
+{
+    for (auto& object : objects)
+        if (auto function = std::dynamic_pointer_cast<const FunctionBase>(object))
+            object = thinned(function, maximum);
+}
+
+}
 
 std::vector<std::filesystem::path> inputFiles(std::span<const Step> steps, io::Loader& loader)
 {
@@ -31,6 +46,20 @@ void RunInputs::apply(const Step& step, const std::optional<ValueRange>& range)
 std::optional<ValueRange> RunInputs::shownNorms(const Step& step) const
 {
     return normsOf(mObjects, shownTime(step));
+}
+
+std::optional<double> RunInputs::timeOfSeries(const Step& step) const
+{
+    for (const Object& object : mObjects)
+    {
+        const auto* const function = dynamic_cast<const FunctionBase*>(object.get());
+        if (function == nullptr || function->numTimeSteps() < 2)
+            continue;
+        const auto& times = function->timeSteps();
+        const double time = shownTime(step).value_or(times.front());
+        return time >= times.front() && time <= times.back() ? time : times.front();
+    }
+    return std::nullopt;
 }
 
 /// The value of the number option "Time" if there is one: by convention, an algorithm with such an
@@ -70,6 +99,8 @@ std::vector<RunInputs::Members> RunInputs::loadData(const Step& step, const Show
                 continue;
             loaded[i] = objectsOf(assignments[i], shown);
             mObjects.insert(mObjects.end(), loaded[i].begin(), loaded[i].end());
+            if (step.maximumArrows)
+                thin(loaded[i], *step.maximumArrows);
         }
     return loaded;
 }

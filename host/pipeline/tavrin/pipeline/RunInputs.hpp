@@ -32,8 +32,12 @@ public:
     /// `range` replaces them. Throws what `AlgorithmRun` and `DataKind::make` throw.
     void apply(const Step& step, const std::optional<ValueRange>& range = std::nullopt);
 
-    /// The objects that were connected, in the order in which they were made: color maps come last.
+    /// The objects that were made, in this order: color maps come last. Functions have all their
+    /// values, even if fewer are shown.
     const Members& objects() const { return mObjects; }
+
+    /// The time that is shown of the first function with several time steps; nothing without one.
+    std::optional<double> timeOfSeries(const Step& step) const;
 
     /// The norms that a color map without a range spans; nothing without a function with finite
     /// norms.
