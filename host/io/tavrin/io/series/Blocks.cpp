@@ -1,7 +1,9 @@
 #include <tavrin/io/series/Blocks.hpp>
 
+#include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
+#include <tavrin/io/TextNumbers.hpp>
 #include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
@@ -107,6 +109,20 @@ void arrange(std::vector<Member>& members, const std::vector<Block>& blocks, dou
     std::ranges::transform(ranked, members.begin(), &std::pair<std::size_t, Member>::second);
 }
 
+/// The block of this name or else, where the text is a number, the block of this number.
+Block chooseBlock(const std::vector<Block>& blocks, const std::string& wanted)
+{
+    std::vector<std::string> names;
+    std::ranges::transform(blocks, std::back_inserter(names), &Block::name);
+    const auto named = std::ranges::find(names, wanted);
+    auto index = static_cast<std::size_t>(named - names.begin());
+    if (named == names.end())
+        index = parseIndex(wanted).value_or(names.size());
+    if (index >= blocks.size())
+        throw usage_error("no block \"" + wanted + "\"" + suggestionFor(wanted, names));
+    return blocks[index];
+}
+
 }
 
 std::vector<double> findTimes(FileAccess& access, const DataReference& reference)
@@ -141,7 +157,13 @@ std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference
     const FilePlace whole(reference.file);
     if (!isList(reference.file))
     {
-        naming(whole, [&] { requireFile(reference.file); });
+        naming(whole,
+               [&]
+               {
+                   requireFile(reference.file);
+                   if (reference.block)
+                       throw usage_error("holds no blocks; leave out ?block=");
+               });
         return {{"", {{std::nullopt, whole}}}};
     }
 
@@ -173,6 +195,8 @@ std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference
         for (std::size_t k = 0; k < blocks.size(); ++k)
             blocks[k].steps.push_back({step.time, std::move(members[k].place)});
     }
+    if (reference.block)
+        return {naming(whole, [&] { return chooseBlock(blocks, *reference.block); })};
     return blocks;
 }
 
