@@ -97,6 +97,12 @@ std::optional<std::size_t> parseIndex(std::string_view text)
                                                                     : std::nullopt;
 }
 
+std::optional<double> parseNumber(std::string_view text)
+{
+    double number = 0.0;
+    return parse(text, number) ? std::optional(number) : std::nullopt;
+}
+
 bool startsLikeNumber(std::string_view word)
 {
     if (word.starts_with('-') || word.starts_with('+'))

@@ -35,6 +35,9 @@ std::string toLower(std::string_view text);
 /// The text as an index, all of whose characters are digits; nothing for other texts.
 std::optional<std::size_t> parseIndex(std::string_view text);
 
+/// The text as a number, which may be infinite or NaN; nothing for other texts.
+std::optional<double> parseNumber(std::string_view text);
+
 /// Whether a word could be a number by its first characters.
 bool startsLikeNumber(std::string_view word);
 
