@@ -200,7 +200,7 @@ bool suits(const DataKind& kind, const std::string& text, const DataReference& r
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
         return isColorMap && refersToColorMap(text);
-    return kind.type != Domain::classTypeId() || !refersToArray(reference);
+    return kind.type != Domain::classTypeId() || !reference.refersToArray();
 }
 
 const RTTICollection& typesOf(const InputBase& input)
