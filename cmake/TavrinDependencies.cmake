@@ -6,11 +6,13 @@ find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(yaml-cpp REQUIRED)
 find_package(VTK 9.1 REQUIRED COMPONENTS CommonCore CommonDataModel IOCore IOLegacy IOXML)
 
 pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)
 pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
 pkg_check_modules(cairo REQUIRED IMPORTED_TARGET cairo)
+pkg_check_modules(libpng REQUIRED IMPORTED_TARGET libpng)
 
 find_package(benchmark REQUIRED)
 if(BUILD_TESTING)

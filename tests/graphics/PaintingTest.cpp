@@ -232,18 +232,21 @@ TEST_F(PaintingTest, ColorsShineThroughByTheirAlpha)
     EXPECT_TRUE(isRed(overlap(1.0F)));
 }
 
-TEST_F(PaintingTest, LinesHaveTheirWidthInPixels)
+TEST_F(PaintingTest, LinesHaveTheirWidthInProportionToThePicture)
 {
-    const auto height = [](float width)
+    const auto height = [](float width, std::size_t side)
     {
         const Image image =
-            paint({.drawables = {segments({{0, 0, 0}, {1, 0, 0}}, {red, red}, width)}}, small(),
-                  neverAbort);
-        return countPixels(image, isRed) / 114;
+            paint({.drawables = {segments({{0, 0, 0}, {1, 0, 0}}, {red, red}, width)}},
+                  {.width = side, .height = side}, neverAbort);
+        return countPixels(image, isRed) / (side * 94 / 100);
     };
-    EXPECT_EQ(height(0.0F), 1U);
-    EXPECT_EQ(height(4.0F), 4U);
-    EXPECT_EQ(height(20.0F), 20U);
+    EXPECT_EQ(height(0.0F, 1280), 1U);
+    EXPECT_EQ(height(4.0F, 1280), 4U);
+    EXPECT_EQ(height(20.0F, 1280), 20U);
+    EXPECT_EQ(height(20.0F, 640), 10U);
+    EXPECT_EQ(height(4.0F, 2560), 8U);
+    EXPECT_EQ(height(0.1F, 640), 1U);
 }
 
 TEST_F(PaintingTest, OddLinesDoNoHarm)

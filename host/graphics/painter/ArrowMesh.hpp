@@ -2,6 +2,7 @@
 
 #include <tavrin/value/Tensor.hpp>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -25,6 +26,19 @@ struct ArrowMesh
     static constexpr float flatHeadRadius = 2.1F;
     /// Where the head begins, as a fraction of the length.
     static constexpr float neck = 0.68F;
+
+    /// The corners of a flat arrow, across it and along it, from the tail at the left clockwise as seen
+    /// with the tip at the top.
+    static constexpr std::array<Tensor<float, 2>, 7> flatOutline(float headRadius)
+    {
+        return {Tensor<float, 2>(-shaftRadius, 0.0F),
+                {-shaftRadius, neck},
+                {-headRadius, neck},
+                {0.0F, 1.0F},
+                {headRadius, neck},
+                {shaftRadius, neck},
+                {shaftRadius, 0.0F}};
+    }
 
     std::vector<Vertex> vertices;
     std::vector<std::uint16_t> indices;

@@ -211,10 +211,11 @@ void ArrowPainter::drawCollected()
     mInFlight.endPortion();
 }
 
-void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, const Camera& camera,
-                         RenderTarget& target, const Frame& tile, Pass pass, WorkMeter& meter)
+void ArrowPainter::paint(const ArrowBatch& batch, const PictureLayout& layout, RenderTarget& target,
+                         const Frame& tile, Pass pass, WorkMeter& meter)
 {
-    useFor(mProgram, camera, tile, pass);
+    const Camera& camera = layout.camera();
+    useFor(mProgram, layout, tile, pass);
     mProgram.set("u_eye", narrowed(camera.eye()));
     mProgram.set("u_right", narrowed(camera.axes().right));
     mProgram.set("u_up", narrowed(camera.axes().up));
@@ -224,7 +225,7 @@ void ArrowPainter::paint(const ArrowBatch& batch, const Placement& placement, co
     glEnable(GL_CULL_FACE);
 
     const auto& arrows = batch.arrows();
-    const Sight sight{placement, camera, tile, pass};
+    const Sight sight{layout.extent().placement, camera, tile, pass};
     mCoarseness = std::max(1.0, std::sqrt(static_cast<double>(arrows.size()) / fewArrows));
     const Crowd crowd = crowdOf(arrows, sight);
     if (crowd.isDense)

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ArrowMesh.hpp"
-#include "Camera.hpp"
 #include "GlObjects.hpp"
 #include "InFlight.hpp"
 #include "OcclusionMap.hpp"
+#include "PictureLayout.hpp"
 #include "Program.hpp"
 #include "RenderTarget.hpp"
 #include "WorkMeter.hpp"
@@ -29,8 +29,8 @@ public:
 
     /// Draws the opaque or the transparent arrows of a batch into the tile of `target`. Arrows that
     /// are not finite are left out.
-    void paint(const ArrowBatch& batch, const Placement& placement, const Camera& camera,
-               RenderTarget& target, const Frame& tile, Pass pass, WorkMeter& meter);
+    void paint(const ArrowBatch& batch, const PictureLayout& layout, RenderTarget& target,
+               const Frame& tile, Pass pass, WorkMeter& meter);
 
 private:
     struct Instance

@@ -134,29 +134,33 @@ bool overlaps(const Label& a, const Label& b, double gap)
 class AxisWriter
 {
 public:
-    AxisWriter(const Placement& placement, const Camera& camera, const Canvas& canvas,
-               const Style& style)
-        : mPlacement(placement), mCamera(camera), mCanvas(canvas), mStyle(style)
+    AxisWriter(const Placement& placement, const Camera& camera, const TextMeter& meter)
+        : mPlacement(placement), mCamera(camera), mMeter(meter), mFontSize(meter.fontSize())
     {
     }
 
     /// The ticks of an edge along an axis.
     Ticks ticksOf(const Edge& edge, std::size_t axis, const Ticks::Format& format) const
     {
-        const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mStyle.fontSize;
+        const double spacing = (edge.isUpright() ? 2.5 : 3.5) * mFontSize;
         const double wanted = std::clamp(edge.length() / spacing, 2.0, 7.0);
         return Ticks::between(edge.from[axis], edge.to[axis], static_cast<unsigned>(wanted),
                               format);
     }
 
-    /// Adds the labels of an edge. To keep clear of the scene, numbers are up to `mostBeyond` pixels
-    /// away from it.
+    /// Adds the axis of an edge. To keep clear of the scene, it is up to `mostBeyond` pixels away from
+    /// the edge.
     void write(const Edge& edge, std::size_t axis, const Ticks& ticks, double mostBeyond)
     {
-        const double tickLength = 0.35 * mStyle.fontSize;
-        const double numberGap =
-            std::max(std::min(edge.beyond, mostBeyond), tickLength) + 0.4 * mStyle.fontSize;
+        const double tickLength = 0.35 * mFontSize;
+        // Where the scene reaches hardly beyond the edge, there is room for it before the numbers.
+        const bool isApart = edge.beyond > 0.7 * mFontSize;
+        const double apart = isApart ? std::min(edge.beyond, mostBeyond) + tickLength : 0.0;
+        if (isApart)
+            addStroke(edge.pixelFrom + apart * edge.outwards, edge.pixelTo + apart * edge.outwards);
 
+        const double numberGap =
+            (isApart ? apart + tickLength : std::max(edge.beyond, tickLength)) + 0.4 * mFontSize;
         std::vector<Label> numbers;
         double numberExtent = 0.0;
         for (std::size_t i = 0; i < ticks.values.size(); ++i)
@@ -164,9 +168,8 @@ public:
             Position position = edge.from;
             position[axis] = ticks.values[i];
             const Pixel at = projected(mCamera, mPlacement(position));
-            const Pixel end = at + tickLength * edge.outwards;
-            mAnnotation.strokes.push_back({{at[0], at[1]}, {end[0], end[1]}});
-            Label number = mCanvas.label(ticks.labels[i]);
+            addStroke(at + apart * edge.outwards, at + (apart + tickLength) * edge.outwards);
+            Label number = mMeter.label(ticks.labels[i]);
             const double half = halfExtent(number, edge.outwards);
             moveTo(number, at + (numberGap + half) * edge.outwards);
             numberExtent = std::max(numberExtent, 2.0 * half);
@@ -174,9 +177,9 @@ public:
         }
 
         constexpr std::array names{"x", "y", "z"};
-        Label name = mCanvas.label(names[axis] + ticks.titleSuffix);
+        Label name = mMeter.label(names[axis] + ticks.titleSuffix);
         const double nameGap =
-            numberGap + numberExtent + 0.6 * mStyle.fontSize + halfExtent(name, edge.outwards);
+            numberGap + numberExtent + 0.6 * mFontSize + halfExtent(name, edge.outwards);
         moveTo(name, 0.5 * (edge.pixelFrom + edge.pixelTo) + nameGap * edge.outwards);
         add(std::move(name));
         for (Label& number : numbers)
@@ -186,18 +189,24 @@ public:
     Annotation take() { return std::move(mAnnotation); }
 
 private:
+    void addStroke(const Pixel& from, const Pixel& to)
+    {
+        mAnnotation.strokes.push_back({{from[0], from[1]}, {to[0], to[1]}});
+    }
+
+    /// Leaves out a label that is too close to another one.
     void add(Label label)
     {
-        const auto isInTheWay = [&](const Label& other)
-        { return overlaps(label, other, 0.3 * mStyle.fontSize); };
-        if (std::ranges::none_of(mAnnotation.labels, isInTheWay))
+        const auto isTooClose = [&](const Label& other)
+        { return overlaps(label, other, 0.3 * mFontSize); };
+        if (std::ranges::none_of(mAnnotation.labels, isTooClose))
             mAnnotation.labels.push_back(std::move(label));
     }
 
     const Placement& mPlacement;
     const Camera& mCamera;
-    const Canvas& mCanvas;
-    const Style& mStyle;
+    const TextMeter& mMeter;
+    double mFontSize;
     Annotation mAnnotation;
 };
 
@@ -234,6 +243,18 @@ void harmonize(std::vector<Scale>& scales, const AxisWriter& writer)
 
 }
 
+void Annotation::moveBy(double x, double y)
+{
+    for (Stroke& stroke : strokes)
+        for (auto* const end : {&stroke.from, &stroke.to})
+            *end = {(*end)[0] + x, (*end)[1] + y};
+    for (Label& label : labels)
+    {
+        label.x += x;
+        label.y += y;
+    }
+}
+
 std::array<Position, 8> cornersOf(const Position& lower, const Position& upper)
 {
     std::array<Position, 8> corners{};
@@ -244,23 +265,22 @@ std::array<Position, 8> cornersOf(const Position& lower, const Position& upper)
 }
 
 Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
-                      const Placement& placement, const Camera& camera, const Canvas& canvas,
-                      const Style& style)
+                      const Placement& placement, const Camera& camera, const TextMeter& meter)
 {
     const ProjectedBox box = projectedBox(outline, placement, camera);
     std::vector<Pixel> scene;
     for (const Position& extreme : extremes)
         scene.push_back(projected(camera, extreme));
 
-    AxisWriter writer(placement, camera, canvas, style);
-    // In a parallel view, a number far from its tick is still in line with it.
-    const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * style.fontSize;
+    AxisWriter writer(placement, camera, meter);
+    // In a parallel view, an axis far from its edge is still in line with it.
+    const double mostBeyond = (camera.isParallel() ? 8.0 : 1.5) * meter.fontSize();
     std::vector<Scale> scales;
     for (std::size_t axis = 0; axis < outline.dimension; ++axis)
     {
         const std::optional<Edge> edge = findEdge(box, scene, axis, mostBeyond);
         // An edge that is seen nearly end-on has no room for numbers.
-        if (!edge || edge->length() < 4.0 * style.fontSize)
+        if (!edge || edge->length() < 4.0 * meter.fontSize())
             continue;
         scales.push_back({*edge, axis, writer.ticksOf(*edge, axis, {})});
     }
@@ -268,6 +288,40 @@ Annotation layOutAxes(const Box& outline, std::span<const Position> extremes,
     for (const Scale& scale : scales)
         writer.write(scale.edge, scale.axis, scale.ticks, mostBeyond);
     return writer.take();
+}
+
+std::vector<Stroke> layOutOutline(const Box& outline, const Placement& placement,
+                                  const Camera& camera)
+{
+    const Position lower = placement(outline.lower);
+    const Position upper = placement(outline.upper);
+    const Position eye = camera.eye();
+    /// Whether the side of the box at an end of an axis faces the eye.
+    const auto isFacing = [&](std::size_t axis, bool isUpper)
+    {
+        if (camera.isParallel())
+            return isUpper ? eye[axis] > 0.0 : eye[axis] < 0.0;
+        return isUpper ? eye[axis] > upper[axis] : eye[axis] < lower[axis];
+    };
+
+    std::vector<Stroke> edges;
+    const auto corners = cornersOf(lower, upper);
+    const std::size_t numCorners = std::size_t{1} << outline.dimension;
+    for (std::size_t axis = 0; axis < outline.dimension; ++axis)
+        for (std::size_t corner = 0; corner < numCorners; ++corner)
+        {
+            const std::size_t bit = std::size_t{1} << axis;
+            if ((corner & bit) != 0)
+                continue;
+            bool isInFront = outline.dimension == 3;
+            for (std::size_t other = 0; other < outline.dimension; ++other)
+                if (other != axis)
+                    isInFront = isInFront && isFacing(other, (corner >> other & 1U) != 0);
+            if (!isInFront)
+                edges.push_back(
+                    {camera.project(corners[corner]), camera.project(corners[corner | bit])});
+        }
+    return edges;
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include <tavrin/graphics/Picture.hpp>
 
+#include <algorithm>
 #include <array>
 #include <span>
 
@@ -20,6 +21,18 @@ struct Frame
 
     double right() const { return left + width; }
     double bottom() const { return top + height; }
+    double middleX() const { return left + 0.5 * width; }
+    double middleY() const { return top + 0.5 * height; }
+
+    /// The smallest frame that contains both frames.
+    Frame unitedWith(const Frame& other) const
+    {
+        const double unitedLeft = std::min(left, other.left);
+        const double unitedTop = std::min(top, other.top);
+        return {unitedLeft, unitedTop, std::max(right(), other.right()) - unitedLeft,
+                std::max(bottom(), other.bottom()) - unitedTop};
+    }
+    Frame movedBy(double x, double y) const { return {left + x, top + y, width, height}; }
     /// Whether a circle around a pixel intersects the frame.
     bool meetsCircle(const std::array<double, 2>& pixel, double radius) const
     {

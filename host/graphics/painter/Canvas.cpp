@@ -1,8 +1,15 @@
 #include "Canvas.hpp"
 
+#include <tavrin/base/Exceptions.hpp>
+
+#include <cairo-pdf.h>
+#include <cairo-svg.h>
+
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
+#include <numbers>
 
 namespace tavrin::graphics::painter
 {
@@ -10,49 +17,8 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Height of digits and capital letters of the font, in units of the font size.
-constexpr double digitHeight = 0.73;
-
-/// The number of bytes of the printable UTF-8 character at a position; 0 if there is none.
-std::size_t validSequenceLength(const std::string& text, std::size_t at)
-{
-    const auto byte = [&](std::size_t i)
-    { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-    const auto follows = [&](std::size_t count)
-    {
-        for (std::size_t i = 1; i <= count; ++i)
-            if ((byte(at + i) & 0xC0U) != 0x80U)
-                return false;
-        return true;
-    };
-    const unsigned lead = byte(at);
-    const unsigned second = byte(at + 1);
-    if (lead >= 0x20 && lead < 0x7F)
-        return 1;
-    if (lead >= 0xC2 && lead <= 0xDF && follows(1))
-        return 2;
-    // Overlong forms, surrogates and numbers beyond the last code point are invalid.
-    if (lead >= 0xE0 && lead <= 0xEF && follows(2) && (lead != 0xE0 || second >= 0xA0) &&
-        (lead != 0xED || second < 0xA0))
-        return 3;
-    if (lead >= 0xF0 && lead <= 0xF4 && follows(3) && (lead != 0xF0 || second >= 0x90) &&
-        (lead != 0xF4 || second < 0x90))
-        return 4;
-    return 0;
-}
-
-/// The text with a question mark for every control character and every byte that is not UTF-8.
-std::string printable(const std::string& text)
-{
-    std::string result;
-    for (std::size_t at = 0; at < text.size();)
-    {
-        const std::size_t length = validSequenceLength(text, at);
-        result += length == 0 ? "?" : text.substr(at, length);
-        at += std::max<std::size_t>(length, 1);
-    }
-    return result;
-}
+/// Points, the unit of PDF, per pixel of 1/96 inch.
+constexpr double pointsPerPixel = 0.75;
 
 std::uint32_t pixelOf(const std::uint8_t* rgba)
 {
@@ -60,76 +26,94 @@ std::uint32_t pixelOf(const std::uint8_t* rgba)
            static_cast<std::uint32_t>(rgba[1]) << 8U | rgba[2];
 }
 
-}
-
-Style::Style(double width, double height, const Color& pictureBackground)
-    : background(pictureBackground)
+cairo_status_t append(void* target, const unsigned char* bytes, unsigned int count)
 {
-    const double base = std::min(0.75 * width, height);
-    fontSize = std::max(0.0235 * base, 10.0);
-    lineWidth = std::max(base / 800.0, 1.0);
-    hasText = width >= 200.0 && height >= 150.0;
-    // Behind a transparent background, white paper is assumed.
-    const auto over = [&](float part) { return part * background.alpha + 1.0F - background.alpha; };
-    const float brightness = 0.3F * over(background.red) + 0.59F * over(background.green) +
-                             0.11F * over(background.blue);
-    const float gray = brightness > 0.45F ? 0.12F : 0.92F;
-    ink = {gray, gray, gray, 1.0F};
+    auto& all = *static_cast<std::vector<std::uint8_t>*>(target);
+    all.insert(all.end(), bytes, bytes + count);
+    return CAIRO_STATUS_SUCCESS;
 }
 
-Canvas::Canvas(std::size_t width, std::size_t height, const Style& style)
-    : mWidth(width), mHeight(height), mStyle(style),
-      mSurface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(width),
-                                          static_cast<int>(height)),
-               &cairo_surface_destroy),
+/// The coordinate of the middle of a line with a width of whole pixels that lies on the pixel grid.
+double aligned(double coordinate, double lineWidth)
+{
+    const double half = 0.5 * std::fmod(lineWidth, 2.0);
+    return std::round(coordinate - half) + half;
+}
+
+}
+
+Canvas::Canvas(std::size_t width, std::size_t height, const Style& style,
+               std::optional<PictureFormat> format)
+    : mWidth(width), mHeight(height), mStyle(style), mFormat(format), mSurface(makeSurface()),
       mContext(cairo_create(mSurface.get()), &cairo_destroy)
 {
     if (cairo_status(mContext.get()) != CAIRO_STATUS_SUCCESS)
         throw std::bad_alloc();
-    cairo_select_font_face(mContext.get(), "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
-                           CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(mContext.get(), style.fontSize);
-    // Without hinting, the same text looks the same everywhere.
-    const std::unique_ptr<cairo_font_options_t, decltype(&cairo_font_options_destroy)> options(
-        cairo_font_options_create(), &cairo_font_options_destroy);
-    cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
-    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
-    cairo_set_font_options(mContext.get(), options.get());
+    if (mFormat == PictureFormat::Pdf)
+        cairo_scale(mContext.get(), pointsPerPixel, pointsPerPixel);
+    cairo_set_line_join(mContext.get(), CAIRO_LINE_JOIN_MITER);
+    if (style.background.alpha > 0.0F)
+    {
+        useColor(style.background);
+        cairo_paint(mContext.get());
+    }
 }
 
-Label Canvas::label(const std::string& text, bool isVertical) const
+Canvas::Surface Canvas::makeSurface()
 {
-    Label label{.text = printable(text), .isVertical = isVertical};
-    cairo_text_extents_t extents{};
-    cairo_text_extents(mContext.get(), label.text.c_str(), &extents);
-    label.width = extents.x_advance;
-    label.height = digitHeight * mStyle.fontSize;
-    if (isVertical)
-        std::swap(label.width, label.height);
-    return label;
+    const auto width = static_cast<double>(mWidth);
+    const auto height = static_cast<double>(mHeight);
+    cairo_surface_t* surface = nullptr;
+    if (mFormat == PictureFormat::Svg)
+    {
+        surface = cairo_svg_surface_create_for_stream(&append, &mFile, width, height);
+        cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_PX);
+    }
+    else if (mFormat == PictureFormat::Pdf)
+    {
+        surface = cairo_pdf_surface_create_for_stream(&append, &mFile, pointsPerPixel * width,
+                                                      pointsPerPixel * height);
+        // Without the time of creation, the same picture is the same file.
+        cairo_pdf_surface_set_metadata(surface, CAIRO_PDF_METADATA_CREATE_DATE, "");
+    }
+    else
+        surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(mWidth),
+                                             static_cast<int>(mHeight));
+    return {surface, &cairo_surface_destroy};
 }
 
-void Canvas::setTile(const Frame& tile, const std::vector<std::uint8_t>& pixels)
+void Canvas::drawPixels(const Frame& frame, const std::vector<std::uint8_t>& pixels)
 {
-    cairo_surface_flush(mSurface.get());
-    unsigned char* const data = cairo_image_surface_get_data(mSurface.get());
-    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(mSurface.get()));
-    const auto left = static_cast<std::size_t>(tile.left);
-    const auto top = static_cast<std::size_t>(tile.top);
-    const auto width = static_cast<std::size_t>(tile.width);
-    const auto height = static_cast<std::size_t>(tile.height);
+    const auto width = static_cast<std::size_t>(frame.width);
+    const auto height = static_cast<std::size_t>(frame.height);
+    const Surface image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(width),
+                                                   static_cast<int>(height)),
+                        &cairo_surface_destroy);
+    unsigned char* const data = cairo_image_surface_get_data(image.get());
+    if (data == nullptr)
+        throw std::bad_alloc();
+    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(image.get()));
     for (std::size_t row = 0; row < height; ++row)
     {
         const std::uint8_t* const source = pixels.data() + (height - 1 - row) * width * 4;
-        unsigned char* const target = data + (top + row) * stride + left * 4;
+        unsigned char* const target = data + row * stride;
         for (std::size_t column = 0; column < width; ++column)
         {
             const std::uint32_t pixel = pixelOf(source + column * 4);
             std::memcpy(target + column * 4, &pixel, sizeof(pixel));
         }
     }
-    cairo_surface_mark_dirty(mSurface.get());
+    cairo_surface_mark_dirty(image.get());
+    cairo_set_source_surface(mContext.get(), image.get(), frame.left, frame.top);
+    cairo_pattern_set_filter(cairo_get_source(mContext.get()), CAIRO_FILTER_NEAREST);
+    cairo_rectangle(mContext.get(), frame.left, frame.top, frame.width, frame.height);
+    cairo_fill(mContext.get());
+}
+
+void Canvas::draw(const Canvas& other)
+{
+    cairo_set_source_surface(mContext.get(), other.mSurface.get(), 0.0, 0.0);
+    cairo_paint(mContext.get());
 }
 
 void Canvas::useColor(const Color& color, double alpha) const
@@ -137,10 +121,21 @@ void Canvas::useColor(const Color& color, double alpha) const
     cairo_set_source_rgba(mContext.get(), color.red, color.green, color.blue, color.alpha * alpha);
 }
 
-void Canvas::draw(const Stroke& stroke)
+void Canvas::draw(const Stroke& stroke, const Color& color)
 {
-    useColor(mStyle.ink);
-    cairo_set_line_width(mContext.get(), mStyle.lineWidth);
+    Stroke shown = stroke;
+    constexpr double straight = 0.01;
+    if (!isScalable())
+        for (const std::size_t axis : {0U, 1U})
+            if (std::abs(stroke.from[axis] - stroke.to[axis]) < straight)
+                shown.from[axis] = shown.to[axis] = aligned(stroke.from[axis], mStyle.lineWidth);
+    draw(shown, color, mStyle.lineWidth);
+}
+
+void Canvas::draw(const Stroke& stroke, const Color& color, double lineWidth)
+{
+    useColor(color);
+    cairo_set_line_width(mContext.get(), lineWidth);
     cairo_move_to(mContext.get(), stroke.from[0], stroke.from[1]);
     cairo_line_to(mContext.get(), stroke.to[0], stroke.to[1]);
     cairo_stroke(mContext.get());
@@ -150,12 +145,13 @@ void Canvas::draw(const Label& label)
 {
     cairo_t* const context = mContext.get();
     cairo_save(context);
+    useFont(context, label.fontSize);
     cairo_translate(context, label.x, label.y);
     double width = label.width;
     double height = label.height;
     if (label.isVertical)
     {
-        cairo_rotate(context, -0.5 * 3.14159265358979323846);
+        cairo_rotate(context, -0.5 * std::numbers::pi);
         std::swap(width, height);
     }
     cairo_move_to(context, -0.5 * width, 0.5 * height);
@@ -163,10 +159,11 @@ void Canvas::draw(const Label& label)
     // A halo keeps the text readable in front of glyphs.
     useColor(mStyle.background, 0.8);
     cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
-    cairo_set_line_width(context, 0.22 * mStyle.fontSize);
-    cairo_stroke_preserve(context);
+    cairo_set_line_width(context, 0.22 * label.fontSize);
+    cairo_stroke(context);
     useColor(mStyle.ink);
-    cairo_fill(context);
+    cairo_move_to(context, -0.5 * width, 0.5 * height);
+    cairo_show_text(context, label.text.c_str());
     cairo_restore(context);
 }
 
@@ -177,11 +174,25 @@ void Canvas::fill(const Frame& frame, const Color& color)
     cairo_fill(mContext.get());
 }
 
-void Canvas::outline(const Frame& frame)
+void Canvas::trace(std::span<const Pixel> corners)
 {
-    useColor(mStyle.ink);
-    cairo_set_line_width(mContext.get(), mStyle.lineWidth);
-    cairo_rectangle(mContext.get(), frame.left, frame.top, frame.width, frame.height);
+    for (const Pixel& corner : corners)
+        cairo_line_to(mContext.get(), corner[0], corner[1]);
+    cairo_close_path(mContext.get());
+}
+
+void Canvas::fillPolygon(std::span<const Pixel> corners, const Color& color)
+{
+    useColor(color);
+    trace(corners);
+    cairo_fill(mContext.get());
+}
+
+void Canvas::outlinePolygon(std::span<const Pixel> corners, const Color& color, double lineWidth)
+{
+    useColor(color);
+    cairo_set_line_width(mContext.get(), lineWidth);
+    trace(corners);
     cairo_stroke(mContext.get());
 }
 
@@ -210,6 +221,20 @@ Image Canvas::image() const
             rgba[3] = static_cast<std::uint8_t>(alpha);
         }
     return image;
+}
+
+std::vector<std::uint8_t> Canvas::finishFile(const std::string& title)
+{
+    if (mFormat == PictureFormat::Pdf && !title.empty())
+        cairo_pdf_surface_set_metadata(mSurface.get(), CAIRO_PDF_METADATA_TITLE, title.c_str());
+    cairo_surface_finish(mSurface.get());
+    const cairo_status_t status = cairo_surface_status(mSurface.get());
+    if (status == CAIRO_STATUS_NO_MEMORY)
+        throw std::bad_alloc();
+    if (status != CAIRO_STATUS_SUCCESS)
+        throw runtime_error(std::string("the picture cannot be written: ") +
+                            cairo_status_to_string(status));
+    return std::move(mFile);
 }
 
 }

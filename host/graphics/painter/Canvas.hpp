@@ -1,29 +1,13 @@
 #pragma once
 
-#include "Camera.hpp"
+#include "TextMeter.hpp"
 
 #include <tavrin/graphics/Picture.hpp>
 
-#include <cairo.h>
-
-#include <memory>
+#include <span>
 
 namespace tavrin::graphics::painter
 {
-
-/// A text centered at a pixel.
-struct Label
-{
-    std::string text;
-    double x = 0.0;
-    double y = 0.0;
-    double width = 0.0;
-    double height = 0.0;
-    /// Whether the text runs upward.
-    bool isVertical = false;
-
-    Frame frame() const { return {x - 0.5 * width, y - 0.5 * height, width, height}; }
-};
 
 struct Stroke
 {
@@ -31,50 +15,57 @@ struct Stroke
     std::array<double, 2> to;
 };
 
-/// Sizes, which grow with the picture, and colors of texts and lines.
-struct Style
-{
-    double fontSize;
-    double lineWidth;
-    /// The color of texts and lines, which contrasts with the background.
-    Color ink;
-    Color background;
-
-    Style(double width, double height, const Color& background);
-
-    /// Whether the picture is large enough for texts.
-    bool hasText;
-};
-
-/// The picture while it is being composed: painted tiles, with lines and texts over them.
+/// The picture while it is being composed. Coordinates are pixels in every format.
 class Canvas
 {
 public:
-    /// Throws `std::bad_alloc`.
-    Canvas(std::size_t width, std::size_t height, const Style& style);
+    using Pixel = std::array<double, 2>;
 
-    /// A label at the origin with the size of its text. Bytes that are not valid UTF-8 become question
-    /// marks.
-    Label label(const std::string& text, bool isVertical = false) const;
+    /// A canvas for pixels, or for a scalable format. Throws `std::bad_alloc`.
+    Canvas(std::size_t width, std::size_t height, const Style& style,
+           std::optional<PictureFormat> format);
 
-    /// Copies the pixels of a tile into the picture. `pixels` holds rows from below, with colors
-    /// multiplied by their alpha.
-    void setTile(const Frame& tile, const std::vector<std::uint8_t>& pixels);
+    /// Whether lines and texts remain vectors.
+    bool isScalable() const
+    {
+        return mFormat == PictureFormat::Svg || mFormat == PictureFormat::Pdf;
+    }
 
-    void draw(const Stroke& stroke);
+    /// Draws pixels over a part of the picture. `pixels` holds rows from below, with colors multiplied
+    /// by their alpha.
+    void drawPixels(const Frame& frame, const std::vector<std::uint8_t>& pixels);
+
+    /// Draws the pixels of a canvas of the same size that is not scalable.
+    void draw(const Canvas& other);
+
+    /// A line of the style's width, aligned with the pixel grid where it runs along it.
+    void draw(const Stroke& stroke, const Color& color);
+    void draw(const Stroke& stroke, const Color& color, double lineWidth);
     void draw(const Label& label);
     void fill(const Frame& frame, const Color& color);
-    void outline(const Frame& frame);
+    void fillPolygon(std::span<const Pixel> corners, const Color& color);
+    /// A closed line along the polygon.
+    void outlinePolygon(std::span<const Pixel> corners, const Color& color, double lineWidth);
 
+    /// The pixels of a canvas that is not scalable.
     Image image() const;
+    /// The content of the file of a scalable canvas, on which nothing can be drawn afterwards.
+    std::vector<std::uint8_t> finishFile(const std::string& title);
 
 private:
+    using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+
+    Surface makeSurface();
     void useColor(const Color& color, double alpha = 1.0) const;
+    void trace(std::span<const Pixel> corners);
 
     std::size_t mWidth;
     std::size_t mHeight;
     Style mStyle;
-    std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> mSurface;
+    std::optional<PictureFormat> mFormat;
+    /// What a scalable surface has written.
+    std::vector<std::uint8_t> mFile;
+    Surface mSurface;
     std::unique_ptr<cairo_t, decltype(&cairo_destroy)> mContext;
 };
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <tavrin/graphics/Picture.hpp>
+#include "../process/PainterJob.hpp"
 
 namespace tavrin::graphics::painter
 {
 
-/// The bytes of a PNG file. Throws `runtime_error` if the image is empty or too large, or `rgba`
-/// does not match its size.
-std::vector<std::uint8_t> encodePng(const Image& image);
+/// The bytes of a PNG file, without an alpha channel where the image is opaque. `work` counts its rows.
+/// Throws `runtime_error` and `std::bad_alloc`.
+std::vector<std::uint8_t> encodePng(const Image& image, process::Work& work);
 
 }

@@ -28,8 +28,8 @@ GLenum modeOf(RenderPrimitives primitives)
 
 }
 
-void PrimitivePainter::paint(const Primitive& primitive, const Placement& placement,
-                             const Camera& camera, const Frame& tile, Pass pass, WorkMeter& meter)
+void PrimitivePainter::paint(const Primitive& primitive, const PictureLayout& layout,
+                             const Frame& tile, Pass pass, WorkMeter& meter)
 {
     const PrimitiveConfig& config = primitive.config();
     const GLenum mode = modeOf(config.primitives());
@@ -37,7 +37,8 @@ void PrimitivePainter::paint(const Primitive& primitive, const Placement& placem
         return;
 
     const Program& program = programFor(primitive.program());
-    useFor(program, camera, tile, pass);
+    const Placement& placement = layout.extent().placement;
+    useFor(program, layout, tile, pass);
     program.set("u_origin", narrowed(placement.center));
     program.set("u_scale", static_cast<float>(placement.scale));
     program.set("u_viewport",

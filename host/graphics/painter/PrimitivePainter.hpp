@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Camera.hpp"
 #include "GlObjects.hpp"
 #include "InFlight.hpp"
+#include "PictureLayout.hpp"
 #include "Program.hpp"
 #include "WorkMeter.hpp"
 
@@ -22,8 +22,8 @@ class PrimitivePainter
 public:
     /// Ignores buffers and uniforms that the program does not use. Throws what `Program` throws, and
     /// `logic_error` for an unknown kind of primitive.
-    void paint(const Primitive& primitive, const Placement& placement, const Camera& camera,
-               const Frame& tile, Pass pass, WorkMeter& meter);
+    void paint(const Primitive& primitive, const PictureLayout& layout, const Frame& tile,
+               Pass pass, WorkMeter& meter);
 
 private:
     const Program& programFor(const ShaderProgram& files);

@@ -101,7 +101,7 @@ RenderTarget::RenderTarget(GLsizei width, GLsizei height, bool hasTransparent)
             std::make_unique<Transparency>(width, height, numSamples, mDepthSamples.name());
 }
 
-void RenderTarget::beginOpaque(const Color& background)
+void RenderTarget::beginOpaque()
 {
     glBindFramebuffer(GL_FRAMEBUFFER, mSamples.name());
     glViewport(0, 0, mWidth, mHeight);
@@ -109,8 +109,7 @@ void RenderTarget::beginOpaque(const Color& background)
     glEnable(GL_DEPTH_TEST);
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);
-    const float alpha = background.alpha;
-    glClearColor(background.red * alpha, background.green * alpha, background.blue * alpha, alpha);
+    glClearColor(0.0F, 0.0F, 0.0F, 0.0F);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 }
 

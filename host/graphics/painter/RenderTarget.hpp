@@ -19,7 +19,8 @@ public:
     /// Throws `runtime_error` if memory is short.
     RenderTarget(GLsizei width, GLsizei height, bool hasTransparent);
 
-    void beginOpaque(const Color& background);
+    /// Clears the tile, which becomes transparent.
+    void beginOpaque();
     void beginTransparent();
     /// The depth of each pixel after what has been drawn so far, 0 (near) to 1, in rows from below.
     /// Drawing may continue afterwards.

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "WorkMeter.hpp"
-
-#include <tavrin/graphics/Picture.hpp>
+#include "../process/PainterJob.hpp"
 
 namespace tavrin::graphics::painter
 {
 
-/// Paints a scene as `graphics::paint`, in this process, for a size that can be painted.
-Image paint(const Scene& scene, const PictureOptions& options, WorkMeter& meter);
+/// Performs a job in this process, with a size that can be painted. Keeps `state` up to date, except
+/// for the outcome. Throws what `graphics::paint` throws.
+PictureFile paint(const process::Job& job, process::JobState& state);
 
 }

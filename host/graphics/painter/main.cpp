@@ -1,5 +1,3 @@
-#include "../process/PainterJob.hpp"
-#include "PngEncoder.hpp"
 #include "ScenePainter.hpp"
 
 #include <sys/prctl.h>
@@ -28,15 +26,6 @@ void followParent()
     setrlimit(RLIMIT_CORE, &noCore);
 }
 
-std::vector<std::uint8_t> perform(std::span<const std::byte> bytes, painter::WorkMeter& meter)
-{
-    const auto job = process::readJob(bytes);
-    if (const auto* const image = std::get_if<Image>(&job))
-        return painter::encodePng(*image);
-    const auto& [scene, options] = std::get<process::PaintJob>(job);
-    return painter::paint(scene, options, meter).rgba;
-}
-
 }
 
 /// Reads a job from standard input and writes its result to standard output; both are files in
@@ -52,11 +41,12 @@ int main()
     if (bytes.size() < sizeof(JobState))
         return 2;
     auto& state = *reinterpret_cast<JobState*>(bytes.data());
-    painter::WorkMeter meter(state.done, state.total);
     try
     {
-        const auto bytesOfResult = perform(bytes, meter);
-        result.append(std::as_bytes(std::span(bytesOfResult)));
+        const PictureFile picture = painter::paint(process::readJob(bytes), state);
+        result.append(std::as_bytes(std::span(picture.bytes)));
+        state.width = picture.width;
+        state.height = picture.height;
         state.outcome = JobState::Done;
     }
     catch (const std::bad_alloc&)

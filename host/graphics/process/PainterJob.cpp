@@ -17,12 +17,6 @@ namespace tavrin::graphics::process
 namespace
 {
 
-enum class JobKind
-{
-    Paint,
-    Encode
-};
-
 enum class DrawableKind
 {
     Nothing,
@@ -42,11 +36,9 @@ concept Plain = std::is_trivially_copyable_v<T> && alignof(T) <= alignment;
 class JobWriter
 {
 public:
-    JobWriter(SharedBytes& bytes, JobKind kind, std::size_t total, const volatile bool& abortFlag)
+    JobWriter(SharedBytes& bytes, const volatile bool& abortFlag)
         : mBytes(bytes), mAbortFlag(abortFlag)
     {
-        add(JobState{.total = total});
-        add(kind);
     }
 
     template<typename T>
@@ -231,6 +223,11 @@ void addColorBar(JobWriter& writer, const ColorBar& bar)
     writer.add(bar.low);
     writer.add(bar.high);
     writer.addText(bar.title);
+    writer.add(bar.isClampedBelow);
+    writer.add(bar.isClampedAbove);
+    const double beyond = bar.high > bar.low ? bar.high - bar.low : 1.0;
+    writer.add(bar.color(bar.low - beyond));
+    writer.add(bar.color(bar.high + beyond));
     std::vector<Color> colors;
     for (std::size_t i = 0; i < numBarColors; ++i)
     {
@@ -246,10 +243,18 @@ ColorBar takeColorBar(JobReader& reader)
     bar.low = reader.take<double>();
     bar.high = reader.take<double>();
     bar.title = reader.takeText();
+    bar.isClampedBelow = reader.take<bool>();
+    bar.isClampedAbove = reader.take<bool>();
+    const auto below = reader.take<Color>();
+    const auto above = reader.take<Color>();
     const auto colors = reader.takeArray<Color>();
-    bar.color = [colors = std::vector(colors.begin(), colors.end()), low = bar.low,
-                 high = bar.high](double value)
+    bar.color = [colors = std::vector(colors.begin(), colors.end()), low = bar.low, high = bar.high,
+                 below, above](double value)
     {
+        if (value < low)
+            return below;
+        if (value > high)
+            return above;
         const double share = (value - low) / (high - low);
         const auto count = static_cast<double>(colors.size());
         // A range of one value or without finite limits has one color.
@@ -259,8 +264,7 @@ ColorBar takeColorBar(JobReader& reader)
     return bar;
 }
 
-}
-
+/// The number of elements of a scene.
 std::size_t numElements(const Scene& scene)
 {
     std::size_t count = 0;
@@ -272,50 +276,48 @@ std::size_t numElements(const Scene& scene)
     return count;
 }
 
-void writePaintJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& options,
-                   const volatile bool& abortFlag)
+}
+
+void writeJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& options,
+              std::optional<PictureFormat> format, const volatile bool& abortFlag)
 {
-    JobWriter writer(bytes, JobKind::Paint, numElements(scene), abortFlag);
+    JobWriter writer(bytes, abortFlag);
+    writer.add(JobState{.painting = {.total = numElements(scene)}});
+    addOptional(writer, format);
     writer.add(options.width);
     writer.add(options.height);
     writer.add(options.background);
     addOptional(writer, options.view);
+    writer.addText(options.title);
+    writer.add(options.fontScale);
+    writer.add(options.crop);
     addOptional(writer, scene.outline);
     const bool hasColorBar = scene.colorBar && scene.colorBar->color;
     writer.add(hasColorBar);
     if (hasColorBar)
         addColorBar(writer, *scene.colorBar);
+    writer.addText(scene.timeLabel);
     writer.add(scene.drawables.size());
     for (const auto& drawable : scene.drawables)
         addDrawable(writer, drawable.get());
 }
 
-void writeEncodingJob(SharedBytes& bytes, const Image& image, const volatile bool& abortFlag)
-{
-    JobWriter writer(bytes, JobKind::Encode, 0, abortFlag);
-    writer.add(image.width);
-    writer.add(image.height);
-    writer.addArray(std::span(image.rgba));
-}
-
-std::variant<PaintJob, Image> readJob(std::span<const std::byte> bytes)
+Job readJob(std::span<const std::byte> bytes)
 {
     JobReader reader(bytes);
-    if (reader.take<JobKind>() == JobKind::Encode)
-    {
-        Image image{reader.take<std::size_t>(), reader.take<std::size_t>(), {}};
-        const auto pixels = reader.takeArray<std::uint8_t>();
-        image.rgba.assign(pixels.begin(), pixels.end());
-        return image;
-    }
-    PaintJob job;
+    Job job;
+    job.format = takeOptional<PictureFormat>(reader);
     job.options.width = reader.take<std::size_t>();
     job.options.height = reader.take<std::size_t>();
     job.options.background = reader.take<Color>();
     job.options.view = takeOptional<View>(reader);
+    job.options.title = reader.takeText();
+    job.options.fontScale = reader.take<double>();
+    job.options.crop = reader.take<bool>();
     job.scene.outline = takeOptional<Box>(reader);
     if (reader.take<bool>())
         job.scene.colorBar = takeColorBar(reader);
+    job.scene.timeLabel = reader.takeText();
     for (auto left = reader.take<std::size_t>(); left > 0; --left)
         job.scene.drawables.push_back(takeDrawable(reader));
     return job;

@@ -6,10 +6,18 @@
 
 #include <atomic>
 #include <cstdint>
-#include <variant>
+#include <optional>
 
 namespace tavrin::graphics::process
 {
+
+/// Progress of one kind of work, which both processes see.
+struct Work
+{
+    /// 0 before the work begins.
+    std::atomic<std::uint64_t> total = 0;
+    std::atomic<std::uint64_t> done = 0;
+};
 
 /// How far the painter process is. The first bytes of a job, which both processes see.
 struct JobState
@@ -25,34 +33,33 @@ struct JobState
         OutOfMemory = 3
     };
 
-    /// How many elements of the scene, arrows and vertices, there are and have been painted.
-    std::uint64_t total = 0;
-    std::atomic<std::uint64_t> done = 0;
+    /// Counts the elements of the scene: arrows and vertices.
+    Work painting{};
+    /// Counts rows of pixels.
+    Work encoding{};
+    /// The size of the finished picture in pixels.
+    std::atomic<std::uint64_t> width = 0;
+    std::atomic<std::uint64_t> height = 0;
     std::atomic<std::uint32_t> outcome = Unfinished;
 };
 
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
-struct PaintJob
+struct Job
 {
     Scene scene;
     PictureOptions options;
+    /// The result is a file of this format, or otherwise the pixels as in `Image`.
+    std::optional<PictureFormat> format;
 };
-
-/// How many elements a scene has.
-TAVRIN_API std::size_t numElements(const Scene& scene);
 
 /// Appends the state and the description of a picture to be painted. Throws `logic_error` for a
 /// drawable of unknown kind, `runtime_error` "aborted" soon after `abortFlag` is set, and
 /// `std::bad_alloc`.
-TAVRIN_API void writePaintJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& options,
-                              const volatile bool& abortFlag);
+TAVRIN_API void writeJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& options,
+                         std::optional<PictureFormat> format, const volatile bool& abortFlag);
 
-/// Appends the state and an image to be encoded as PNG. Throws as `writePaintJob`.
-TAVRIN_API void writeEncodingJob(SharedBytes& bytes, const Image& image,
-                                 const volatile bool& abortFlag);
-
-/// What one of the functions above wrote. Vertex buffers refer to the bytes, which must live on.
-TAVRIN_API std::variant<PaintJob, Image> readJob(std::span<const std::byte> bytes);
+/// What `writeJob` wrote. Vertex buffers refer to the bytes, which must outlive the job.
+TAVRIN_API Job readJob(std::span<const std::byte> bytes);
 
 }

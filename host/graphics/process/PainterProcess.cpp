@@ -16,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <new>
+#include <optional>
 
 namespace tavrin::graphics::process
 {
@@ -111,31 +112,37 @@ private:
     bool mHasEnded = false;
 };
 
-/// Passes the state of a job on to an observer, if there is one.
-class Reporting
+/// Reports one kind of work to an observer, if there is one, from the time it has begun.
+class WorkReporter
 {
 public:
-    Reporting(const JobState& state, ProgressObserver* observer)
-        : mState(state), mObserver(observer)
+    WorkReporter(std::string title, const Work& work, ProgressObserver* observer)
+        : mTitle(std::move(title)), mWork(work), mObserver(observer)
     {
-        if (mObserver != nullptr)
-            mObserver->opened(mReport);
     }
-    Reporting(const Reporting&) = delete;
-    Reporting& operator=(const Reporting&) = delete;
-    ~Reporting()
+    WorkReporter(const WorkReporter&) = delete;
+    WorkReporter& operator=(const WorkReporter&) = delete;
+    ~WorkReporter()
     {
-        if (mObserver != nullptr)
-            mObserver->closed(mReport);
+        if (mReport)
+            mObserver->closed(*mReport);
     }
 
-    void update() { mCounter.advance(mState.done - mCounter.count()); }
+    void update()
+    {
+        if (mObserver == nullptr || mWork.total == 0)
+            return;
+        if (!mReport)
+            mObserver->opened(mReport.emplace(ProgressReport{mTitle, mWork.total, true, mCounter}));
+        mCounter.advance(mWork.done - mCounter.count());
+    }
 
 private:
-    const JobState& mState;
+    std::string mTitle;
+    const Work& mWork;
     ProgressObserver* mObserver;
     ProgressCounter mCounter;
-    ProgressReport mReport{"painting", mState.total, true, mCounter};
+    std::optional<ProgressReport> mReport;
 };
 
 std::string textOf(SharedBytes& bytes)
@@ -146,29 +153,33 @@ std::string textOf(SharedBytes& bytes)
 
 }
 
-std::vector<std::uint8_t> runPainter(SharedBytes& job, const volatile bool& abortFlag,
-                                     ProgressObserver* observer)
+PictureFile runPainter(SharedBytes& job, const volatile bool& abortFlag, ProgressObserver* observer)
 {
     SharedBytes result;
     SharedBytes complaints;
     const auto& state = *reinterpret_cast<const JobState*>(job.map().data());
     if (abortFlag)
         throw runtime_error("aborted");
-    Reporting reporting(state, observer);
+    WorkReporter painting("painting", state.painting, observer);
+    WorkReporter encoding("encoding", state.encoding, observer);
+    painting.update();
     Child child(job, result, complaints);
     while (!child.hasEnded())
     {
         if (abortFlag)
             throw runtime_error("aborted");
-        reporting.update();
+        painting.update();
+        encoding.update();
     }
+    painting.update();
+    encoding.update();
     switch (static_cast<JobState::Outcome>(state.outcome.load()))
     {
     case JobState::Done:
     {
         const auto bytes = result.map();
         const auto* const first = reinterpret_cast<const std::uint8_t*>(bytes.data());
-        return {first, first + bytes.size()};
+        return {{first, first + bytes.size()}, state.width, state.height};
     }
     case JobState::Failed:
         throw runtime_error(textOf(result));

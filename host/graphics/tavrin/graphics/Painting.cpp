@@ -6,20 +6,33 @@
 namespace tavrin::graphics
 {
 
+namespace
+{
+
+PictureFile perform(const Scene& scene, const PictureOptions& options,
+                    std::optional<PictureFormat> format, const volatile bool& abortFlag,
+                    ProgressObserver* observer)
+{
+    checkPictureSize(options.width, options.height);
+    checkFontScale(options.fontScale);
+    process::SharedBytes job;
+    process::writeJob(job, scene, options, format, abortFlag);
+    return process::runPainter(job, abortFlag, observer);
+}
+
+}
+
 Image paint(const Scene& scene, const PictureOptions& options, const volatile bool& abortFlag,
             ProgressObserver* observer)
 {
-    checkPictureSize(options.width, options.height);
-    process::SharedBytes job;
-    process::writePaintJob(job, scene, options, abortFlag);
-    return {options.width, options.height, process::runPainter(job, abortFlag, observer)};
+    PictureFile picture = perform(scene, options, std::nullopt, abortFlag, observer);
+    return {picture.width, picture.height, std::move(picture.bytes)};
 }
 
-std::vector<std::uint8_t> encodePng(const Image& image, const volatile bool& abortFlag)
+PictureFile renderPicture(const Scene& scene, const PictureOptions& options, PictureFormat format,
+                          const volatile bool& abortFlag, ProgressObserver* observer)
 {
-    process::SharedBytes job;
-    process::writeEncodingJob(job, image, abortFlag);
-    return process::runPainter(job, abortFlag, nullptr);
+    return perform(scene, options, format, abortFlag, observer);
 }
 
 }

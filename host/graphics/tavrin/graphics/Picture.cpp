@@ -14,6 +14,8 @@ namespace
 {
 
 constexpr std::size_t largestSide = 16384;
+constexpr double smallestFontScale = 0.1;
+constexpr double largestFontScale = 10.0;
 
 struct NamedView
 {
@@ -63,6 +65,28 @@ void checkPictureSize(std::size_t width, std::size_t height)
         throw usage_error("a picture of " + std::to_string(width) + "x" + std::to_string(height) +
                           " pixels cannot be painted; each side takes 1 to " +
                           std::to_string(largestSide));
+}
+
+void checkFontScale(double scale)
+{
+    if (!(scale >= smallestFontScale && scale <= largestFontScale))
+        throw usage_error("texts cannot be scaled by " + toText(scale) + "; use " +
+                          toText(smallestFontScale) + " to " + toText(largestFontScale));
+}
+
+std::optional<PictureFormat> pictureFormatOf(const std::string& extension)
+{
+    const auto& all = pictureExtensions();
+    const auto found = std::ranges::find(all, extension);
+    if (found == all.end())
+        return {};
+    return static_cast<PictureFormat>(found - all.begin());
+}
+
+const std::vector<std::string>& pictureExtensions()
+{
+    static const std::vector<std::string> extensions{".png", ".svg", ".pdf"};
+    return extensions;
 }
 
 }

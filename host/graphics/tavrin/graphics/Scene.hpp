@@ -25,12 +25,16 @@ struct Box
 /// The legend for the colors of a scene.
 struct ColorBar
 {
-    /// The color of a value between `low` and `high`.
+    /// The color of any finite value.
     std::function<Color(double)> color;
     double low = 0.0;
     double high = 1.0;
     /// UTF-8; truncated if it is too long for the picture.
     std::string title;
+    /// Whether the scene shows values below `low` or above `high`. That end of the bar is pointed and
+    /// has their color.
+    bool isClampedBelow = false;
+    bool isClampedAbove = false;
 };
 
 /// The content of a picture. Every part is optional.
@@ -39,6 +43,8 @@ struct Scene
     std::vector<std::shared_ptr<const Drawable>> drawables = {};
     std::optional<Box> outline = std::nullopt;
     std::optional<ColorBar> colorBar = std::nullopt;
+    /// The time that the scene shows; see `PictureOptions::title`.
+    std::string timeLabel = {};
 };
 
 }

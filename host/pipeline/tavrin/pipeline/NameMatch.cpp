@@ -81,8 +81,9 @@ bool areBeginnings(std::string_view letters, std::span<const std::string> name)
     reachable[0] = 1;
     for (const std::string& word : name)
         for (std::size_t from = letters.size(); from-- > 0;)
-            for (std::size_t n = 1; reachable[from] != 0 && n <= word.size() &&
-                                    from + n <= letters.size() && letters[from + n - 1] == word[n - 1];
+            for (std::size_t n = 1;
+                 reachable[from] != 0 && n <= word.size() && from + n <= letters.size() &&
+                 letters[from + n - 1] == word[n - 1];
                  ++n)
                 reachable[from + n] = 1;
     return reachable.back() != 0;
@@ -131,8 +132,8 @@ std::optional<std::string> matchingName(const std::string& text, std::span<const
                 found.push_back(candidate.name);
         return found;
     };
-    for (const auto& found : {namesThat(isName), namesThat(hasWords), namesThat(hasBeginnings),
-                              namesThat(hasLetters)})
+    for (const auto& found :
+         {namesThat(isName), namesThat(hasWords), namesThat(hasBeginnings), namesThat(hasLetters)})
     {
         if (found.size() > 1)
             refuseAmbiguous(text, found, kind);

@@ -93,8 +93,8 @@ OptionAssignment OptionAssignment::make(std::string option, std::string value, b
         assignment.reference = ObjectReference::parse(assignment.value, input);
     assignment.isAutomatic = canBeAutomatic(input) && assignment.value == "auto";
     if (const auto* const choices = dynamic_cast<const InputChoices*>(&input))
-        assignment.value = matchingName(assignment.value, choices->choices(), "choice")
-                               .value_or(assignment.value);
+        assignment.value =
+            matchingName(assignment.value, choices->choices(), "choice").value_or(assignment.value);
     return assignment;
 }
 

@@ -39,6 +39,19 @@ std::pair<std::size_t, std::size_t> parseSize(const std::string& text)
     throw usage_error("--size: \"" + text + "\" is not of the form WIDTHxHEIGHT, as in 1600x1200");
 }
 
+template<typename T>
+T parseOption(const std::string& option, const std::string& text)
+{
+    try
+    {
+        return lexicalCast<T>(text);
+    }
+    catch (const bad_lexical_cast& error)
+    {
+        throw usage_error(option + ": " + error.what());
+    }
+}
+
 graphics::Box boxOf(const PointSetBase& points)
 {
     const auto bounds = points.boundingBox();
@@ -72,15 +85,13 @@ graphics::PictureOptions PictureWords::options() const
     graphics::checkPictureSize(options.width, options.height);
     if (view)
         options.view = graphics::View::fromText(*view);
-    try
-    {
-        if (background)
-            options.background = lexicalCast<Color>(*background);
-    }
-    catch (const bad_lexical_cast& error)
-    {
-        throw usage_error(std::string("--background: ") + error.what());
-    }
+    if (background)
+        options.background = parseOption<Color>("--background", *background);
+    options.title = title.value_or("");
+    if (fontScale)
+        options.fontScale = parseOption<double>("--font-scale", *fontScale);
+    graphics::checkFontScale(options.fontScale);
+    options.crop = crop;
     return options;
 }
 

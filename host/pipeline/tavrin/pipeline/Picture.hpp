@@ -15,8 +15,13 @@ struct TAVRIN_API PictureWords
     std::optional<std::string> background;
     /// A named view or AZIMUTH,ELEVATION in degrees.
     std::optional<std::string> view;
+    /// Shown above the scene.
+    std::optional<std::string> title;
+    /// A factor of the size of texts.
+    std::optional<std::string> fontScale;
+    bool crop = false;
 
-    bool isEmpty() const { return !size && !background && !view; }
+    bool isEmpty() const { return !size && !background && !view && !title && !fontScale && !crop; }
 
     /// Parses the words. Throws `usage_error` for a malformed word and for an impossible size.
     graphics::PictureOptions options() const;

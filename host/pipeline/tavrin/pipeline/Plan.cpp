@@ -1,8 +1,8 @@
 #include <tavrin/pipeline/Plan.hpp>
 
-#include <BundleTools/ListParser.hpp>
+#include <tavrin/pipeline/Words.hpp>
 
-#include <fmt/format.h>
+#include <BundleTools/ListParser.hpp>
 
 namespace tavrin::pipeline
 {
@@ -37,17 +37,14 @@ std::string Iteration::name() const
     return variable.empty() ? "" : variable + " " + value;
 }
 
-std::string shortestText(double number)
-{
-    return fmt::format("{}", number);
-}
-
 std::vector<std::string> sweepValues(const std::string& expression)
 {
     const auto refuse = [&](const std::string& cause)
     {
-        throw usage_error("\"" + expression + "\" is not a list of values such as [0:1#0.1] or "
-                                              "1,2,5" + cause);
+        throw usage_error("\"" + expression +
+                          "\" is not a list of values such as [0:1#0.1] or "
+                          "1,2,5" +
+                          cause);
     };
     const Silence silence;
     ListParser<double> parser;

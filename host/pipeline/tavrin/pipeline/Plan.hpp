@@ -13,6 +13,9 @@ struct Step
     std::string id;
     std::string algorithm;
     std::vector<OptionAssignment> assignments;
+    /// At most so many values of each function are shown, evenly spread in space; all of them by
+    /// default.
+    std::optional<std::size_t> maximumArrows = std::nullopt;
 };
 
 /// Steps in the order in which they are executed, and the files that are written of their results.
@@ -43,7 +46,7 @@ struct Loop
 };
 
 /// One execution of a plan.
-struct Iteration
+struct TAVRIN_API Iteration
 {
     std::size_t index = 0;
     /// The number of executions.
@@ -61,8 +64,5 @@ struct Iteration
 /// The values of a set expression such as "[0:1#0.1]" or "1,2,5", as texts that name the numbers
 /// exactly. Throws `usage_error` for a malformed expression and for one without values.
 TAVRIN_API std::vector<std::string> sweepValues(const std::string& expression);
-
-/// A number as the shortest text that reads back as the same number.
-TAVRIN_API std::string shortestText(double number);
 
 }

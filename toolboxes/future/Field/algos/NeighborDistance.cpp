@@ -2,7 +2,11 @@
 
 #include <tavrin/domain/CellComplex.hpp>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <numbers>
+#include <vector>
 
 namespace
 {
@@ -10,7 +14,8 @@ namespace
 using namespace tavrin;
 
 constexpr std::size_t maximumCells = 800;
-constexpr std::size_t maximumPoints = 10000;
+/// The number of distances that are computed between points without cells.
+constexpr std::size_t maximumDistances = 10'000'000;
 
 /// Calls `visit` for all indices below `size`, or for `maximum` of them that follow no pattern of
 /// a grid.
@@ -29,6 +34,15 @@ void forSample(std::size_t size, std::size_t maximum, const Visit& visit)
         }
 }
 
+double medianOf(std::vector<double>& numbers)
+{
+    if (numbers.empty())
+        return 0.0;
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::ranges::nth_element(numbers, middle);
+    return *middle;
+}
+
 template<std::size_t D>
 double medianEdgeLength(const EmbeddedCellComplex<D>& complex)
 {
@@ -45,41 +59,30 @@ double medianEdgeLength(const EmbeddedCellComplex<D>& complex)
                           lengths.push_back(length);
                   }
               });
-    if (lengths.empty())
-        return 0.0;
-    const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
-    std::ranges::nth_element(lengths, middle);
-    return *middle;
+    return medianOf(lengths);
 }
 
+/// The median distance of some points from the nearest point at another position.
 template<std::size_t D>
-double evenDistance(const PointSet<D>& points)
+double medianNearestDistance(const PointSet<D>& points)
 {
-    auto lower = points.numPoints() == 0 ? Tensor<double, D>{} : points.point(0);
-    auto upper = lower;
-    forSample(points.numPoints(), maximumPoints,
+    const std::size_t numPoints = points.numPoints();
+    const std::size_t numSamples =
+        std::clamp<std::size_t>(maximumDistances / std::max<std::size_t>(numPoints, 1), 8, 400);
+    std::vector<double> distances;
+    forSample(numPoints, numSamples,
               [&](std::size_t index)
               {
-                  const auto point = points.point(index);
-                  for (std::size_t i = 0; i < D; ++i)
-                  {
-                      lower[i] = std::min(lower[i], point[i]);
-                      upper[i] = std::max(upper[i], point[i]);
-                  }
+                  const auto position = points.point(index);
+                  double nearest = std::numeric_limits<double>::infinity();
+                  for (std::size_t i = 0; i < numPoints; ++i)
+                      if (const double distance = norm(points.point(i) - position);
+                          distance > 0.0 && distance < nearest)
+                          nearest = distance;
+                  if (std::isfinite(nearest))
+                      distances.push_back(nearest);
               });
-    // Points in a plane or on a line fill no volume: only the axes along which they differ count.
-    double axes = 0.0;
-    double product = 1.0;
-    for (std::size_t i = 0; i < D; ++i)
-        if (upper[i] > lower[i])
-        {
-            axes += 1.0;
-            product *= upper[i] - lower[i];
-        }
-    if (axes == 0.0)
-        return 0.0;
-    const double pointsPerAxis = std::pow(static_cast<double>(points.numPoints()), 1.0 / axes);
-    return std::pow(product, 1.0 / axes) / std::max(1.0, pointsPerAxis - 1.0);
+    return medianOf(distances);
 }
 
 }
@@ -89,7 +92,7 @@ double typicalNeighborDistance(const PointSet<D>& domain)
 {
     const auto* const complex = dynamic_cast<const EmbeddedCellComplex<D>*>(&domain);
     const double distance = complex == nullptr ? 0.0 : medianEdgeLength(*complex);
-    return distance > 0.0 ? distance : evenDistance(domain);
+    return distance > 0.0 ? distance : medianNearestDistance(domain);
 }
 
 template double typicalNeighborDistance(const PointSet<1>& domain);

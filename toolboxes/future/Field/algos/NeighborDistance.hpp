@@ -3,10 +3,11 @@
 #include <tavrin/domain/PointSet.hpp>
 
 /// The typical distance between neighboring samples on a domain: the median length of the edges of
-/// its cells, or for points without cells the distance at which as many points would fill their
-/// bounding box evenly. 0 if it is unknown, as for a single point.
+/// its cells, or for points without cells the median distance from a point to the nearest point at
+/// another position. 0 if it is unknown, as for a single point.
 ///
-/// Considers a bounded number of elements all over the domain, always the same ones.
+/// Considers a bounded number of elements all over the domain, always the same ones. The time is
+/// proportional to the number of points where there are no cells.
 template<std::size_t D>
 double typicalNeighborDistance(const tavrin::PointSet<D>& domain);
 

@@ -4,6 +4,8 @@ uniform vec3 u_eye;
 uniform float u_isParallel;
 // The number of pixels per unit of length where the fourth clip coordinate is 1.
 uniform float u_pixelsPerUnit;
+// The number of pixels that lengths in the picture are multiples of.
+uniform float u_unit;
 uniform vec3 u_right;
 // 1 for a mesh that faces the eye, or 0.
 uniform float u_isFlat;
@@ -21,14 +23,14 @@ out vec3 v_normal;
 out vec3 v_towardsEye;
 out vec4 v_color;
 
-// In pixels; samples would miss parts of a smaller arrow.
+// In units of the picture, but at least in pixels: samples would miss parts of a smaller arrow.
 const float minimumWidth = 1.0;
 const float minimumLength = 2.0;
 
 void main()
 {
     vec3 middle = in_start + 0.5 * in_direction;
-    float pixel = (u_viewProjection * vec4(middle, 1.0)).w / u_pixelsPerUnit;
+    float pixel = (u_viewProjection * vec4(middle, 1.0)).w / u_pixelsPerUnit * max(u_unit, 1.0);
     vec3 towardsEye = u_isParallel > 0.5 ? u_eye : normalize(u_eye - middle);
 
     float trueLength = length(in_direction);
