@@ -142,15 +142,22 @@ std::vector<std::filesystem::path> FileAccess::filesOf(const std::filesystem::pa
 
 std::unique_ptr<DataFile> FileAccess::open(const FilePlace& place) const
 {
+    if (place.container != nullptr)
+        return place.container->openStep(place.stepInFile);
     requireFile(place.path);
     const FileFormat& format = requireFormat(place.path);
     InputFile file(place.path);
     requireBeginning(file, format);
-    return format.open(format, std::move(file), mAbortFlag);
+    auto opened = format.open(format, std::move(file), mAbortFlag);
+    if (!opened->stepTimes.empty() && !place.member.empty())
+        throw Malformed("holds several time steps and cannot be one file of a list");
+    return opened;
 }
 
 std::shared_ptr<DataFile> FileAccess::openAgain(const FilePlace& place)
 {
+    if (place.container != nullptr)
+        return open(place);
     requireFile(place.path);
     const auto changed = std::filesystem::last_write_time(place.path);
     const auto size = std::filesystem::file_size(place.path);

@@ -4,6 +4,8 @@
 #include <tavrin/io/DataFile.hpp>
 #include <tavrin/io/legacy/LegacyFile.hpp>
 #include <tavrin/io/series/ListFiles.hpp>
+#include <tavrin/io/tables/TableFile.hpp>
+#include <tavrin/io/tables/TableWriter.hpp>
 #include <tavrin/io/write/SeriesWriter.hpp>
 #include <tavrin/io/write/VtkWriters.hpp>
 #include <tavrin/io/xml/XmlFile.hpp>
@@ -68,6 +70,13 @@ std::vector<FileFormat> makeFormats()
          .holdsSeveralArrays = false,
          .readList = readPvdList,
          .startSeries = startPvd},
+        {.extension = ".csv",
+         .name = "table",
+         .family = "table",
+         .holdsPointClouds = true,
+         .holdsSeveralArrays = false,
+         .open = openTable,
+         .startSeries = startTable},
         {.extension = ".series",
          .name = "time series",
          .content = FileContent::TimeSteps,

@@ -71,6 +71,9 @@ struct FileFormat
     std::unique_ptr<FunctionWriter> (*startSeries)(const std::filesystem::path& file,
                                                    const volatile bool& abortFlag) = nullptr;
 
+    /// Whether a file that is no list may hold several time steps when it is read.
+    bool mayHoldSteps() const { return open != nullptr && startSeries != nullptr; }
+
     bool isRead() const { return open != nullptr || readList != nullptr; }
     bool isWritten() const { return makeWriter != nullptr || startSeries != nullptr; }
 };

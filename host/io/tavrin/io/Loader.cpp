@@ -55,11 +55,13 @@ std::shared_ptr<const ValidityMask> validityOf(ValidityMask marks)
 void requireOneBlock(const std::vector<Block>& blocks, const DataReference& reference,
                      const std::string& wanted)
 {
+    std::vector<std::string> names;
+    for (const Block& block : blocks)
+        names.push_back('"' + block.name + '"');
     if (blocks.size() > 1)
         throw usage_error(reference.file.string() + ": has " + std::to_string(blocks.size()) +
                           " blocks, and one " + wanted +
-                          " is wanted; give the file of one of them, such as " +
-                          blocks.front().steps.front().place.path.string());
+                          " is wanted; choose one with ?block=: " + shortList(names));
 }
 
 }
@@ -133,21 +135,23 @@ FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile&
                   [&]
                   {
                       const DataFile::Array& array = chooseArray(file.arrays, reference);
-                      const Shape shape = chooseShape(array, reference.shape);
+                      const ArrayReading reading = chooseReading(array, reference);
                       const BuiltGrid grid = mAccess->build(file, step.place, reference.dimension);
                       const StoredArray values = readValues(file, array, grid);
+                      requireReadable(values, reading);
                       const auto validity = validityOf(readValidity(file, array, grid));
                       std::vector<double> times;
                       if (const auto time = step.time ? step.time : file.time)
                           times.push_back(*time);
                       FunctionPointer function;
-                      visitShape(shape,
+                      visitShape(reading.shape,
                                  [&]<typename T>()
                                  {
                                      function = std::make_shared<const Function<T>>(
                                          shareInSeries(grid.domain, block, reference),
-                                         partOf(array.association), wrapValues<T>(values), times,
-                                         array.name, validity, originOf(grid, array.association));
+                                         partOf(array.association), wrapValues<T>(values, reading),
+                                         times, reading.name, validity,
+                                         originOf(grid, array.association));
                                  });
                       return function;
                   });
@@ -162,14 +166,15 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
     const DomainPart& part = partOf(array.association);
     const std::vector<double> times = reader->times();
     FunctionPointer function;
-    visitShape(reader->shape(),
+    visitShape(reader->reading().shape,
                [&]<typename T>()
                {
                    auto values = std::make_shared<const SeriesValueArray<T>>(
                        array.precision, times.size(), reader->domain()->numElements(part),
-                       [reader](std::size_t step) { return wrapValues<T>(reader->load(step)); });
+                       [reader](std::size_t step)
+                       { return wrapValues<T>(reader->load(step), reader->reading()); });
                    function = std::make_shared<const Function<T>>(
-                       reader->domain(), part, std::move(values), times, array.name,
+                       reader->domain(), part, std::move(values), times, reader->reading().name,
                        validityOf(reader->takeValidity()), reader->origin());
                });
     return function;
@@ -273,9 +278,10 @@ bool Loader::Implementation::isEmpty(const Block& block)
 
 std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReference& reference)
 {
-    if (reference.array || reference.on || reference.shape)
+    if (reference.refersToArray())
         throw usage_error(reference.file.string() +
-                          ": a grid is wanted, so leave out #ARRAY, ?on= and ?shape=");
+                          ": a grid is wanted, so leave out #ARRAY, ?on=, ?shape=, ?component= and "
+                          "?order=");
     const auto blocks = findBlocks(*mAccess, reference);
     requireOneBlock(blocks, reference, "grid");
     const FilePlace& place = blocks.front().steps.front().place;

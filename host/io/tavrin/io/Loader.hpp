@@ -84,7 +84,7 @@ public:
     /// as `loadFunction`, and `usage_error` for a reference with an array.
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
 
-    /// Describes what the file holds. Only file, dimension and time of the reference are used.
+    /// Describes what the file holds. Only file, block, dimension and time of the reference are used.
     FileInfo inspect(const DataReference& reference);
 
     /// The times of the steps that a reference names, ascending: those of a series, the one time of

@@ -129,11 +129,6 @@ bool refersToColorMap(const std::string& text)
            name.substr(0, name.find('#')).ends_with(".json");
 }
 
-bool refersToArray(const DataReference& reference)
-{
-    return reference.array || reference.on || reference.shape;
-}
-
 Reference parseAny(const std::string& text)
 {
     return refersToColorMap(text) ? parseColorMap(text) : parseFileReference(text);
@@ -157,7 +152,7 @@ Objects makeAny(const Reference& reference, const DataSources& sources, InputKin
     }
     catch (const usage_error&)
     {
-        if (refersToArray(known) || !sources.loader.inspect(known).arrays.empty())
+        if (known.refersToArray() || !sources.loader.inspect(known).arrays.empty())
             throw;
     }
     return makeGrid(reference, sources, option, isAccepted);
@@ -205,7 +200,7 @@ bool suits(const DataKind& kind, const std::string& text, const DataReference& r
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
         return isColorMap && refersToColorMap(text);
-    return kind.type != Domain::classTypeId() || !refersToArray(reference);
+    return kind.type != Domain::classTypeId() || !reference.refersToArray();
 }
 
 const RTTICollection& typesOf(const InputBase& input)

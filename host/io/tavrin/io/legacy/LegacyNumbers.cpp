@@ -6,7 +6,6 @@
 #include <tavrin/io/TextNumbers.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <limits>
 #include <map>
 
@@ -44,15 +43,6 @@ Precision precisionNamed(const std::string& typeName)
     return precision->second;
 }
 
-}
-
-std::string toLower(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(),
-                           [](unsigned char character)
-                           { return static_cast<char>(std::tolower(character)); });
-    return result;
 }
 
 LegacyNumbers::LegacyNumbers(InputFile file, const volatile bool& abortFlag)

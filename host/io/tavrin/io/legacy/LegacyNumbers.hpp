@@ -9,8 +9,6 @@
 namespace tavrin::io
 {
 
-std::string toLower(std::string_view text);
-
 /// More components than any array has.
 inline constexpr std::size_t maximumComponents = std::size_t{1} << 20;
 

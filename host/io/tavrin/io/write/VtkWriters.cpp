@@ -2,6 +2,7 @@
 
 #include <tavrin/function/visit.hpp>
 #include <tavrin/io/ArrayChoice.hpp>
+#include <tavrin/io/Shape.hpp>
 #include <tavrin/io/XmlText.hpp>
 #include <tavrin/io/write/VtkFileWriter.hpp>
 #include <tavrin/io/write/VtkGrid.hpp>

@@ -199,8 +199,8 @@ void XmlFile::listArrays()
                 if (!precision || !name)
                     return;
                 Array array{*name, association, *precision, XmlValues::componentsOf(element), {}};
-                // No shape with more components is recognized by its names.
-                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 16); ++i)
+                // No array with more components is a field.
+                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 375); ++i)
                     array.componentNames.push_back(
                         XmlValues::attribute(element, ("ComponentName" + std::to_string(i)).c_str())
                             .value_or(""));
