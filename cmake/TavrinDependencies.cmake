@@ -6,6 +6,7 @@ find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(yaml-cpp REQUIRED)
 find_package(VTK 9.1 REQUIRED COMPONENTS CommonCore CommonDataModel IOCore IOLegacy IOXML)
 
 pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)

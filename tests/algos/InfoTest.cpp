@@ -120,6 +120,8 @@ TEST_F(InfoTest, NamesAFieldThatItDoesNotKnow)
 {
     EXPECT_EQ(reportOf(fieldOf<Vector242>({Vector242{}}), true, true),
               "The domain bounding box is spanned by [0] and [0]\nUnknown field type.\n");
+    EXPECT_EQ(reportOf(fieldOf<Tensor<double, 5>>({{}}), true, true),
+              "The domain bounding box is spanned by [0] and [0]\nUnknown field type.\n");
 }
 
 TEST_F(InfoTest, ShowsTheBoxOptionForPointSetsOnly)

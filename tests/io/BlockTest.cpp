@@ -190,6 +190,32 @@ TEST_F(Blocks, WithoutTheArrayAreLeftOut)
                                            "leave out ?time=1");
 }
 
+TEST_F(Blocks, AreChosenByNameOrNumber)
+{
+    create("a.vti", row(0, 1));
+    create("b.vti", row(0, 2));
+    create("m.vtm", blocks({{"fluid", "a.vti"}, {"0", "b.vti"}, {"lost", "gone.vti"}}));
+    create("s.pvd", pvd({{"0", "in", "a.vti"},
+                         {"0", "out", "b.vti"},
+                         {"1", "out", "a.vti"},
+                         {"1", "in", "b.vti"}}));
+    EXPECT_EQ(load("m.vtm?block=fluid")->values()->size(), 6U);
+    // Names come before numbers.
+    EXPECT_EQ(loadValues<Scalar>("m.vtm#p?block=0").front(), Scalar{2});
+    EXPECT_EQ(loadValues<Scalar>("m.vtm#p?block=1").front(), Scalar{2});
+    EXPECT_EQ(loader().inspect(reference("m.vtm?block=fluid")).points, 6U);
+    EXPECT_EQ(loader().loadGrid(reference("m.vtm?block=fluid"))->numElements(PointSetBase::Points),
+              6U);
+    const auto series = loadValues<Scalar>("s.pvd?block=out");
+    EXPECT_EQ(series.front(), Scalar{2});
+    EXPECT_EQ(series.back(), Scalar{1});
+    EXPECT_EQ(usageErrorOf("m.vtm?block=fluit"),
+              "m.vtm: no block \"fluit\"; did you mean \"fluid\"?");
+    EXPECT_EQ(usageErrorOf("m.vtm?block=3"),
+              "m.vtm: no block \"3\"; there are \"fluid\", \"0\", \"lost\"");
+    EXPECT_EQ(usageErrorOf("a.vti?block=0"), "a.vti: holds no blocks; leave out ?block=");
+}
+
 TEST_F(Blocks, HaveOneDimensionAndShareEqualGrids)
 {
     create("flat.vti", row(0, 1));
@@ -297,12 +323,11 @@ TEST_F(Blocks, AreNoSingleFunctionOrGrid)
     create("sub/a.vti", row(0, 1));
     create("m.vtm", blocks({{"a", "sub/a.vti"}, {"b", "sub/a.vti"}}));
     create("one.vtm", blocks({{"a", ""}, {"b", "sub/a.vti"}}));
-    EXPECT_EQ(usageErrorOf("m.vtm"),
-              "m.vtm: has 2 blocks, and one function is wanted; give the file "
-              "of one of them, such as sub/a.vti");
+    EXPECT_EQ(
+        usageErrorOf("m.vtm"),
+        "m.vtm: has 2 blocks, and one function is wanted; choose one with ?block=: \"a\", \"b\"");
     EXPECT_EQ(withoutFolder(errorOf<usage_error>([&] { loader().loadGrid(reference("m.vtm")); })),
-              "m.vtm: has 2 blocks, and one grid is wanted; give the file of one of them, such as "
-              "sub/a.vti");
+              "m.vtm: has 2 blocks, and one grid is wanted; choose one with ?block=: \"a\", \"b\"");
     EXPECT_EQ(loadValues<Scalar>("one.vtm#p").size(), 6U);
     EXPECT_EQ(loader().loadGrid(reference("one.vtm")), loader().loadGrid(reference("sub/a.vti")));
     EXPECT_EQ(loader().inspect(reference("one.vtm")).format, "VTK XML image data");

@@ -59,6 +59,22 @@ TEST_F(Reader, NamesWhatAKeyOfAReferenceTakes)
     EXPECT_EQ(complaintAboutKey("a.vtu?shape=5"),
               "?shape=5: shape is one of scalar, 1, 2, 3, 4, 1x1, 2x2, "
               "3x3, 4x4, 242, 375");
+    EXPECT_EQ(complaintAboutKey("a.vtu?on=point"),
+              "?on=point: on is points or cells; did you mean \"points\"?");
+    EXPECT_EQ(
+        complaintAboutKey("a.vtu?order=voight"),
+        "?order=voight: order is voigt, which is xx,yy,zz,yz,xz,xy, or these names in another "
+        "order, such as xx,yy,zz,xy,yz,xz; did you mean \"voigt\"?");
+    for (const std::string order : {"xx,yy,zz", "xx,yy,zz,xy,yz,zy", "xx,yy,zz,xy,yz,xz,"})
+        EXPECT_EQ(complaintAboutKey("a.vtu?order=" + order).substr(0, 20),
+                  ("?order=" + order + ": order is").substr(0, 20));
+    EXPECT_EQ(complaintAboutKey("a.vtu?component="),
+              "?component=: component is the name of a component, or a number from 0");
+    for (const std::string reach : {"far", "-1", "inf", "nan", ""})
+        EXPECT_EQ(complaintAboutKey("a.vtu?reach=" + reach),
+                  "?reach=" + reach + ": reach is a distance, 0 or more");
+    EXPECT_EQ(complaintAboutKey("a.vtu?time=1&on=cells&time=2"),
+              "the key \"time\" appears twice in a data reference");
     EXPECT_EQ(complaintAboutKey("#U"),
               "\"#U\" names no file; a data reference is FILE#ARRAY?key=value&key=value");
 }
@@ -298,8 +314,10 @@ TEST_F(Reader, TakesShapesFromComponentsAndTheirNames)
     EXPECT_EQ(
         usageErrorOf("a.vti#4?shape=3"),
         "a.vti: \"4\" has 4 components, which does not fit ?shape=3; shapes that fit: 4, 2x2");
-    EXPECT_EQ(usageErrorOf("a.vti#5"), "a.vti: \"5\" has 5 components; only arrays of 1, 2, 3, 4, "
-                                       "6, 9, 16, 242 or 375 components are fields");
+    EXPECT_EQ(usageErrorOf("a.vti#5"),
+              "a.vti: \"5\" has 5 components; only arrays of 1, 2, 3, 4, "
+              "6, 9, 16, 242 or 375 components are fields, and single components, "
+              "which ?component= chooses");
 }
 
 TEST_F(Reader, NamesTheArraysThatThereAre)
@@ -326,9 +344,120 @@ TEST_F(Reader, NamesTheArraysThatThereAre)
               "on cells; add ?on=points or ?on=cells");
     EXPECT_EQ(usageErrorOf("one.vti#pressure?time=3"),
               "one.vti: holds no time steps; leave out ?time=3");
-    EXPECT_EQ(withoutFolder(
-                  errorOf<usage_error>([&] { loader().loadGrid(reference("one.vti#pressure")); })),
-              "one.vti: a grid is wanted, so leave out #ARRAY, ?on= and ?shape=");
+    EXPECT_EQ(
+        withoutFolder(
+            errorOf<usage_error>([&] { loader().loadGrid(reference("one.vti#pressure")); })),
+        "one.vti: a grid is wanted, so leave out #ARRAY, ?on=, ?shape=, ?component= and ?order=");
+}
+
+TEST_F(Reader, TakesOneComponentOfAnArray)
+{
+    const auto array = [](const std::string& name, int components, const std::string& more = "")
+    {
+        std::string numbers;
+        for (int i = 0; i < 6 * components; ++i)
+            numbers += std::to_string(i) + " ";
+        return dataArray("type=\"Int16\" Name=\"" + name + "\" NumberOfComponents=\"" +
+                             std::to_string(components) + "\" " + more,
+                         numbers);
+    };
+    create("a.vti",
+           smallImage("<PointData>" + array("v", 3) + array("s", 6) + array("m", 4) +
+                      array("odd", 7) + array("p", 1) +
+                      array("named", 3,
+                            R"(ComponentName0="Radial" ComponentName1="z" ComponentName2="1")") +
+                      "</PointData>"));
+    struct Case
+    {
+        std::string reference;
+        std::string name;
+        double second;
+    };
+    for (const auto& [text, name, second] : std::vector<Case>{
+             {"v?component=y", "v y", 4},
+             {"v?component=2", "v z", 5},
+             {"v?component=Z", "v z", 5},
+             {"s?component=yz", "s yz", 10},
+             {"s?component=zy", "s yz", 10},
+             {"s?component=yz&order=voigt", "s yz", 9},
+             {"s?component=3&order=voigt", "s yz", 9},
+             {"m?component=w", "m w", 7},
+             {"m?component=yx&shape=2x2", "m yx", 6},
+             {"odd?component=6", "odd 6", 13},
+             {"p?component=0", "p x", 1},
+             // The names in the file come first, then the usual ones, then numbers.
+             {"named?component=radial", "named Radial", 3},
+             {"named?component=z", "named z", 4},
+             {"named?component=1", "named 1", 5},
+             {"named?component=0", "named Radial", 3},
+         })
+    {
+        const auto function = load("a.vti#" + text);
+        EXPECT_EQ(function->name(), name) << text;
+        EXPECT_EQ(valuesOf<Scalar>(*function)[1][0], second) << text;
+    }
+    EXPECT_EQ(usageErrorOf("a.vti#v?component=u"),
+              "a.vti: \"v\" has 3 components, 0 to 2, and no \"u\"; there are \"x\", \"y\", \"z\"");
+    EXPECT_EQ(
+        usageErrorOf("a.vti#named?component=radal"),
+        "a.vti: \"named\" has 3 components, 0 to 2, and no \"radal\"; did you mean \"Radial\"?");
+    EXPECT_EQ(usageErrorOf("a.vti#odd?component=7"),
+              "a.vti: \"odd\" has 7 components, 0 to 6, and no \"7\"");
+}
+
+TEST_F(Reader, ReadsSixComponentsInTheOrderOfTheFile)
+{
+    const auto array = [](const std::string& name, const std::string& more)
+    {
+        std::string numbers;
+        for (int i = 0; i < 6; ++i)
+            numbers += "0 1 2 3 4 5 ";
+        return dataArray("type=\"Float32\" Name=\"" + name + "\" NumberOfComponents=\"6\" " + more,
+                         numbers);
+    };
+    create("a.vti",
+           smallImage("<PointData>" + array("plain", "") +
+                      array("named", R"(ComponentName0="XX" ComponentName1="XY" ComponentName2="XZ"
+                          ComponentName3="YY" ComponentName4="YZ" ComponentName5="ZZ")") +
+                      array("other", R"(ComponentName0="XX" ComponentName1="XY")") +
+                      "</PointData>"));
+    const auto first = [&](const std::string& text)
+    { return loadValues<Matrix3>("a.vti#" + text).front(); };
+    const Matrix3 ofVtk{0, 3, 5, 3, 1, 4, 5, 4, 2};
+    const Matrix3 ofVoigt{0, 5, 4, 5, 1, 3, 4, 3, 2};
+    const Matrix3 byRows{0, 1, 2, 1, 3, 4, 2, 4, 5};
+    EXPECT_EQ(first("plain"), ofVtk);
+    EXPECT_EQ(first("other"), ofVtk);
+    EXPECT_EQ(first("plain?order=voigt"), ofVoigt);
+    EXPECT_EQ(first("plain?order=xx,xy,xz,YY,zy,zz"), byRows);
+    EXPECT_EQ(first("named"), byRows);
+    EXPECT_EQ(first("named?order=xx,yy,zz,xy,yz,xz"), ofVtk);
+    create("v.vti",
+           smallImage("<PointData>" + dataArray("type=\"Int8\" Name=\"v\"", "1 2 3 4 5 6") +
+                      "</PointData>"));
+    EXPECT_EQ(usageErrorOf("v.vti?order=voigt"),
+              "v.vti: \"v\" has 1 component; ?order= is for arrays of 6");
+}
+
+TEST_F(Reader, ReadsPlanarVectorsAsVectorsOfTwo)
+{
+    const auto image = [](const std::string& numbers)
+    {
+        return smallImage(
+            "<PointData>" +
+            dataArray("type=\"Float64\" Name=\"v\" NumberOfComponents=\"3\"", numbers) +
+            "</PointData>");
+    };
+    create("flat.vti", image("1 2 0 3 4 -0 5 6 0 0 0 0 0 0 0 7 8 0"));
+    create("bent.vti", image("1 2 0 3 4 0 5 6 0 0 0 0.5 0 0 nan 7 8 0"));
+    EXPECT_EQ(loadValues<Vector2>("flat.vti?shape=2").back(), (Vector2{7, 8}));
+    EXPECT_EQ(loadValues<Vector3>("flat.vti").back(), (Vector3{7, 8, 0}));
+    EXPECT_EQ(usageErrorOf("bent.vti?shape=2"),
+              "bent.vti: \"v\" does not fit ?shape=2: its third component is not 0 everywhere, "
+              "value 3 has 0.5");
+    EXPECT_EQ(usageErrorOf("flat.vti?shape=4"),
+              "flat.vti: \"v\" has 3 components, which does not fit ?shape=4; shapes that fit: 3, "
+              "and 2 where the third component is 0 everywhere");
 }
 
 TEST_F(Reader, DropsCoordinatesThatAreZeroEverywhere)

@@ -65,7 +65,9 @@ protected:
     template<typename T>
     void expectToComeBack(const Function<T>& function)
     {
-        const auto extensions = io::extensionsFor(*function.domain(), function.timeSteps().size());
+        auto extensions = io::extensionsFor(*function.domain(), function.numTimeSteps());
+        // Tables keep no grid; they have tests of their own.
+        std::erase(extensions, ".csv");
         ASSERT_FALSE(extensions.empty());
         for (const std::string& extension : extensions)
         {

@@ -1,5 +1,10 @@
 #include "ReaderSamples.hpp"
 
+#include <tavrin/value/LexicalCast.hpp>
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
 namespace
 {
 
@@ -58,6 +63,85 @@ TEST_F(Series, IsOneFunctionWhoseStepsAreLoadedWhenRead)
     EXPECT_EQ(usageErrorOf("s.pvd?time=3"),
               "s.pvd: no step at t = 3; there are steps at 0, 2.5, 10; the nearest is at 2.5");
     EXPECT_EQ(usageErrorOf("s.pvd#d"), "s.pvd: no array \"d\"; there is \"c\"");
+}
+
+/// Counts how often the files in a folder are opened.
+class OpenCounter
+{
+public:
+    explicit OpenCounter(const std::filesystem::path& folder)
+        : mDescriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
+          mIsWatching(inotify_add_watch(mDescriptor, folder.c_str(), IN_OPEN) >= 0)
+    {
+    }
+    OpenCounter(const OpenCounter&) = delete;
+    OpenCounter& operator=(const OpenCounter&) = delete;
+    ~OpenCounter() { close(mDescriptor); }
+
+    bool isWatching() const { return mIsWatching; }
+
+    /// The files that were opened since the last call, each as often as it was opened.
+    std::vector<std::string> take()
+    {
+        std::vector<std::string> names;
+        alignas(inotify_event) std::array<char, 4096> buffer{};
+        for (ssize_t count; (count = read(mDescriptor, buffer.data(), buffer.size())) > 0;)
+            for (const char* at = buffer.data(); at < buffer.data() + count;)
+            {
+                const auto& event = *reinterpret_cast<const inotify_event*>(at);
+                names.emplace_back(event.len > 0 ? event.name : "");
+                at += sizeof(inotify_event) + event.len;
+            }
+        return names;
+    }
+
+private:
+    int mDescriptor;
+    bool mIsWatching;
+};
+
+TEST_F(Series, OpensOnlyTheFileOfTheStepThatIsAskedForAndKeepsNoOther)
+{
+    const std::vector<std::string> files{"a.vtu", "b.vtu", "c.vtu", "d.vtu", "e.vtu"};
+    std::vector<std::pair<std::string, std::string>> listed;
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        create(files[i], step(std::to_string(i), i == 2 ? "0 2 0" : "0 1 0"));
+        // Long enough ago for the loader to keep the file open.
+        std::filesystem::last_write_time(folder() / files[i],
+                                         std::filesystem::file_time_type::clock::now() -
+                                             std::chrono::hours(1));
+        listed.emplace_back(std::to_string(0.1 * static_cast<double>(i)), files[i]);
+    }
+    create("s.pvd", pvd(listed));
+    OpenCounter opened(folder());
+    if (!opened.isWatching())
+        GTEST_SKIP() << "the system does not tell which files are opened";
+
+    const std::vector<double> times = loader().timesOf(reference("s.pvd"));
+    EXPECT_EQ(times, (std::vector<double>{0.0, 0.1, 0.2, 0.3, 0.4}));
+    EXPECT_EQ(opened.take(), std::vector<std::string>{"s.pvd"});
+    EXPECT_EQ(loader().timesOf(reference("s.pvd?time=0.2")), std::vector<double>{0.2});
+    EXPECT_TRUE(loader().timesOf(reference("a.vtu")).empty());
+    EXPECT_EQ(opened.take(), std::vector<std::string>{"a.vtu"});
+
+    std::weak_ptr<const Domain> earlier;
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        DataReference one = reference("s.pvd#c");
+        one.time = times[i];
+        const auto function = loader().loadFunction(one);
+        EXPECT_EQ(loader().loadGrid(reference("s.pvd?time=" + toText(times[i]))),
+                  function->domain());
+        EXPECT_EQ(function->timeSteps(), std::vector<double>{times[i]});
+        EXPECT_EQ(valuesOf<Scalar>(*function)[0][0], static_cast<double>(i));
+        // The first file is still open.
+        EXPECT_EQ(opened.take(), i == 0 ? std::vector<std::string>{} : std::vector{files[i]});
+        const bool hasGridOfTheStepBefore = i == 1 || i == 4;
+        EXPECT_EQ(earlier.lock() == function->domain(), hasGridOfTheStepBefore);
+        EXPECT_EQ(earlier.expired(), !hasGridOfTheStepBefore);
+        earlier = function->domain();
+    }
 }
 
 TEST_F(Series, OutlivesItsLoader)

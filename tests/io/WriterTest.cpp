@@ -50,23 +50,23 @@ TEST_F(Writer, NamesTheExtensionsThatSuit)
     const auto scalar = [](std::shared_ptr<const Domain> domain)
     { return awkwardFunction(std::move(domain)); };
     EXPECT_EQ(refusal(*scalar(uniformGrid<2>()), "out/f.vtr"),
-              "out/f.vtr: a uniform grid is written as .vti, .vts, .vtu or .pvd");
+              "out/f.vtr: a uniform grid is written as .vti, .vts, .vtu, .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(rectilinearGrid<2>()), "f.vti"),
-              "f.vti: a rectilinear grid is written as .vtr, .vts, .vtu or .pvd");
+              "f.vti: a rectilinear grid is written as .vtr, .vts, .vtu, .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(curvilinearGrid<2>()), "speed.vti"),
-              "speed.vti: a curvilinear grid is written as .vts, .vtu or .pvd");
+              "speed.vti: a curvilinear grid is written as .vts, .vtu, .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(oneCellOfEach<3>({CellType::Tetrahedra})), "f.vtp"),
-              "f.vtp: an unstructured grid is written as .vtu or .pvd");
+              "f.vtp: an unstructured grid is written as .vtu, .pvd or .csv");
     // In a .vtp file lines come before triangles, whatever the order of the cells was.
     EXPECT_EQ(refusal(*scalar(oneCellOfEach<3>({CellType::Triangles, CellType::Lines})), "f.vtp"),
-              "f.vtp: an unstructured grid is written as .vtu or .pvd");
+              "f.vtp: an unstructured grid is written as .vtu, .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(oneCellOfEach<3>({CellType::Lines, CellType::Triangles})), "f.vti"),
-              "f.vti: an unstructured grid is written as .vtu, .vtp or .pvd");
+              "f.vti: an unstructured grid is written as .vtu, .vtp, .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(pointCloud<3>()), "f"),
-              "f: a point cloud is written as .vtu, .vtp or .pvd");
+              "f: a point cloud is written as .vtu, .vtp, .pvd or .csv");
     EXPECT_EQ(
         refusal(*awkwardFunction(uniformGrid<1>(), PointSetBase::Points, {1.0, 2.0}), "f.vti"),
-        "f.vti: a function with 2 time steps is written as .pvd");
+        "f.vti: a function with 2 time steps is written as .pvd or .csv");
     EXPECT_EQ(refusal(*scalar(std::make_shared<Subdomain>(uniformGrid<1>(), PointSetBase::Points,
                                                           std::vector<std::size_t>{})),
                       "f.vti"),
@@ -104,6 +104,18 @@ TEST_F(Writer, WritesWhatVtkReadsAsItsOwn)
     EXPECT_EQ(mesh->GetCellType(1), VTK_EMPTY_CELL);
     EXPECT_EQ(mesh->GetCellType(2), VTK_WEDGE);
     EXPECT_NE(mesh->GetPointData()->GetScalars(), nullptr);
+}
+
+/// Which of both zeros VTK finds first depends on its threads.
+TEST_F(Writer, WritesTheSameBoundOfEitherZero)
+{
+    for (const double zero : {0.0, -0.0})
+    {
+        writeFunction(*fieldOf<Scalar>({{zero}, {zero}, {1.0}}), "f", folder() / "f.vti",
+                      neverAbort);
+        const std::string content = contentOf("f.vti");
+        EXPECT_NE(content.find("RangeMin=\"0\""), std::string::npos) << content.substr(0, 500);
+    }
 }
 
 TEST_F(Writer, LeavesAnExistingFileAloneWhenItFails)

@@ -65,6 +65,7 @@ TEST(Function, DescribesItself)
                                         "time: 3 time steps from 1 to 4"}));
     EXPECT_EQ(valueTypeName<Matrix3>(), "3x3 Matrix");
     EXPECT_EQ(valueTypeName<Vector242>(), "242-D Vector");
+    EXPECT_EQ((valueTypeName<Tensor<double, 2, 3, 4>>()), "2x3x4 Tensor");
 }
 
 TEST(DiscreteFunctionEvaluator, ReadsTheFirstStepUnlessToldOtherwise)

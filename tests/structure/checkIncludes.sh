@@ -15,7 +15,7 @@ BEGIN {
     mayInclude["mpi"] = "lib mpi.h"
     mayInclude["graphics"] = mayInclude["colormap"] = mayInclude["BundleTools"] = "lib"
     mayInclude["io"] = "lib vtk"
-    mayInclude["pipeline"] = "lib graphics colormap io"
+    mayInclude["pipeline"] = "lib graphics colormap io BundleTools"
     mayInclude["app"] = mayInclude["python"] = "lib graphics colormap io pipeline"
     mayInclude["toolboxes"] = "lib graphics colormap BundleTools"
 }

@@ -44,13 +44,19 @@ public:
 
     void execute(const Words& words, Session& session) override
     {
-        AlgorithmRun run(session.algorithms, firstWord(words));
-        const auto assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run);
-        if (!assignments.empty())
+        const std::string algorithm =
+            pipeline::algorithmNamed(firstWord(words), session.algorithms);
+        AlgorithmRun run(session.algorithms, algorithm);
+        const pipeline::Step step{
+            .id = {},
+            .algorithm = algorithm,
+            .assignments = pipeline::parseAssignments({words.begin() + 1, words.end()}, run)};
+        if (!step.assignments.empty())
             startThreads();
         Warnings warnings(session.console);
         io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
-        pipeline::RunInputs(run, loader).apply(assignments);
+        pipeline::ObjectPool pool(loader);
+        pipeline::RunInputs(run, pool).apply(step);
         warnings.print();
         const pipeline::AlgorithmCard card(run);
         session.console.print(mWantsJson ? jsonText(algorithmJson(card)) : algorithmSheet(card));

@@ -12,4 +12,8 @@ namespace tavrin
 /// a series throws.
 TAVRIN_API std::optional<ValueRange> finiteNormRange(const FunctionBase& function);
 
+/// The same for the values that the function has at a time, interpolated between two steps; those of
+/// the first step for a time that it does not have. Loads no other step.
+TAVRIN_API std::optional<ValueRange> finiteNormRangeAt(const FunctionBase& function, double time);
+
 }

@@ -89,23 +89,4 @@ const DataFile::Array& chooseArray(const std::vector<DataFile::Array>& arrays,
                       suggestionFor(*reference.array, names));
 }
 
-Shape chooseShape(const DataFile::Array& array, const std::optional<Shape>& wanted)
-{
-    const std::string what = "\"" + array.name + "\" has " + std::to_string(array.components) +
-                             (array.components == 1 ? " component" : " components");
-    const std::vector<Shape> fitting = shapesFitting(array.components);
-    if (fitting.empty())
-        throw usage_error(
-            what + "; only arrays of 1, 2, 3, 4, 6, 9, 16, 242 or 375 components are fields");
-    if (!wanted)
-        return shapeOf(array.components, array.componentNames).value();
-    if (std::ranges::find(fitting, *wanted) != fitting.end())
-        return *wanted;
-    std::string shapes;
-    for (const Shape& shape : fitting)
-        shapes += (shapes.empty() ? "" : ", ") + shapeText(shape);
-    throw usage_error(what + ", which does not fit ?shape=" + shapeText(*wanted) +
-                      "; shapes that fit: " + shapes);
-}
-
 }

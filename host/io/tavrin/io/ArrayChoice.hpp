@@ -1,7 +1,6 @@
 #pragma once
 
 #include <tavrin/io/DataFile.hpp>
-#include <tavrin/io/Shape.hpp>
 
 namespace tavrin::io
 {
@@ -22,8 +21,5 @@ bool hasArray(const std::vector<DataFile::Array>& arrays, const DataReference& r
 /// several fit.
 const DataFile::Array& chooseArray(const std::vector<DataFile::Array>& arrays,
                                    const DataReference& reference);
-
-/// The shape that the array is read as. Throws `usage_error`, naming the shapes that fit.
-Shape chooseShape(const DataFile::Array& array, const std::optional<Shape>& wanted);
 
 }

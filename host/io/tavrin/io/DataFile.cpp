@@ -1,5 +1,6 @@
 #include <tavrin/io/DataFile.hpp>
 
+#include <tavrin/base/Exceptions.hpp>
 #include <tavrin/io/Malformed.hpp>
 
 #include <vtkDataSetAttributes.h>
@@ -16,6 +17,11 @@ namespace
 /// More than memory can hold values for, and so small that no product of counts overflows.
 constexpr std::size_t maximumPoints = std::size_t{1} << 40;
 
+}
+
+std::unique_ptr<DataFile> DataFile::openStep(std::size_t) const
+{
+    throw logic_error("the format has no steps");
 }
 
 GridSize DataFile::size() const

@@ -65,8 +65,14 @@ public:
     /// The arrays of numbers, without those that mark ghosts.
     std::vector<Array> arrays;
     std::optional<double> time;
+    /// The times of all steps where the file holds several, ascending; empty for other files.
+    std::vector<double> stepTimes;
 
     GridSize size() const;
+
+    /// Opens one of several steps, which shares the memory of this object. This object is the first
+    /// step itself.
+    virtual std::unique_ptr<DataFile> openStep(std::size_t step) const;
 
     /// One tuple per point or cell, in the order of the file.
     virtual StoredArray readArray(const Array& array) = 0;

@@ -6,7 +6,10 @@
 #include <tavrin/io/XmlText.hpp>
 #include <tavrin/value/LexicalCast.hpp>
 
-#include <array>
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <span>
 
 namespace tavrin::io
 {
@@ -28,68 +31,157 @@ std::size_t endOfFile(const std::string& text)
     return std::min(text.find_first_of("#?"), text.size());
 }
 
+/// Throws the error for a value that a key does not take. `rule` says which ones it takes.
+[[noreturn]] void refuse(const std::string& key, const std::string& value, const std::string& rule,
+                         std::span<const std::string> choices = {})
+{
+    const std::string nearest = nearestTo(value, choices);
+    throw usage_error("?" + key + "=" + value + ": " + key + " is " + rule +
+                      (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?"));
+}
+
+std::string joined(const std::vector<std::string>& texts, const std::string& separator = ", ")
+{
+    std::string text;
+    for (const std::string& one : texts)
+        text += (text.empty() ? "" : separator) + one;
+    return text;
+}
+
 Association parseAssociation(const std::string& value)
 {
     for (const Association association : {Association::Points, Association::Cells})
         if (value == nameOf(association))
             return association;
-    throw usage_error("?on=" + value + ": on is points or cells");
+    refuse("on", value, "points or cells", std::array<std::string, 2>{"points", "cells"});
 }
 
 Shape parseShape(const std::string& value)
 {
-    std::string known;
+    std::vector<std::string> known;
     Shape shape;
     const bool isKnown = visitTypes<ValueTypes>(
         [&]<typename T>()
         {
             shape = shapeOfType<T>();
-            known += (known.empty() ? "" : ", ") + shapeText(shape);
-            return shapeText(shape) == value;
+            known.push_back(shapeText(shape));
+            return known.back() == value;
         });
     if (!isKnown)
-        throw usage_error("?shape=" + value + ": shape is one of " + known);
+        refuse("shape", value, "one of " + joined(known), known);
     return shape;
+}
+
+SymmetricOrder parseOrder(const std::string& value)
+{
+    if (value == "voigt")
+        return {"xx", "yy", "zz", "yz", "xz", "xy"};
+    std::vector<std::string> names;
+    for (std::size_t first = 0; first <= value.size();)
+    {
+        const std::size_t comma = std::min(value.find(',', first), value.size());
+        names.push_back(value.substr(first, comma - first));
+        first = comma + 1;
+    }
+    if (const auto order = parseSymmetricOrder(names))
+        return *order;
+    const std::array<std::string, 2> choices{"voigt",
+                                             joined({vtkOrder.begin(), vtkOrder.end()}, ",")};
+    refuse("order", value,
+           "voigt, which is xx,yy,zz,yz,xz,xy, or these names in another order, such as " +
+               choices.back(),
+           choices);
 }
 
 std::size_t parseDimension(const std::string& value)
 {
     if (value != "1" && value != "2" && value != "3")
-        throw usage_error("?dimension=" + value + ": dimension is 1, 2 or 3");
+        refuse("dimension", value, "1, 2 or 3");
     return static_cast<std::size_t>(value.front() - '0');
 }
 
-double parseTime(const std::string& value)
+double parseNumber(const std::string& key, const std::string& value, const std::string& rule,
+                   bool (*isValid)(double))
 {
     try
     {
-        return lexicalCast<double>(value);
+        if (const auto number = lexicalCast<double>(value); isValid(number))
+            return number;
     }
     catch (const bad_lexical_cast&)
     {
-        throw usage_error("?time=" + value + ": time is a number");
+        // The same refusal as for a number that is not valid.
     }
+    refuse(key, value, rule);
 }
 
-void parseKey(const std::string& text, DataReference& reference)
+std::string parseName(const std::string& key, const std::string& value, const std::string& rule)
+{
+    if (value.empty())
+        refuse(key, value, rule);
+    return toUtf8(value);
+}
+
+struct Key
+{
+    std::string name;
+    void (*read)(const std::string& value, DataReference& reference);
+};
+
+const std::vector<Key>& keys()
+{
+    static const std::vector<Key> all{
+        {"on", [](const std::string& value, DataReference& reference)
+         { reference.on = parseAssociation(value); }},
+        {"shape", [](const std::string& value, DataReference& reference)
+         { reference.shape = parseShape(value); }},
+        {"component",
+         [](const std::string& value, DataReference& reference)
+         {
+             reference.component =
+                 parseName("component", value, "the name of a component, or a number from 0");
+         }},
+        {"order", [](const std::string& value, DataReference& reference)
+         { reference.order = parseOrder(value); }},
+        {"dimension", [](const std::string& value, DataReference& reference)
+         { reference.dimension = parseDimension(value); }},
+        {"time",
+         [](const std::string& value, DataReference& reference)
+         {
+             reference.time = parseNumber("time", value, "a number",
+                                          [](double number) { return std::isfinite(number); });
+         }},
+        {"block",
+         [](const std::string& value, DataReference& reference) {
+             reference.block = parseName("block", value, "the name of a block, or a number from 0");
+         }},
+        {"reach",
+         [](const std::string& value, DataReference& reference)
+         {
+             reference.reach =
+                 parseNumber("reach", value, "a distance, 0 or more",
+                             [](double number) { return number >= 0.0 && std::isfinite(number); });
+         }},
+    };
+    return all;
+}
+
+void parseKey(const std::string& text, std::set<std::string>& known, DataReference& reference)
 {
     const std::size_t equals = text.find('=');
-    const std::string key = text.substr(0, equals);
+    const std::string name = text.substr(0, equals);
     const std::string value = equals == std::string::npos ? "" : text.substr(equals + 1);
-    if (key == "on")
-        reference.on = parseAssociation(value);
-    else if (key == "shape")
-        reference.shape = parseShape(value);
-    else if (key == "dimension")
-        reference.dimension = parseDimension(value);
-    else if (key == "time")
-        reference.time = parseTime(value);
-    else
+    const auto key = std::ranges::find(keys(), name, &Key::name);
+    if (key == keys().end())
     {
-        static const std::array<std::string, 4> keys{"on", "shape", "dimension", "time"};
-        throw usage_error("unknown key \"" + key + "\" in a data reference" +
-                          suggestionFor(key, keys));
+        std::vector<std::string> names;
+        std::ranges::transform(keys(), std::back_inserter(names), &Key::name);
+        throw usage_error("unknown key \"" + name + "\" in a data reference" +
+                          suggestionFor(name, names));
     }
+    if (!known.insert(name).second)
+        throw usage_error("the key \"" + name + "\" appears twice in a data reference");
+    key->read(value, reference);
 }
 
 }
@@ -111,10 +203,11 @@ DataReference DataReference::parse(const std::string& text)
     std::string rest = text.substr(end);
     if (const std::size_t question = rest.rfind('?'); question != std::string::npos)
     {
+        std::set<std::string> known;
         for (std::size_t first = question + 1; first < rest.size();)
         {
             const std::size_t last = std::min(rest.find('&', first), rest.size());
-            parseKey(rest.substr(first, last - first), reference);
+            parseKey(rest.substr(first, last - first), known, reference);
             first = last + 1;
         }
         rest.resize(question);

@@ -2,6 +2,7 @@
 
 #include <tavrin/base/Export.hpp>
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -32,14 +33,28 @@ struct TAVRIN_API DataReference
     /// `shape=scalar`, `shape=3`, `shape=2x2`: the shape that the components of the array are read as.
     /// A scalar has no extents.
     std::optional<std::vector<std::size_t>> shape;
+    /// `component=x` or `component=0`: only one component of the array, by its name or its number.
+    std::optional<std::string> component;
+    /// `order=voigt` or `order=xx,xy,...`: the names of the six components of a symmetric 3x3 matrix
+    /// in the order of the file.
+    std::optional<std::array<std::string, 6>> order;
     /// `dimension=1`, `2` or `3`: the number of coordinates of the grid's points.
     std::optional<std::size_t> dimension;
     /// `time=T`: only the step at this time.
     std::optional<double> time;
+    /// `block=NAME` or `block=0`: one block of a multi-block file, by its name or its number.
+    std::optional<std::string> block;
+    /// `reach=R`: cells of a lower dimension than the grid also have the positions within this
+    /// distance of them.
+    std::optional<double> reach;
+
+    /// Whether a key or the name chooses an array or what is read of it.
+    bool refersToArray() const { return array || on || shape || component || order; }
 
     /// FILE is the longest prefix of the text that ends at a `#`, a `?` or the end of the text and
     /// names an existing file. If there is none, FILE ends at the first `#` or `?`. Throws
-    /// `usage_error` for an unknown key and for an invalid value, naming the valid ones.
+    /// `usage_error` for an unknown or repeated key and for an invalid value, naming the valid
+    /// ones.
     static DataReference parse(const std::string& text);
 };
 

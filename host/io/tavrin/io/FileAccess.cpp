@@ -5,10 +5,7 @@
 #include <tavrin/io/Malformed.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <fstream>
 
 namespace tavrin::io
 {
@@ -20,24 +17,11 @@ namespace
 /// open files.
 constexpr std::size_t maximumOpenedFiles = 4;
 
-/// The first characters of a file after a byte order mark and blanks.
-std::string beginningOf(const std::filesystem::path& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    std::string text(256, '\0');
-    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(stream.gcount()));
-    if (text.starts_with("\xEF\xBB\xBF"))
-        text.erase(0, 3);
-    text.erase(0, std::min(text.find_first_not_of(" \t\r\n"), text.size()));
-    return text;
-}
-
 /// Throws `Malformed` unless the file begins as those of the format do. The text names the format
 /// that the file seems to have instead.
-void requireBeginning(const std::filesystem::path& path, const FileFormat& format)
+void requireBeginning(InputFile& file, const FileFormat& format)
 {
-    const std::string beginning = beginningOf(path);
+    const std::string beginning = file.beginning();
     if (beginning.starts_with(format.beginning))
         return;
     std::string cause = "not a " + std::string(format.family) + " file";
@@ -85,24 +69,6 @@ std::string withoutNumbers(const std::string& text)
     return result;
 }
 
-}
-
-void requireFile(const std::filesystem::path& path)
-{
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status))
-        throw Malformed(status.type() == std::filesystem::file_type::not_found ? "no such file"
-                                                                               : error.message());
-    if (std::filesystem::is_directory(status))
-        throw Malformed("is a folder");
-    if (!std::filesystem::is_regular_file(status))
-        throw Malformed("is not a regular file");
-    if (std::filesystem::file_size(path) == 0)
-        throw Malformed("is empty");
-    errno = 0;
-    if (!std::ifstream(path))
-        throw Malformed(std::string("cannot be opened: ") + std::strerror(errno));
 }
 
 void FileAccess::warn(const std::filesystem::path& file, const std::string& text)
@@ -176,14 +142,22 @@ std::vector<std::filesystem::path> FileAccess::filesOf(const std::filesystem::pa
 
 std::unique_ptr<DataFile> FileAccess::open(const FilePlace& place) const
 {
+    if (place.container != nullptr)
+        return place.container->openStep(place.stepInFile);
     requireFile(place.path);
     const FileFormat& format = requireFormat(place.path);
-    requireBeginning(place.path, format);
-    return format.open(format, place.path, mAbortFlag);
+    InputFile file(place.path);
+    requireBeginning(file, format);
+    auto opened = format.open(format, std::move(file), mAbortFlag);
+    if (!opened->stepTimes.empty() && !place.member.empty())
+        throw Malformed("holds several time steps and cannot be one file of a list");
+    return opened;
 }
 
 std::shared_ptr<DataFile> FileAccess::openAgain(const FilePlace& place)
 {
+    if (place.container != nullptr)
+        return open(place);
     requireFile(place.path);
     const auto changed = std::filesystem::last_write_time(place.path);
     const auto size = std::filesystem::file_size(place.path);

@@ -2,6 +2,7 @@
 
 #include <tavrin/io/FilePlace.hpp>
 #include <tavrin/io/GridBuilder.hpp>
+#include <tavrin/io/InputFile.hpp>
 #include <tavrin/io/Loader.hpp>
 #include <tavrin/io/series/Collection.hpp>
 
@@ -96,9 +97,6 @@ private:
     /// The last ones that were opened, the latest first.
     std::list<OpenedFile> mOpened;
 };
-
-/// Throws `Malformed` unless the path is that of a file that is not empty and can be opened.
-void requireFile(const std::filesystem::path& path);
 
 /// The values of an array for the elements of a grid that was built from the file.
 StoredArray readValues(DataFile& file, const DataFile::Array& array, const BuiltGrid& grid);

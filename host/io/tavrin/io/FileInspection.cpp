@@ -21,8 +21,9 @@ FileInfo inspectBlock(FileAccess& access, const Block& block, const DataReferenc
     info.block = block.name;
     info.file = step.place.path;
     info.format = file->format;
-    if (const auto known = step.time ? step.time : file->time)
-        info.timeSteps.push_back(*known);
+    for (const Block::Step& one : block.steps)
+        if (const auto known = one.time ? one.time : file->time)
+            info.timeSteps.push_back(*known);
     for (const DataFile::Array& array : file->arrays)
     {
         const auto shape = shapeOf(array.components, array.componentNames);

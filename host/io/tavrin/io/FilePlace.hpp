@@ -3,10 +3,13 @@
 #include <tavrin/base/Exceptions.hpp>
 #include <tavrin/io/FileError.hpp>
 
+#include <memory>
 #include <new>
 
 namespace tavrin::io
 {
+
+class DataFile;
 
 /// A data file, and how messages name it: a file that a list contains by the list.
 struct FilePlace
@@ -21,6 +24,9 @@ struct FilePlace
     std::filesystem::path named;
     /// "step 1 at t = 10: block "fluid": FILE: ", or empty.
     std::string member;
+    /// Where the file holds several steps: the open file, and the number of the step.
+    std::shared_ptr<const DataFile> container = nullptr;
+    std::size_t stepInFile = 0;
 };
 
 /// The text as one line of bounded length for a message: control characters become blanks, and long

@@ -4,6 +4,8 @@
 #include <tavrin/io/DataFile.hpp>
 #include <tavrin/io/legacy/LegacyFile.hpp>
 #include <tavrin/io/series/ListFiles.hpp>
+#include <tavrin/io/tables/TableFile.hpp>
+#include <tavrin/io/tables/TableWriter.hpp>
 #include <tavrin/io/write/SeriesWriter.hpp>
 #include <tavrin/io/write/VtkWriters.hpp>
 #include <tavrin/io/xml/XmlFile.hpp>
@@ -67,7 +69,14 @@ std::vector<FileFormat> makeFormats()
          .content = FileContent::TimeSteps,
          .holdsSeveralArrays = false,
          .readList = readPvdList,
-         .prepareSeries = prepareSeries},
+         .startSeries = startPvd},
+        {.extension = ".csv",
+         .name = "table",
+         .family = "table",
+         .holdsPointClouds = true,
+         .holdsSeveralArrays = false,
+         .open = openTable,
+         .startSeries = startTable},
         {.extension = ".series",
          .name = "time series",
          .content = FileContent::TimeSteps,
@@ -149,17 +158,18 @@ std::vector<std::string> writableExtensions()
     return extensionsWhere([](const FileFormat& format) { return format.isWritten(); });
 }
 
-std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTimeSteps)
+bool isSuitable(const FileFormat& format, const Domain& domain, std::size_t numTimeSteps)
 {
     if (dynamic_cast<const PointSetBase*>(&domain) == nullptr)
-        return {};
-    return extensionsWhere(
-        [&](const FileFormat& format)
-        {
-            if (format.content == FileContent::Grid)
-                return format.makeWriter != nullptr && numTimeSteps == 1 && canHold(format, domain);
-            return format.prepareSeries != nullptr;
-        });
+        return false;
+    return format.startSeries != nullptr ||
+           (format.makeWriter != nullptr && numTimeSteps == 1 && canHold(format, domain));
+}
+
+std::vector<std::string> extensionsFor(const Domain& domain, std::size_t numTimeSteps)
+{
+    return extensionsWhere([&](const FileFormat& format)
+                           { return isSuitable(format, domain, numTimeSteps); });
 }
 
 const FileFormat& bestGridFormat(const Domain& domain)

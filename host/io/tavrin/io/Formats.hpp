@@ -14,10 +14,10 @@ namespace tavrin::io
 {
 
 class DataFile;
-class PendingFile;
+class FunctionWriter;
 class StepWriter;
+struct InputFile;
 struct ListedFile;
-struct SeriesRequest;
 
 /// What a file of a format stands for.
 enum class FileContent
@@ -58,7 +58,7 @@ struct FileFormat
     bool (*holdsCells)(const CellComplex& cells) = nullptr;
 
     /// Opens a file whose content is a grid. Null where the format is not read, or is a list.
-    std::unique_ptr<DataFile> (*open)(const FileFormat& format, const std::filesystem::path& file,
+    std::unique_ptr<DataFile> (*open)(const FileFormat& format, InputFile file,
                                       const volatile bool& abortFlag) = nullptr;
     /// Reads a list of files. Null where the format is not read, or holds a grid.
     std::vector<ListedFile> (*readList)(const std::filesystem::path& file) = nullptr;
@@ -66,12 +66,16 @@ struct FileFormat
     /// the format is not written, or is a list.
     std::unique_ptr<StepWriter> (*makeWriter)(const Domain& domain,
                                               const volatile bool& abortFlag) = nullptr;
-    /// Writes a time series. Null where the format is not written, or holds a grid.
-    std::unique_ptr<PendingFile> (*prepareSeries)(const SeriesRequest& request,
-                                                  const volatile bool& abortFlag) = nullptr;
+    /// Makes the writer of a file with any number of time steps. Null where the format is not
+    /// written, or holds one step.
+    std::unique_ptr<FunctionWriter> (*startSeries)(const std::filesystem::path& file,
+                                                   const volatile bool& abortFlag) = nullptr;
+
+    /// Whether a file that is no list may hold several time steps when it is read.
+    bool mayHoldSteps() const { return open != nullptr && startSeries != nullptr; }
 
     bool isRead() const { return open != nullptr || readList != nullptr; }
-    bool isWritten() const { return makeWriter != nullptr || prepareSeries != nullptr; }
+    bool isWritten() const { return makeWriter != nullptr || startSeries != nullptr; }
 };
 
 /// All formats; of those that suit some data, the first is the best.
@@ -93,6 +97,9 @@ TAVRIN_API std::vector<std::string> readableExtensions();
 
 /// The extensions of the formats that are written.
 TAVRIN_API std::vector<std::string> writableExtensions();
+
+/// Whether values of `numTimeSteps` steps on the domain can be written to a file of the format.
+bool isSuitable(const FileFormat& format, const Domain& domain, std::size_t numTimeSteps);
 
 /// Extensions of the formats that values of `numTimeSteps` steps on the domain can be written to,
 /// best first; empty for a domain without points.

@@ -7,7 +7,9 @@
 #include <tavrin/value/SeriesValueArray.hpp>
 
 #include <algorithm>
+#include <map>
 #include <ranges>
+#include <tuple>
 
 namespace tavrin::io
 {
@@ -53,11 +55,13 @@ std::shared_ptr<const ValidityMask> validityOf(ValidityMask marks)
 void requireOneBlock(const std::vector<Block>& blocks, const DataReference& reference,
                      const std::string& wanted)
 {
+    std::vector<std::string> names;
+    for (const Block& block : blocks)
+        names.push_back('"' + block.name + '"');
     if (blocks.size() > 1)
         throw usage_error(reference.file.string() + ": has " + std::to_string(blocks.size()) +
                           " blocks, and one " + wanted +
-                          " is wanted; give the file of one of them, such as " +
-                          blocks.front().steps.front().place.path.string());
+                          " is wanted; choose one with ?block=: " + shortList(names));
 }
 
 }
@@ -73,6 +77,10 @@ public:
     std::vector<FunctionPointer> loadFunctions(const DataReference& reference);
     FunctionPointer loadFunction(const DataReference& reference);
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
+    std::vector<double> timesOf(const DataReference& reference)
+    {
+        return findTimes(*mAccess, reference);
+    }
     FileInfo inspect(const DataReference& reference) { return inspectFile(*mAccess, reference); }
     FileAccess& access() { return *mAccess; }
 
@@ -80,21 +88,29 @@ private:
     FunctionPointer load(const Block& block, const DataReference& reference);
     /// Loads a block whose first file is open already.
     FunctionPointer load(const Block& block, DataFile& first, const DataReference& reference);
-    FunctionPointer loadSingle(const Block::Step& step, DataFile& file,
-                               const DataReference& reference);
+    FunctionPointer loadSingle(const Block& block, DataFile& file, const DataReference& reference);
     FunctionPointer loadSeries(const Block& block, DataFile& first, const DataReference& reference);
     void warnOfLeftOut(const std::string& what, const std::vector<std::string>& names,
                        std::size_t numBlocks, const DataReference& reference);
     bool isEmpty(const Block& block);
     /// Returns an equal domain that was loaded before, or else this one.
     std::shared_ptr<const Domain> share(std::shared_ptr<const Domain> domain);
+    /// The same for the domain of one step, which is kept until that of another step is shared.
+    std::shared_ptr<const Domain> shareInSeries(std::shared_ptr<const Domain> domain,
+                                                const Block& block, const DataReference& reference);
 
     std::shared_ptr<FileAccess> mAccess;
     std::vector<std::weak_ptr<const Domain>> mDomains;
+    /// The grids of the steps that were loaded last, by the file of the series, the block and the
+    /// wanted dimension.
+    std::map<std::tuple<std::filesystem::path, std::string, std::optional<std::size_t>>,
+             std::shared_ptr<const Domain>>
+        mLatestDomains;
 };
 
 std::shared_ptr<const Domain> Loader::Implementation::share(std::shared_ptr<const Domain> domain)
 {
+    std::erase_if(mDomains, [](const auto& earlier) { return earlier.expired(); });
     for (const auto& earlier : mDomains)
         if (auto known = earlier.lock(); known != nullptr && known->equals(*domain))
             return known;
@@ -102,27 +118,39 @@ std::shared_ptr<const Domain> Loader::Implementation::share(std::shared_ptr<cons
     return domain;
 }
 
-FunctionPointer Loader::Implementation::loadSingle(const Block::Step& step, DataFile& file,
+std::shared_ptr<const Domain> Loader::Implementation::shareInSeries(
+    std::shared_ptr<const Domain> domain, const Block& block, const DataReference& reference)
+{
+    domain = share(std::move(domain));
+    if (block.steps.front().time)
+        mLatestDomains[{reference.file, block.name, reference.dimension}] = domain;
+    return domain;
+}
+
+FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile& file,
                                                    const DataReference& reference)
 {
+    const Block::Step& step = block.steps.front();
     return naming(step.place,
                   [&]
                   {
                       const DataFile::Array& array = chooseArray(file.arrays, reference);
-                      const Shape shape = chooseShape(array, reference.shape);
+                      const ArrayReading reading = chooseReading(array, reference);
                       const BuiltGrid grid = mAccess->build(file, step.place, reference.dimension);
                       const StoredArray values = readValues(file, array, grid);
+                      requireReadable(values, reading);
                       const auto validity = validityOf(readValidity(file, array, grid));
                       std::vector<double> times;
                       if (const auto time = step.time ? step.time : file.time)
                           times.push_back(*time);
                       FunctionPointer function;
-                      visitShape(shape,
+                      visitShape(reading.shape,
                                  [&]<typename T>()
                                  {
                                      function = std::make_shared<const Function<T>>(
-                                         share(grid.domain), partOf(array.association),
-                                         wrapValues<T>(values), times, array.name, validity,
+                                         shareInSeries(grid.domain, block, reference),
+                                         partOf(array.association), wrapValues<T>(values, reading),
+                                         times, reading.name, validity,
                                          originOf(grid, array.association));
                                  });
                       return function;
@@ -138,14 +166,15 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
     const DomainPart& part = partOf(array.association);
     const std::vector<double> times = reader->times();
     FunctionPointer function;
-    visitShape(reader->shape(),
+    visitShape(reader->reading().shape,
                [&]<typename T>()
                {
                    auto values = std::make_shared<const SeriesValueArray<T>>(
                        array.precision, times.size(), reader->domain()->numElements(part),
-                       [reader](std::size_t step) { return wrapValues<T>(reader->load(step)); });
+                       [reader](std::size_t step)
+                       { return wrapValues<T>(reader->load(step), reader->reading()); });
                    function = std::make_shared<const Function<T>>(
-                       reader->domain(), part, std::move(values), times, array.name,
+                       reader->domain(), part, std::move(values), times, reader->reading().name,
                        validityOf(reader->takeValidity()), reader->origin());
                });
     return function;
@@ -155,7 +184,7 @@ FunctionPointer Loader::Implementation::load(const Block& block, DataFile& first
                                              const DataReference& reference)
 {
     return block.steps.size() > 1 ? loadSeries(block, first, reference)
-                                  : loadSingle(block.steps.front(), first, reference);
+                                  : loadSingle(block, first, reference);
 }
 
 FunctionPointer Loader::Implementation::load(const Block& block, const DataReference& reference)
@@ -249,15 +278,20 @@ bool Loader::Implementation::isEmpty(const Block& block)
 
 std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReference& reference)
 {
-    if (reference.array || reference.on || reference.shape)
+    if (reference.refersToArray())
         throw usage_error(reference.file.string() +
-                          ": a grid is wanted, so leave out #ARRAY, ?on= and ?shape=");
+                          ": a grid is wanted, so leave out #ARRAY, ?on=, ?shape=, ?component= and "
+                          "?order=");
     const auto blocks = findBlocks(*mAccess, reference);
     requireOneBlock(blocks, reference, "grid");
     const FilePlace& place = blocks.front().steps.front().place;
     const auto file = openFirst(*mAccess, blocks.front(), reference);
     return naming(place,
-                  [&] { return share(mAccess->build(*file, place, reference.dimension).domain); });
+                  [&]
+                  {
+                      return shareInSeries(mAccess->build(*file, place, reference.dimension).domain,
+                                           blocks.front(), reference);
+                  });
 }
 
 Loader::Loader(Warn warn, const volatile bool& abortFlag)
@@ -289,6 +323,11 @@ std::shared_ptr<const Domain> Loader::loadGrid(const DataReference& reference)
 FileInfo Loader::inspect(const DataReference& reference)
 {
     return mImplementation->access().reporting([&] { return mImplementation->inspect(reference); });
+}
+
+std::vector<double> Loader::timesOf(const DataReference& reference)
+{
+    return mImplementation->access().reporting([&] { return mImplementation->timesOf(reference); });
 }
 
 std::vector<std::filesystem::path> Loader::filesOf(const DataReference& reference)

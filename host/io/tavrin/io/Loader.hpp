@@ -52,6 +52,10 @@ struct FileInfo
 /// Reads data files. Files whose points and cells are equal give functions on one domain object, if
 /// they are loaded through one loader. A list of files is read once by a loader, which does not see
 /// later changes to it. One thread at a time may call a loader.
+///
+/// The steps of a series can be loaded one after the other by `?time=`: each opens the file of its
+/// step alone. The loader keeps the grid of the step that was loaded last, so that a step with an
+/// equal grid is defined on the same object, and nothing of earlier steps.
 class TAVRIN_API Loader
 {
 public:
@@ -80,8 +84,13 @@ public:
     /// as `loadFunction`, and `usage_error` for a reference with an array.
     std::shared_ptr<const Domain> loadGrid(const DataReference& reference);
 
-    /// Describes what the file holds. Only file, dimension and time of the reference are used.
+    /// Describes what the file holds. Only file, block, dimension and time of the reference are used.
     FileInfo inspect(const DataReference& reference);
+
+    /// The times of the steps that a reference names, ascending: those of a series, the one time of
+    /// another file, or none. Opens no file of a series but its list, and reads no values. Throws
+    /// `FileError`, and `usage_error` for a time that the file does not have.
+    std::vector<double> timesOf(const DataReference& reference);
 
     /// The file of a reference, followed by the files that it lists, and by those that these list.
     /// A file that is not a readable list lists none.

@@ -2,7 +2,9 @@
 
 #include <tavrin/io/PendingFile.hpp>
 
+#include <functional>
 #include <ostream>
+#include <string_view>
 
 namespace tavrin::io
 {
@@ -44,6 +46,9 @@ public:
     /// Throws `FileError`, and `Aborted` where the abort flag is set.
     void complete();
 
+    /// Calls `work` with one piece after the other of what was written so far. Throws as `complete`.
+    void readBack(const std::function<void(std::string_view)>& work);
+
     /// Gives the file its name, or writes a device or an open stream; completes the file first if
     /// that has not been done. Throws as `complete`.
     void publish() override;
@@ -51,6 +56,7 @@ public:
 private:
     [[noreturn]] void fail(int error) const;
     int openContent();
+    void requireNoError();
     void copyToSink();
 
     std::filesystem::path mNameInErrors;

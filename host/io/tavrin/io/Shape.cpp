@@ -1,9 +1,10 @@
 #include <tavrin/io/Shape.hpp>
 
-namespace tavrin::io
-{
+#include <tavrin/io/TextNumbers.hpp>
 
-namespace
+#include <algorithm>
+
+namespace tavrin::io
 {
 
 std::size_t sizeOf(const Shape& shape)
@@ -14,6 +15,19 @@ std::size_t sizeOf(const Shape& shape)
     return size;
 }
 
+std::optional<SymmetricOrder> parseSymmetricOrder(const std::vector<std::string>& names)
+{
+    SymmetricOrder order;
+    if (names.size() != order.size())
+        return std::nullopt;
+    std::ranges::transform(names, order.begin(),
+                           [](const std::string& name)
+                           {
+                               std::string lower = toLower(name);
+                               std::ranges::sort(lower);
+                               return lower;
+                           });
+    return std::ranges::is_permutation(order, vtkOrder) ? std::optional(order) : std::nullopt;
 }
 
 std::vector<std::string> componentNamesOf(const Shape& shape)

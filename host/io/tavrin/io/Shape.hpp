@@ -4,6 +4,7 @@
 #include <tavrin/io/StoredArray.hpp>
 #include <tavrin/value/WrappedValueArray.hpp>
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +12,17 @@
 namespace tavrin::io
 {
 
-/// The number of components of a symmetric 3x3 matrix in a file: XX YY ZZ XY YZ XZ.
+/// The number of components of a symmetric 3x3 matrix in a file.
 inline constexpr std::size_t symmetricTuple = 6;
+
+/// The names of these components in the order of a file: "xx", "xy", ...
+using SymmetricOrder = std::array<std::string, symmetricTuple>;
+
+/// The order in VTK files.
+inline const SymmetricOrder vtkOrder{"xx", "yy", "zz", "xy", "yz", "xz"};
+
+/// The order that names such as "XX" or "yx" tell; nothing unless each component is among them once.
+std::optional<SymmetricOrder> parseSymmetricOrder(const std::vector<std::string>& names);
 
 /// The extents of a value: none for a scalar, one for a vector, two for a matrix.
 using Shape = std::vector<std::size_t>;
@@ -30,6 +40,9 @@ std::vector<Shape> shapesFitting(std::size_t components);
 
 /// The shape as text: "scalar", "3", "2x2".
 std::string shapeText(const Shape& shape);
+
+/// The number of components of a value.
+std::size_t sizeOf(const Shape& shape);
 
 /// Calls `visitor.operator()<T>()` with the type of values of this shape.
 template<typename Visitor>
@@ -59,25 +72,6 @@ void visitShape(const Shape& shape, Visitor&& visitor)
             visitor.template operator()<T>();
             return true;
         });
-}
-
-/// Wraps the memory of a stored array, whose components fit T, as values.
-template<typename T>
-std::shared_ptr<const ValueArray<T>> wrapValues(const StoredArray& array)
-{
-    ComponentMap<T> components = identityComponents<T>();
-    if constexpr (std::is_same_v<T, Matrix3>)
-        if (array.components == symmetricTuple)
-            components = symmetricComponents;
-    std::shared_ptr<const ValueArray<T>> values;
-    visitPrecision(array.precision,
-                   [&]<typename Stored>()
-                   {
-                       values = std::make_shared<const WrappedValueArray<T, Stored>>(
-                           array.as<Stored>(), array.tuples, array.components, array.owner,
-                           components);
-                   });
-    return values;
 }
 
 }

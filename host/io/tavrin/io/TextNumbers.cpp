@@ -4,6 +4,7 @@
 #include <tavrin/io/Malformed.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdlib>
 #include <limits>
@@ -77,6 +78,29 @@ std::vector<Number> parseAll(std::string_view text, std::size_t count, const std
     return numbers;
 }
 
+}
+
+std::string toLower(std::string_view text)
+{
+    std::string result(text);
+    std::ranges::transform(result, result.begin(),
+                           [](unsigned char character)
+                           { return static_cast<char>(std::tolower(character)); });
+    return result;
+}
+
+std::optional<std::size_t> parseIndex(std::string_view text)
+{
+    std::size_t index = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(index)
+                                                                    : std::nullopt;
+}
+
+std::optional<double> parseNumber(std::string_view text)
+{
+    double number = 0.0;
+    return parse(text, number) ? std::optional(number) : std::nullopt;
 }
 
 bool startsLikeNumber(std::string_view word)

@@ -3,6 +3,7 @@
 #include <tavrin/io/StoredArray.hpp>
 
 #include <istream>
+#include <optional>
 #include <string_view>
 
 namespace tavrin::io
@@ -27,6 +28,15 @@ private:
     bool mEndsAtTag;
     std::array<char, 256> mWord;
 };
+
+/// The text with the letters A to Z in lower case.
+std::string toLower(std::string_view text);
+
+/// The text as an index, all of whose characters are digits; nothing for other texts.
+std::optional<std::size_t> parseIndex(std::string_view text);
+
+/// The text as a number, which may be infinite or NaN; nothing for other texts.
+std::optional<double> parseNumber(std::string_view text);
 
 /// Whether a word could be a number by its first characters.
 bool startsLikeNumber(std::string_view word);

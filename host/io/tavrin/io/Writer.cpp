@@ -1,45 +1,25 @@
 #include <tavrin/io/Writer.hpp>
 
-#include <tavrin/io/OutputFile.hpp>
-#include <tavrin/io/write/SeriesWriter.hpp>
-#include <tavrin/io/write/StepWriter.hpp>
+#include <tavrin/io/FunctionOutput.hpp>
+#include <tavrin/io/write/GridFileWriter.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavrin::io
 {
 
 namespace fs = std::filesystem;
 
-namespace
-{
-
-/// Writes a file with one step of functions on a domain.
-std::unique_ptr<PendingFile> prepareGridFile(const Domain& domain,
-                                             std::span<const NamedFunction> functions,
-                                             const fs::path& file, const volatile bool& abortFlag)
-{
-    auto output = std::make_unique<OutputFile>(file, abortFlag);
-    findFormat(file)->makeWriter(domain, abortFlag)->write(functions, 0, output->stream());
-    output->complete();
-    return output;
-}
-
-/// An array without a name could not be asked for.
-std::string arrayNameFor(const std::string& name)
-{
-    return name.empty() ? "values" : name;
-}
-
-}
-
 void requireSuitable(const fs::path& file, const Domain& domain, std::size_t numTimeSteps)
 {
+    if (const FileFormat* const format = findFormat(file);
+        format != nullptr && isSuitable(*format, domain, numTimeSteps))
+        return;
     const auto extensions = extensionsFor(domain, numTimeSteps);
     if (extensions.empty())
         throw usage_error(file.string() + ": values on this kind of domain are not written");
-    if (std::ranges::find(extensions, extensionOf(file)) != extensions.end())
-        return;
     const std::string what = numTimeSteps > 1
                                  ? "a function with " + std::to_string(numTimeSteps) + " time steps"
                                  : describeGridKind(domain);
@@ -47,16 +27,22 @@ void requireSuitable(const fs::path& file, const Domain& domain, std::size_t num
                       enumerate(extensions, "or"));
 }
 
+void requireFiniteTimes(const fs::path& file, const FunctionBase& function)
+{
+    for (const double time : function.timeSteps())
+        if (!std::isfinite(time))
+            throw usage_error(file.string() + ": values at t = " + toText(time) +
+                              " are not written, since a time must be finite");
+}
+
 std::unique_ptr<PendingFile> prepareFunction(const FunctionBase& function,
                                              const std::string& arrayName, const fs::path& file,
                                              const volatile bool& abortFlag)
 {
     requireSuitable(file, *function.domain(), function.numTimeSteps());
-    const std::string name = arrayNameFor(arrayName);
-    if (isSeries(file))
-        return findFormat(file)->prepareSeries({function, name, file}, abortFlag);
-    const std::vector<NamedFunction> functions{{function, name}};
-    return prepareGridFile(*function.domain(), functions, file, abortFlag);
+    FunctionOutput output(file, abortFlag);
+    output.append(function, arrayName);
+    return output.finish();
 }
 
 std::unique_ptr<PendingFile> prepareFunctions(
@@ -69,13 +55,17 @@ std::unique_ptr<PendingFile> prepareFunctions(
         throw logic_error("functions of one step on one domain are needed for one file");
     const Domain& domain = *functions.front()->domain();
     requireSuitable(file, domain, 1);
+    for (const auto& function : functions)
+        requireFiniteTimes(file, *function);
     if (!findFormat(file)->holdsSeveralArrays)
         throw usage_error(file.string() + ": a file with this extension holds one array");
     std::vector<NamedFunction> named;
     named.reserve(functions.size());
     for (const auto& function : functions)
-        named.push_back({*function, arrayNameFor(function->name())});
-    return prepareGridFile(domain, named, file, abortFlag);
+        named.push_back({*function, function->name().empty() ? "values" : function->name()});
+    GridFileWriter writer(*findFormat(file), file, abortFlag);
+    writer.write(named);
+    return writer.finish();
 }
 
 void writeFunction(const FunctionBase& function, const std::string& arrayName, const fs::path& file,

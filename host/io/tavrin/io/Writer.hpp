@@ -12,6 +12,9 @@ namespace tavrin::io
 TAVRIN_API void requireSuitable(const std::filesystem::path& file, const Domain& domain,
                                 std::size_t numTimeSteps);
 
+/// Throws `usage_error` for a function with a time that is not finite: no reader would take it back.
+TAVRIN_API void requireFiniteTimes(const std::filesystem::path& file, const FunctionBase& function);
+
 /// Writes the grid and the values of a function in the format of the file's extension, as the array
 /// `arrayName` ("values" if that is empty). What is written reads back as the same function: same
 /// points, cells, values, bit for bit, same shape, name, time steps and validity. The exceptions

@@ -97,8 +97,8 @@ private:
     std::shared_ptr<const FileIndices> mFileIndices;
 };
 
-/// "Scalar", "3-D Vector", "2x2 Matrix", ...
-template<Value T>
+/// The name of a tensor type by its extents: "Scalar", "3-D Vector", "2x2 Matrix", "2x2x2 Tensor".
+template<typename T>
 std::string valueTypeName()
 {
     if constexpr (T::rank == 0)
@@ -106,11 +106,16 @@ std::string valueTypeName()
     else if constexpr (T::rank == 1)
         return std::to_string(T::size) + "-D Vector";
     else
-        return std::to_string(T::extent(0)) + "x" + std::to_string(T::extent(1)) + " Matrix";
+    {
+        std::string name = std::to_string(T::extent(0));
+        for (std::size_t axis = 1; axis < T::rank; ++axis)
+            name += "x" + std::to_string(T::extent(axis));
+        return name + (T::rank == 2 ? " Matrix" : " Tensor");
+    }
 }
 
-/// A function whose values are of type T. The library holds the instances of the types that its own
-/// algorithms use; any other value type works as well.
+/// A function whose values are of type T, a `Tensor` of doubles of any shape. The library holds the
+/// instances of `ValueTypes`.
 template<typename T>
 class TAVRIN_API Function final : public FunctionBase
 {

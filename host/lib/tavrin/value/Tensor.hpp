@@ -117,7 +117,8 @@ using Matrix4 = Tensor<double, 4, 4>;
 using Vector242 = Tensor<double, 242>;
 using Vector375 = Tensor<double, 375>;
 
-/// Every value type that a function of the host may have.
+/// The value types of fields, and of functions that are read and written. Functions in memory may have
+/// values of other shapes.
 using ValueTypes = TypeList<Scalar, Vector1, Vector2, Vector3, Vector4, Matrix1, Matrix2, Matrix3,
                             Matrix4, Vector242, Vector375>;
 

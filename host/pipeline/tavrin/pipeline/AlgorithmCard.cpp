@@ -1,7 +1,23 @@
 #include <tavrin/pipeline/AlgorithmCard.hpp>
 
+#include <tavrin/pipeline/NameMatch.hpp>
+
+#include <algorithm>
+
 namespace tavrin::pipeline
 {
+
+std::string algorithmNamed(const std::string& text,
+                           const RegistrationService<AlgorithmFactory>& algorithms)
+{
+    std::vector<std::string> names;
+    for (const auto& [name, factory] : algorithms.factories())
+        names.push_back(name);
+    std::ranges::sort(names);
+    const auto name = matchingName(text, names, "algorithm");
+    // Throws for an unknown name, with the nearest one.
+    return name ? *name : AlgorithmRun(algorithms, text).describe().name;
+}
 
 AlgorithmCard::AlgorithmCard(const AlgorithmRun& run) : AlgorithmDescription(run.describe())
 {

@@ -9,6 +9,11 @@
 namespace tavrin::pipeline
 {
 
+/// The name of the algorithm that a person means, as in `matchingName`. Throws `usage_error` for a text
+/// that fits none or several.
+TAVRIN_API std::string algorithmNamed(const std::string& text,
+                                      const RegistrationService<AlgorithmFactory>& algorithms);
+
 /// How data is given to an option by reference.
 struct DataInput
 {

@@ -1,8 +1,11 @@
 #include <tavrin/pipeline/DataKinds.hpp>
 
+#include <tavrin/pipeline/Words.hpp>
+
 #include <tavrin/colormap/BuiltInColorMaps.hpp>
 #include <tavrin/colormap/NormRange.hpp>
 #include <tavrin/field/FieldBase.hpp>
+#include <tavrin/io/Formats.hpp>
 
 #include <algorithm>
 
@@ -105,13 +108,10 @@ std::vector<std::filesystem::path> colorMapFiles(const Reference& reference, io:
     return file.empty() ? std::vector<std::filesystem::path>{} : std::vector{file};
 }
 
-/// The finite norms of the first function, or 0 to 1 if there is none.
-ValueRange normsOf(const Objects& objects)
+ValueRange rangeFor(const DataSources& sources)
 {
-    for (const Object& object : objects)
-        if (const auto* const function = dynamic_cast<const FunctionBase*>(object.get()))
-            return finiteNormRange(*function).value_or(ValueRange{});
-    return {};
+    const auto& [range, time] = sources.shown;
+    return range ? *range : normsOf(sources.earlier, time).value_or(ValueRange{});
 }
 
 /// The map over the range in the reference. Without one it spans the norms of the field shown.
@@ -119,7 +119,7 @@ Objects makeColorMap(const Reference& reference, const DataSources& sources, Inp
                      const IsAccepted&)
 {
     const auto& map = std::get<ColorMapReference>(reference);
-    return {map.loadFor(map.range ? *map.range : normsOf(sources.earlier))};
+    return {map.loadFor(map.range ? *map.range : rangeFor(sources))};
 }
 
 bool refersToColorMap(const std::string& text)
@@ -127,11 +127,6 @@ bool refersToColorMap(const std::string& text)
     const std::string name = text.substr(0, text.find('@'));
     return std::ranges::find(builtInColorMapNames(), name) != builtInColorMapNames().end() ||
            name.substr(0, name.find('#')).ends_with(".json");
-}
-
-bool refersToArray(const DataReference& reference)
-{
-    return reference.array || reference.on || reference.shape;
 }
 
 Reference parseAny(const std::string& text)
@@ -157,7 +152,7 @@ Objects makeAny(const Reference& reference, const DataSources& sources, InputKin
     }
     catch (const usage_error&)
     {
-        if (refersToArray(known) || !sources.loader.inspect(known).arrays.empty())
+        if (known.refersToArray() || !sources.loader.inspect(known).arrays.empty())
             throw;
     }
     return makeGrid(reference, sources, option, isAccepted);
@@ -205,7 +200,7 @@ bool suits(const DataKind& kind, const std::string& text, const DataReference& r
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
         return isColorMap && refersToColorMap(text);
-    return kind.type != Domain::classTypeId() || !refersToArray(reference);
+    return kind.type != Domain::classTypeId() || !reference.refersToArray();
 }
 
 const RTTICollection& typesOf(const InputBase& input)
@@ -215,6 +210,14 @@ const RTTICollection& typesOf(const InputBase& input)
                              : dynamic_cast<const InputDataObject&>(input).types();
 }
 
+}
+
+std::optional<ValueRange> normsOf(const Objects& objects, std::optional<double> time)
+{
+    for (const Object& object : objects)
+        if (const auto* const function = dynamic_cast<const FunctionBase*>(object.get()))
+            return time ? finiteNormRangeAt(*function, *time) : finiteNormRange(*function);
+    return std::nullopt;
 }
 
 std::vector<const DataKind*> kindsOf(const InputBase& input)
@@ -252,12 +255,36 @@ ObjectReference ObjectReference::parse(const std::string& text, const InputBase&
         throw usage_error("option \"" + input.name() +
                           "\" takes data that cannot be given by a reference");
     if (kinds.size() == 1)
-        return {kinds.front(), kinds.front()->parse(text)};
+        return {kinds.front(), kinds.front()->parse(text), text};
     const auto reference = DataReference::parse(text);
     for (const DataKind* const kind : kinds)
         if (suits(*kind, text, reference))
-            return {kind, kind->parse(text)};
-    return {kinds.back(), kinds.back()->parse(text)};
+            return {kind, kind->parse(text), text};
+    return {kinds.back(), kinds.back()->parse(text), text};
+}
+
+std::vector<double> ObjectReference::seriesTimes(io::Loader& loader) const
+{
+    const auto* const reference = std::get_if<DataReference>(&parsed);
+    if (reference == nullptr || reference->time)
+        return {};
+    auto times = loader.timesOf(*reference);
+    return times.size() > 1 || io::isSeries(reference->file) ? times : std::vector<double>{};
+}
+
+bool ObjectReference::spansShownNorms() const
+{
+    const auto* const map = std::get_if<ColorMapReference>(&parsed);
+    return map != nullptr && !map->range;
+}
+
+ObjectReference ObjectReference::restrictedTo(double time) const
+{
+    ObjectReference restricted = *this;
+    std::get<DataReference>(restricted.parsed).time = time;
+    restricted.text +=
+        (text.find('?') == std::string::npos ? "?time=" : "&time=") + shortestText(time);
+    return restricted;
 }
 
 }

@@ -22,12 +22,28 @@
 namespace tavrin::pipeline
 {
 
+/// What a color map spans if its reference has no range: the norms of the first function among the
+/// objects made so far, or 0 to 1 without a function.
+struct ShownNorms
+{
+    /// In place of the norms of a function, where they are known.
+    std::optional<ValueRange> range = std::nullopt;
+    /// The time at which the function is shown; without it all its time steps count.
+    std::optional<double> time = std::nullopt;
+};
+
+/// The range of the finite norms of the first function among the objects, at a time or at all its
+/// time steps; nothing without such a function.
+TAVRIN_API std::optional<ValueRange> normsOf(const DataObjectBundle::Members& objects,
+                                             std::optional<double> time);
+
 /// The sources of data for new objects.
 struct DataSources
 {
     io::Loader& loader;
     /// The objects made so far, in order.
     const DataObjectBundle::Members& earlier;
+    ShownNorms shown = {};
 };
 
 /// A kind of data object: a row of the table.
@@ -67,10 +83,22 @@ struct TAVRIN_API ObjectReference
 {
     const DataKind* kind;
     DataKind::Reference parsed;
+    /// What was parsed.
+    std::string text;
 
     /// Parses a text for a data or bundle option. Throws `usage_error` for a malformed text and for
     /// an option that accepts no kind of the table.
     static ObjectReference parse(const std::string& text, const InputBase& input);
+
+    /// The times of the steps of a time series in a file that the reference does not restrict to one
+    /// of them; empty for anything else.
+    std::vector<double> seriesTimes(io::Loader& loader) const;
+
+    /// Whether it is a color map that spans the norms of the field shown.
+    bool spansShownNorms() const;
+
+    /// The same reference, restricted to a time step of the series.
+    ObjectReference restrictedTo(double time) const;
 
     std::vector<std::filesystem::path> files(io::Loader& loader) const
     {

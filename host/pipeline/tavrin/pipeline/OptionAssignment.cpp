@@ -1,5 +1,7 @@
 #include <tavrin/pipeline/OptionAssignment.hpp>
 
+#include <tavrin/pipeline/NameMatch.hpp>
+
 #include <algorithm>
 #include <string_view>
 
@@ -9,51 +11,99 @@ namespace tavrin::pipeline
 namespace
 {
 
-/// Splits the word after the name of the option.
-OptionAssignment split(const std::string& word, std::size_t nameLength, bool isDirect)
+/// A word divided at the first `=` or `:=` after the name of an option.
+struct DividedWord
 {
-    return {.option = word.substr(0, nameLength),
-            .value = word.substr(nameLength + (isDirect ? 2 : 1)),
-            .isDirect = isDirect,
-            .reference = std::nullopt};
+    std::string name;
+    std::string value;
+    bool isDirect;
+};
+
+DividedWord divide(const std::string& word, std::size_t nameLength, bool isDirect)
+{
+    return {word.substr(0, nameLength), word.substr(nameLength + (isDirect ? 2 : 1)), isDirect};
 }
 
-/// The assignment to the option with the longest name that fits the word, if any does.
-std::optional<OptionAssignment> splitAtKnownName(const std::string& word, const AlgorithmRun& run)
+/// The word divided after the longest name of an option that fits it, if any does.
+std::optional<DividedWord> divideAtKnownName(const std::string& word,
+                                             const std::vector<std::string>& names)
 {
-    std::optional<OptionAssignment> longest;
-    for (const auto& option : run.describe().options)
+    std::optional<DividedWord> longest;
+    for (const std::string& name : names)
     {
-        if (!word.starts_with(option.name) ||
-            (longest && longest->option.size() >= option.name.size()))
+        if (!word.starts_with(name) || (longest && longest->name.size() >= name.size()))
             continue;
-        const std::string_view rest = std::string_view(word).substr(option.name.size());
+        const std::string_view rest = std::string_view(word).substr(name.size());
         if (rest.starts_with('=') || rest.starts_with(":="))
-            longest = split(word, option.name.size(), rest.starts_with(':'));
+            longest = divide(word, name.size(), rest.starts_with(':'));
     }
     return longest;
 }
 
-OptionAssignment splitAtFirstEquals(const std::string& word)
+DividedWord divideAtFirstEquals(const std::string& word, const std::vector<std::string>& names)
 {
     const auto equals = word.find('=');
     if (equals == std::string::npos)
         throw usage_error("\"" + word + "\" is not of the form NAME=VALUE");
     const bool isDirect = equals > 0 && word[equals - 1] == ':';
-    return split(word, isDirect ? equals - 1 : equals, isDirect);
+    DividedWord divided = divide(word, isDirect ? equals - 1 : equals, isDirect);
+    divided.name = matchingName(divided.name, names, "option").value_or(divided.name);
+    return divided;
 }
 
+bool canBeAutomatic(const InputBase& input)
+{
+    switch (input.kind())
+    {
+    case InputKind::Boolean:
+    case InputKind::Integer:
+    case InputKind::Number:
+    case InputKind::Color:
+        return true;
+    case InputKind::Text:
+    case InputKind::Choice:
+    case InputKind::Label:
+    case InputKind::Data:
+    case InputKind::Bundle:
+        return false;
+    }
+    return false;
+}
+
+}
+
+std::vector<std::string> optionNames(const AlgorithmDescription& algorithm)
+{
+    std::vector<std::string> names;
+    std::ranges::transform(algorithm.options, std::back_inserter(names),
+                           &AlgorithmDescription::Option::name);
+    return names;
+}
+
+OptionAssignment OptionAssignment::make(std::string option, std::string value, bool isDirect,
+                                        const AlgorithmRun& run)
+{
+    // Throws for an unknown name.
+    const InputBase& input = run.input(option);
+    OptionAssignment assignment{
+        .option = std::move(option), .value = std::move(value), .isDirect = isDirect};
+    if (isDirect)
+        return assignment;
+    if (takesData(input) && !assignment.value.empty())
+        assignment.reference = ObjectReference::parse(assignment.value, input);
+    assignment.isAutomatic = canBeAutomatic(input) && assignment.value == "auto";
+    if (const auto* const choices = dynamic_cast<const InputChoices*>(&input))
+        assignment.value =
+            matchingName(assignment.value, choices->choices(), "choice").value_or(assignment.value);
+    return assignment;
 }
 
 OptionAssignment OptionAssignment::parse(const std::string& word, const AlgorithmRun& run)
 {
-    const auto known = splitAtKnownName(word, run);
-    OptionAssignment assignment = known ? *known : splitAtFirstEquals(word);
-    // Throws for an unknown name.
-    const InputBase& input = run.input(assignment.option);
-    if (takesData(input) && !assignment.isDirect && !assignment.value.empty())
-        assignment.reference = ObjectReference::parse(assignment.value, input);
-    return assignment;
+    const auto names = optionNames(run.describe());
+    const auto known = divideAtKnownName(word, names);
+    const auto [name, value, isDirect] = known ? *known : divideAtFirstEquals(word, names);
+    return make(name, value, isDirect, run);
 }
 
 std::vector<OptionAssignment> parseAssignments(const std::vector<std::string>& words,

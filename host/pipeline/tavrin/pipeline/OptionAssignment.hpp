@@ -10,6 +10,13 @@
 namespace tavrin::pipeline
 {
 
+/// What an earlier step of a pipeline publishes on an output.
+struct StepOutput
+{
+    std::size_t step;
+    std::string port;
+};
+
 /// One `NAME=VALUE` or `NAME:=VALUE` for the option of an algorithm.
 struct TAVRIN_API OptionAssignment
 {
@@ -18,14 +25,27 @@ struct TAVRIN_API OptionAssignment
     std::string value;
     /// Whether the validator is bypassed, as `:=` asks for.
     bool isDirect = false;
-    /// The reference in the value of a data option, unless the value is empty.
-    std::optional<ObjectReference> reference;
+    /// Whether the value is the one that the algorithm suggests, as `auto` asks for.
+    bool isAutomatic = false;
+    /// The reference in the value of a data option, unless the value is empty or names a step.
+    std::optional<ObjectReference> reference = std::nullopt;
+    /// The step whose result the data option takes.
+    std::optional<StepOutput> source = std::nullopt;
+
+    /// Makes the assignment of a value to an option. The value `auto` of a number, color or boolean
+    /// stands for the suggested value, and a choice may be abbreviated, unless `isDirect`. Throws
+    /// `usage_error` for an unknown option and for a malformed reference to data.
+    static OptionAssignment make(std::string option, std::string value, bool isDirect,
+                                 const AlgorithmRun& run);
 
     /// Parses one word. NAME is the longest name of an option with which the word begins and that is
-    /// followed by `=` or `:=`. Throws `usage_error` for a word without `=`, an unknown name, and a
-    /// malformed reference to data.
+    /// followed by `=` or `:=`, or an abbreviation of a name, as in `matchingName`. Throws as `make`,
+    /// and for a word without `=`.
     static OptionAssignment parse(const std::string& word, const AlgorithmRun& run);
 };
+
+/// The names of all options, in order.
+TAVRIN_API std::vector<std::string> optionNames(const AlgorithmDescription& algorithm);
 
 /// Parses words as `OptionAssignment::parse` does, and refuses with a `usage_error` an option that is
 /// assigned twice unless it takes a bundle.

@@ -1,13 +1,15 @@
 #include <tavrin/pipeline/OutputRequest.hpp>
 
+#include <tavrin/pipeline/NameMatch.hpp>
+#include <tavrin/pipeline/Plan.hpp>
 #include <tavrin/pipeline/Words.hpp>
 
 #include <tavrin/base/Suggestion.hpp>
-#include <tavrin/io/OutputFile.hpp>
-#include <tavrin/io/Writer.hpp>
+#include <tavrin/io/Formats.hpp>
 
 #include <algorithm>
-#include <set>
+#include <cctype>
+#include <optional>
 
 namespace tavrin::pipeline
 {
@@ -60,6 +62,49 @@ std::vector<std::string> graphicsExtensions()
     return extensions;
 }
 
+/// A place for a number in a text: "%d", or "%04d" for at least four digits.
+struct NumberPlace
+{
+    std::size_t first;
+    std::size_t length;
+    std::size_t width;
+};
+
+/// The only place for a number in the name of a file, if there is one.
+std::optional<NumberPlace> findNumberPlace(const std::string& name)
+{
+    std::optional<NumberPlace> found;
+    for (auto first = name.find('%'); first != std::string::npos; first = name.find('%', first + 1))
+    {
+        auto end = first + 1;
+        std::size_t width = 0;
+        for (; end < name.size() && std::isdigit(static_cast<unsigned char>(name[end])) != 0 &&
+               end < first + 3;
+             ++end)
+            width = 10 * width + static_cast<std::size_t>(name[end] - '0');
+        if (end == name.size() || name[end] != 'd')
+            continue;
+        if (found)
+            throw usage_error(name + ": has several places for a number; it takes one, as in "
+                                     "frame_%04d.png");
+        found = {first, end + 1 - first, width};
+    }
+    return found;
+}
+
+/// Divides FILE#NAME: FILE ends at the first "#" that follows an extension that is written.
+std::pair<path, std::string> divideTarget(const std::string& target)
+{
+    const auto extensions = io::writableExtensions();
+    for (auto hash = target.find('#'); hash != std::string::npos; hash = target.find('#', hash + 1))
+    {
+        const path file = target.substr(0, hash);
+        if (std::ranges::find(extensions, file.extension().string()) != extensions.end())
+            return {file, target.substr(hash + 1)};
+    }
+    return {target, ""};
+}
+
 void checkExtension(const OutputRequest& request)
 {
     const std::vector<std::string> extensions =
@@ -74,88 +119,61 @@ void checkExtension(const OutputRequest& request)
             " cannot have the extension \"" + extension + "\"; use " + joined(extensions, ", "));
 }
 
-bool isSameFile(const path& a, const path& b)
-{
-    std::error_code error;
-    if (std::filesystem::equivalent(a, b, error))
-        return true;
-    const auto resolved = [&](const path& file)
-    { return std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error); };
-    return resolved(a) == resolved(b);
 }
 
-/// Whether writing the series may replace the file or the file that it links to.
-bool isReplacedBySeries(const path& file, const path& series)
+bool OutputRequest::isPicture() const
 {
-    std::error_code ignored;
-    return io::isStepOf(file, series) ||
-           io::isStepOf(std::filesystem::weakly_canonical(file, ignored), series);
+    return graphics::pictureFormatOf(file.extension().string()).has_value();
 }
 
-/// The grids and the numbers of time steps of data objects.
-struct Extents
+std::filesystem::path OutputRequest::fileFor(const Iteration& iteration) const
 {
-    std::vector<const Domain*> domains;
-    std::set<std::size_t> numTimeSteps;
-
-    explicit Extents(const DataObjectBundle::Members& objects)
-    {
-        for (const auto& object : objects)
-        {
-            if (const auto* const function = dynamic_cast<const FunctionBase*>(object.get()))
-            {
-                domains.push_back(function->domain().get());
-                numTimeSteps.insert(std::max<std::size_t>(1, function->numTimeSteps()));
-            }
-            else if (const auto* const domain = dynamic_cast<const Domain*>(object.get()))
-            {
-                // A result on another grid may have other times, or a single one.
-                domains.push_back(domain);
-                numTimeSteps.insert(1);
-            }
-        }
-        if (numTimeSteps.empty())
-            numTimeSteps.insert(1);
-    }
-};
-
-std::vector<std::string> suitableExtensions(const Extents& extents)
-{
-    std::set<std::string> suitable;
-    for (const Domain* const domain : extents.domains)
-        for (const std::size_t steps : extents.numTimeSteps)
-            suitable.merge(
-                [&]
-                {
-                    const auto extensions = io::extensionsFor(*domain, steps);
-                    return std::set(extensions.begin(), extensions.end());
-                }());
-    std::vector<std::string> ordered;
-    std::ranges::copy_if(io::writableExtensions(), std::back_inserter(ordered),
-                         [&](const std::string& extension)
-                         { return suitable.contains(extension); });
-    return ordered;
+    if (iteration.name().empty())
+        return file;
+    const std::string name = file.filename().string();
+    const auto place = findNumberPlace(name);
+    if (!place)
+        return file;
+    std::string number = std::to_string(iteration.index);
+    if (number.size() < place->width)
+        number.insert(0, place->width - number.size(), '0');
+    path numbered = file;
+    return numbered.replace_filename(name.substr(0, place->first) + number +
+                                     name.substr(place->first + place->length));
 }
 
+bool hasNumberPlace(const std::filesystem::path& file)
+{
+    return findNumberPlace(file.filename().string()).has_value();
+}
+
+OutputRequest OutputRequest::make(const AlgorithmDescription::Output& output,
+                                  const std::string& target)
+{
+    OutputRequest request{.port = output.name, .isGraphics = output.isGraphics};
+    const auto [file, arrayName] = divideTarget(target);
+    request.file = file;
+    request.arrayName = arrayName;
+    checkExtension(request);
+    if (request.isGraphics && !arrayName.empty())
+        throw usage_error(target + ": a name after # is for data; \"" + request.port +
+                          "\" is graphics");
+    return request;
 }
 
 OutputRequest OutputRequest::parse(const std::string& word, const AlgorithmDescription& algorithm)
 {
-    const Output* output = findOutput(word, algorithm.outputs);
-    OutputRequest request;
-    if (output != nullptr)
-        request.file = word.substr(output->name.size() + 1);
-    else if (algorithm.outputs.size() == 1 && word.find('=') == std::string::npos)
-    {
-        output = &algorithm.outputs.front();
-        request.file = word;
-    }
-    else
-        refusePort(word, algorithm);
-    request.port = output->name;
-    request.isGraphics = output->isGraphics;
-    checkExtension(request);
-    return request;
+    if (const Output* const output = findOutput(word, algorithm.outputs))
+        return make(*output, word.substr(output->name.size() + 1));
+    const auto equals = word.find('=');
+    if (equals == std::string::npos && algorithm.outputs.size() == 1)
+        return make(algorithm.outputs.front(), word);
+    if (equals != std::string::npos)
+        if (const auto port =
+                matchingName(word.substr(0, equals), namesOf(algorithm.outputs), "output"))
+            return make(*std::ranges::find(algorithm.outputs, *port, &Output::name),
+                        word.substr(equals + 1));
+    refusePort(word, algorithm);
 }
 
 std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
@@ -175,51 +193,6 @@ std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
     if (!calls.empty())
         throw usage_error("the result would be lost; name an output: " + joined(calls, " or "));
     return requests;
-}
-
-void checkDestinations(const std::vector<path>& destinations, const std::vector<path>& inputs)
-{
-    for (std::size_t i = 0; i < destinations.size(); ++i)
-    {
-        if (destinations[i].filename().empty())
-            throw usage_error("\"" + destinations[i].string() + "\" names no file to write");
-        for (std::size_t j = 0; j < i; ++j)
-            if (isSameFile(destinations[i], destinations[j]) ||
-                isReplacedBySeries(destinations[i], destinations[j]) ||
-                isReplacedBySeries(destinations[j], destinations[i]))
-                throw usage_error(destinations[i].string() + ": is to be written twice");
-        for (const path& input : inputs)
-        {
-            if (isSameFile(destinations[i], input))
-                throw usage_error(destinations[i].string() +
-                                  ": is an input, and would be overwritten");
-            if (isReplacedBySeries(input, destinations[i]))
-                throw usage_error(input.string() +
-                                  ": is an input, and would be overwritten by the steps of " +
-                                  destinations[i].string());
-        }
-        io::requireWritable(destinations[i]);
-    }
-}
-
-void checkFormats(const std::vector<OutputRequest>& requests,
-                  const DataObjectBundle::Members& inputs)
-{
-    const Extents extents(inputs);
-    if (extents.domains.empty())
-        return;
-    const auto suitable = suitableExtensions(extents);
-    for (const OutputRequest& request : requests)
-    {
-        const std::string extension = request.file.extension().string();
-        if (request.isGraphics || std::ranges::find(suitable, extension) != suitable.end())
-            continue;
-        const std::size_t steps = *extents.numTimeSteps.rbegin();
-        throw usage_error(request.file.string() + ": \"" + extension +
-                          "\" does not suit the grid of the input" +
-                          (steps > 1 ? " with " + std::to_string(steps) + " time steps" : "") +
-                          "; use " + joined(suitable, ", "));
-    }
 }
 
 }

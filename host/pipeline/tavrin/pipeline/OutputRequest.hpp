@@ -1,7 +1,8 @@
 #pragma once
 
+#include <tavrin/pipeline/Picture.hpp>
+
 #include <tavrin/algorithm/AlgorithmRun.hpp>
-#include <tavrin/graphics/Picture.hpp>
 
 #include <filesystem>
 #include <string>
@@ -10,40 +11,47 @@
 namespace tavrin::pipeline
 {
 
-/// One `-o PORT=FILE` of the command line.
+struct Iteration;
+
+/// A file that is to be written of what a step publishes on one of its outputs.
 struct TAVRIN_API OutputRequest
 {
-    std::string port;
-    std::filesystem::path file;
+    /// The index of the step in its plan.
+    std::size_t step = 0;
+    std::string port = {};
+    /// In a loop, one place such as "%04d" in the name of the file stands for the number of the
+    /// iteration, from 0.
+    std::filesystem::path file = {};
+    /// The name of the array in a data file; by default that of the function.
+    std::string arrayName = {};
     /// Whether the output is graphics; otherwise it is data.
     bool isGraphics = false;
+    PictureWords picture = {};
 
     /// Whether the file is a picture, not line segments or data.
-    bool isPicture() const
-    {
-        return graphics::pictureFormatOf(file.extension().string()).has_value();
-    }
+    bool isPicture() const;
 
-    /// Parses one word. `PORT=` may be left out if the algorithm has one output. Throws
-    /// `usage_error` for an unknown port, and for an extension that cannot hold the output.
+    /// The file of an iteration.
+    std::filesystem::path fileFor(const Iteration& iteration) const;
+
+    /// Makes a request from "FILE" or "FILE#NAME", NAME being the name of the array. Throws
+    /// `usage_error` for an extension that cannot hold the output.
+    static OutputRequest make(const AlgorithmDescription::Output& output,
+                              const std::string& target);
+
+    /// Parses "PORT=FILE" or "PORT=FILE#NAME". `PORT=` may be left out if the algorithm has one
+    /// output, and PORT may be abbreviated as in `matchingName`. Throws as `make`, and for an unknown
+    /// port.
     static OutputRequest parse(const std::string& word, const AlgorithmDescription& algorithm);
 };
+
+/// Whether the name of a file has a place for the number of an iteration, such as "%04d". Throws
+/// `usage_error` for a name with several such places.
+TAVRIN_API bool hasNumberPlace(const std::filesystem::path& file);
 
 /// Parses words as `OutputRequest::parse` does. Throws `usage_error` in addition if an algorithm with
 /// outputs is asked for none of them.
 TAVRIN_API std::vector<OutputRequest> parseOutputs(const std::vector<std::string>& words,
                                                    const AlgorithmDescription& algorithm);
-
-/// Checks before a run that the files can be written after it. Throws `usage_error` for a file that
-/// is named twice or is one of the inputs, possibly as a step of a series, and `FileError` if a file
-/// cannot be created or replaced.
-TAVRIN_API void checkDestinations(const std::vector<std::filesystem::path>& destinations,
-                                  const std::vector<std::filesystem::path>& inputs);
-
-/// Checks before a run that each format can hold at least one of the grids and numbers of time steps
-/// of the inputs. Throws `usage_error` that names the formats that can. Without inputs every format
-/// passes.
-TAVRIN_API void checkFormats(const std::vector<OutputRequest>& requests,
-                             const DataObjectBundle::Members& inputs);
 
 }

@@ -1,43 +1,58 @@
 #pragma once
 
-#include <tavrin/pipeline/OptionAssignment.hpp>
-
-#include <span>
+#include <tavrin/pipeline/ObjectPool.hpp>
+#include <tavrin/pipeline/Plan.hpp>
 
 namespace tavrin::pipeline
 {
 
-/// The files that are read for the assignments, including those that time series and multi-block
-/// files list.
-TAVRIN_API std::vector<std::filesystem::path> inputFiles(
-    std::span<const OptionAssignment> assignments, io::Loader& loader);
+/// The files that are read for the steps, including those that time series and multi-block files
+/// list.
+TAVRIN_API std::vector<std::filesystem::path> inputFiles(std::span<const Step> steps,
+                                                         io::Loader& loader);
 
-/// Sets the options of a run from text, with data from files.
+/// Sets the options of a run from text, with data from files and from earlier steps.
 class TAVRIN_API RunInputs
 {
 public:
-    RunInputs(AlgorithmRun& run, io::Loader& loader) : mRun(run), mLoader(loader) {}
+    using Object = std::shared_ptr<const DataObject>;
+    using Members = DataObjectBundle::Members;
+    /// The result of an earlier step.
+    using FindResult = std::function<Object(const StepOutput& source)>;
 
-    /// Loads and connects all data, a bundle as a whole, and then sets the values in the order given.
-    /// An empty reference to a bundle drops the members given before it. A color map without a range
-    /// spans the norms of the first function, wherever that is given. Throws what `AlgorithmRun` and
-    /// `DataKind::make` throw.
-    void apply(std::span<const OptionAssignment> assignments);
+    RunInputs(AlgorithmRun& run, ObjectPool& pool, FindResult findResult = {})
+        : mRun(run), mPool(pool), mFindResult(std::move(findResult))
+    {
+    }
 
-    /// The objects that were loaded, in the order in which they were made: color maps come last.
-    const DataObjectBundle::Members& objects() const { return mObjects; }
+    /// Loads and connects all data, a bundle as a whole, and then sets the values in the order given;
+    /// a value of `auto` stays at its default. An empty reference to a bundle drops the members given
+    /// before it. A color map without a range spans the norms of the first function, wherever that
+    /// is given: those at the time that the number option "Time" names if there is one, unless
+    /// `range` replaces them. Throws what `AlgorithmRun` and `DataKind::make` throw.
+    void apply(const Step& step, const std::optional<ValueRange>& range = std::nullopt);
+
+    /// The objects that were made, in this order: color maps come last. Functions have all their
+    /// values, even if fewer are shown.
+    const Members& objects() const { return mObjects; }
+
+    /// The time that is shown of the first function with several time steps; nothing without one.
+    std::optional<double> timeOfSeries(const Step& step) const;
+
+    /// The norms that a color map without a range spans; nothing without a function with finite
+    /// norms.
+    std::optional<ValueRange> shownNorms(const Step& step) const;
 
 private:
-    using Members = DataObjectBundle::Members;
-
-    std::vector<Members> loadData(std::span<const OptionAssignment> assignments);
-    void connectData(std::span<const OptionAssignment> assignments,
-                     const std::vector<Members>& loaded);
-    Members load(const ObjectReference& reference, const InputBase& input);
+    std::optional<double> shownTime(const Step& step) const;
+    std::vector<Members> loadData(const Step& step, const ShownNorms& shown);
+    Members objectsOf(const OptionAssignment& assignment, const ShownNorms& shown);
+    void connectData(const Step& step, const std::vector<Members>& loaded);
     void connect(const std::string& option, const Members& members);
 
     AlgorithmRun& mRun;
-    io::Loader& mLoader;
+    ObjectPool& mPool;
+    FindResult mFindResult;
     Members mObjects;
 };
 

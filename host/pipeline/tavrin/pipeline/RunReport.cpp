@@ -11,9 +11,6 @@ namespace tavrin::pipeline
 namespace
 {
 
-/// Grows when the meaning of a part of the report changes or a part is removed.
-constexpr int formatVersion = 1;
-
 Json jsonOf(const ReportValue& value);
 
 Json jsonOf(const ReportValue::Members& members)
@@ -31,8 +28,15 @@ Json jsonOf(const ReportValue& value)
     return jsonOf(*value.members());
 }
 
-Json optionsJson(const AlgorithmDescription& description,
-                 std::span<const OptionAssignment> assignments)
+/// What a data option takes, as it was written.
+Json dataJson(const OptionAssignment& assignment, const Plan& plan)
+{
+    if (assignment.source)
+        return plan.steps.at(assignment.source->step).id + "." + assignment.source->port;
+    return assignment.value.empty() ? Json() : Json(assignment.value);
+}
+
+Json optionsJson(const AlgorithmDescription& description, const Step& step, const Plan& plan)
 {
     Json options = Json::object();
     for (const auto& option : description.options)
@@ -46,16 +50,15 @@ Json optionsJson(const AlgorithmDescription& description,
             value = option.value;
             continue;
         }
-        for (const OptionAssignment& assignment : assignments)
+        for (const OptionAssignment& assignment : step.assignments)
         {
             if (assignment.option != option.name)
                 continue;
-            if (assignment.value.empty())
-                value = nullptr;
-            else if (isBundle)
-                value.push_back(assignment.value);
+            Json data = dataJson(assignment, plan);
+            if (isBundle && !data.is_null())
+                value.push_back(std::move(data));
             else
-                value = assignment.value;
+                value = std::move(data);
         }
     }
     return options;
@@ -77,29 +80,30 @@ std::size_t peakMemoryBytes()
     return 0;
 }
 
-Json RunReport::toJson(const AlgorithmRun& run, std::span<const OptionAssignment> assignments) const
+Json reportOn(const AlgorithmRun& run, const Step& step, const Plan& plan,
+              const RunMeasurements& measurements)
 {
     const AlgorithmDescription description = run.describe();
-    Json outputList = Json::array();
-    for (const Output& output : outputs)
+    Json outputs = Json::array();
+    for (const OutputReport& output : measurements.outputs)
     {
         Json entry{{"port", output.port}, {"file", output.file.string()}};
         entry.update(output.content);
-        outputList.push_back(std::move(entry));
+        outputs.push_back(std::move(entry));
     }
+    const auto& [read, execute, write] = measurements.seconds;
     const Json results = jsonOf(run.results());
-    Json report{{"formatVersion", formatVersion},
+    Json report{{"formatVersion", reportFormatVersion},
                 {"algorithm", description.name},
-                {"options", optionsJson(description, assignments)},
-                {"seconds",
-                 {{"read", seconds.read}, {"execute", seconds.execute}, {"write", seconds.write}}},
+                {"options", optionsJson(description, step, plan)},
+                {"seconds", {{"read", read}, {"execute", execute}, {"write", write}}},
                 {"peakMemoryBytes", peakMemoryBytes()},
                 {"infoLog", linesOf(run.infoLog())},
                 {"debugLog", linesOf(run.debugLog())},
                 {"hints", run.hints()},
                 {"suggestions", run.suggestions()},
                 {"results", results},
-                {"outputs", std::move(outputList)}};
+                {"outputs", std::move(outputs)}};
     if (results.contains("samples"))
         report["samples"] = results["samples"];
     return report;

@@ -1,5 +1,7 @@
 #include <tavrin/pipeline/Words.hpp>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -21,6 +23,11 @@ std::vector<std::string> linesOf(const std::string& text)
     for (std::string line; std::getline(stream, line);)
         lines.push_back(std::move(line));
     return lines;
+}
+
+std::string shortestText(double number)
+{
+    return fmt::format("{}", number);
 }
 
 std::string shellWord(const std::string& word)

@@ -5,6 +5,7 @@
 #include <tavrin/colormap/ColorMapDataObject.hpp>
 #include <tavrin/domain/elementPosition.hpp>
 #include <tavrin/function/mapValues.hpp>
+#include <tavrin/function/stepsAround.hpp>
 #include <tavrin/function/visit.hpp>
 #include <tavrin/graphics/ObjectRenderer.hpp>
 #include <tavrin/plugin/PluginRegistrationService.hpp>
@@ -175,18 +176,6 @@ DrawableMaker makerFor(const std::string& representation)
     throw logic_error("Invalid gui option for Representation.");
 }
 
-/// The time steps between which a function is interpolated at a time; the first step twice for a
-/// time that the function does not have.
-std::pair<std::size_t, std::size_t> stepsAround(const FunctionBase& function, double time)
-{
-    const auto& steps = function.timeSteps();
-    if (steps.size() < 2 || !(time >= steps.front() && time <= steps.back()))
-        return {0, 0};
-    const auto above = std::ranges::upper_bound(steps, time);
-    const auto lower = static_cast<std::size_t>(above - steps.begin()) - 1;
-    return {lower, steps[lower] == time ? lower : lower + 1};
-}
-
 /// Removes the arrows, and their colors if there are any, of values that the function's mask marks
 /// as invalid at a time.
 void removeInvalid(const FunctionBase& function, double time, LargeVector<Arrow>& arrows,
@@ -194,7 +183,7 @@ void removeInvalid(const FunctionBase& function, double time, LargeVector<Arrow>
 {
     if (function.validity() == nullptr)
         return;
-    const auto [lower, upper] = stepsAround(function, time);
+    const auto [lower, upper] = stepsAround(function.timeSteps(), time);
     const std::uint8_t* const isValid = function.validity()->data();
     std::size_t numKept = 0;
     for (std::size_t i = 0; i < arrows.size(); ++i)

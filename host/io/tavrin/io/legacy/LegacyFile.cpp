@@ -18,7 +18,7 @@ namespace
 class LegacyFile : public DataFile
 {
 public:
-    LegacyFile(const std::filesystem::path& path, const volatile bool& abortFlag);
+    LegacyFile(InputFile file, const volatile bool& abortFlag);
 
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association association) override;
@@ -35,8 +35,8 @@ private:
     LegacyLayout mLayout;
 };
 
-LegacyFile::LegacyFile(const std::filesystem::path& path, const volatile bool& abortFlag)
-    : mNumbers(path, abortFlag), mLayout(readLegacyLayout(mNumbers))
+LegacyFile::LegacyFile(InputFile file, const volatile bool& abortFlag)
+    : mNumbers(std::move(file), abortFlag), mLayout(readLegacyLayout(mNumbers))
 {
     format = mLayout.format;
     structuring = mLayout.structuring;
@@ -207,10 +207,10 @@ FileCells LegacyFile::readCells()
 
 }
 
-std::unique_ptr<DataFile> openLegacyFile(const FileFormat&, const std::filesystem::path& file,
+std::unique_ptr<DataFile> openLegacyFile(const FileFormat&, InputFile file,
                                          const volatile bool& abortFlag)
 {
-    return std::make_unique<LegacyFile>(file, abortFlag);
+    return std::make_unique<LegacyFile>(std::move(file), abortFlag);
 }
 
 }

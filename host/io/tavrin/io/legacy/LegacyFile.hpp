@@ -7,8 +7,7 @@ namespace tavrin::io
 {
 
 /// Opens a legacy VTK file. Throws `Malformed` and `Aborted`.
-std::unique_ptr<DataFile> openLegacyFile(const FileFormat& format,
-                                         const std::filesystem::path& file,
+std::unique_ptr<DataFile> openLegacyFile(const FileFormat& format, InputFile file,
                                          const volatile bool& abortFlag);
 
 }

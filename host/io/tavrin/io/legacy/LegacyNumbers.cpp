@@ -6,7 +6,6 @@
 #include <tavrin/io/TextNumbers.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <limits>
 #include <map>
 
@@ -46,18 +45,8 @@ Precision precisionNamed(const std::string& typeName)
 
 }
 
-std::string toLower(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(),
-                           [](unsigned char character)
-                           { return static_cast<char>(std::tolower(character)); });
-    return result;
-}
-
-LegacyNumbers::LegacyNumbers(const std::filesystem::path& path, const volatile bool& abortFlag)
-    : mStream(path, std::ios::binary), mFileSize(std::filesystem::file_size(path)),
-      mAbortFlag(abortFlag)
+LegacyNumbers::LegacyNumbers(InputFile file, const volatile bool& abortFlag)
+    : mStream(std::move(file.stream)), mFileSize(file.size), mAbortFlag(abortFlag)
 {
 }
 

@@ -1,16 +1,13 @@
 #pragma once
 
+#include <tavrin/io/InputFile.hpp>
 #include <tavrin/io/StoredArray.hpp>
 
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 
 namespace tavrin::io
 {
-
-std::string toLower(std::string_view text);
 
 /// More components than any array has.
 inline constexpr std::size_t maximumComponents = std::size_t{1} << 20;
@@ -30,7 +27,7 @@ public:
         std::size_t components = 1;
     };
 
-    LegacyNumbers(const std::filesystem::path& path, const volatile bool& abortFlag);
+    LegacyNumbers(InputFile file, const volatile bool& abortFlag);
 
     /// Whether arrays are written as big-endian numbers and not as text.
     void setBinary(bool isBinary) { mIsBinary = isBinary; }

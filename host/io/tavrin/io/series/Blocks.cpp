@@ -1,7 +1,9 @@
 #include <tavrin/io/series/Blocks.hpp>
 
+#include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/Formats.hpp>
 #include <tavrin/io/Malformed.hpp>
+#include <tavrin/io/TextNumbers.hpp>
 #include <tavrin/value/LexicalCast.hpp>
 
 #include <algorithm>
@@ -21,21 +23,37 @@ struct Member
     FilePlace place;
 };
 
-/// The index of the step at a time. Throws `usage_error`, naming the nearest step, if there is none.
-std::size_t findStep(const Collection& collection, double time)
+double timeOf(double time)
 {
-    const auto found = std::ranges::min_element(collection.steps, {},
-                                                [&](const Collection::Step& step)
-                                                { return std::abs(*step.time - time); });
-    if (isSameTime(*found->time, time))
-        return static_cast<std::size_t>(found - collection.steps.begin());
+    return time;
+}
+
+double timeOf(const Collection::Step& step)
+{
+    return *step.time;
+}
+
+/// The index of the step at a time; steps are given by themselves or by their times. Throws
+/// `usage_error`, naming the nearest step, if there is none.
+template<typename Step>
+std::size_t findStep(const std::vector<Step>& steps, double time)
+{
+    const auto timeOf = [](const Step& step) { return tavrin::io::timeOf(step); };
+    auto found = std::ranges::lower_bound(steps, time, {}, timeOf);
+    const bool isBelowNearer =
+        found == steps.end() ||
+        (found != steps.begin() && time - timeOf(found[-1]) < timeOf(*found) - time);
+    if (isBelowNearer)
+        --found;
+    if (isSameTime(timeOf(*found), time))
+        return static_cast<std::size_t>(found - steps.begin());
     std::vector<std::string> times;
-    std::ranges::transform(collection.steps, std::back_inserter(times),
-                           [](const Collection::Step& step) { return toText(*step.time); });
+    std::ranges::transform(steps, std::back_inserter(times),
+                           [&](const Step& step) { return toText(timeOf(step)); });
     throw usage_error("no step at t = " + toText(time) + "; there " +
                       (times.size() == 1 ? "is one step, at " : "are steps at ") +
                       shortList(times) +
-                      (times.size() == 1 ? "" : "; the nearest is at " + toText(*found->time)));
+                      (times.size() == 1 ? "" : "; the nearest is at " + toText(timeOf(*found))));
 }
 
 /// Throws `usage_error` if a time is wanted and the file does not have it.
@@ -102,6 +120,73 @@ void arrange(std::vector<Member>& members, const std::vector<Block>& blocks, dou
     std::ranges::transform(ranked, members.begin(), &std::pair<std::size_t, Member>::second);
 }
 
+/// The steps of a file that is no list, of which one may be wanted. Most files have one.
+std::vector<Block::Step> stepsOf(FileAccess& access, const FilePlace& place,
+                                 const std::optional<double>& wanted)
+{
+    const std::vector<Block::Step> single{{std::nullopt, place}};
+    if (const FileFormat* const format = findFormat(place.path);
+        format == nullptr || !format->mayHoldSteps())
+        return single;
+    const std::shared_ptr<DataFile> file = naming(place, [&] { return access.openAgain(place); });
+    if (file->stepTimes.empty())
+        return single;
+    const std::vector<double>& times = file->stepTimes;
+    const std::size_t first = wanted ? naming(place, [&] { return findStep(times, *wanted); }) : 0;
+    std::vector<Block::Step> steps;
+    for (std::size_t step = first; step < (wanted ? first + 1 : times.size()); ++step)
+    {
+        FilePlace one(place.path, place.named,
+                      "step " + std::to_string(step) + " at t = " + toText(times[step]) + ": ");
+        one.container = file;
+        one.stepInFile = step;
+        steps.push_back({times[step], std::move(one)});
+    }
+    return steps;
+}
+
+/// The block of this name or else, where the text is a number, the block of this number.
+Block chooseBlock(const std::vector<Block>& blocks, const std::string& wanted)
+{
+    std::vector<std::string> names;
+    std::ranges::transform(blocks, std::back_inserter(names), &Block::name);
+    const auto named = std::ranges::find(names, wanted);
+    auto index = static_cast<std::size_t>(named - names.begin());
+    if (named == names.end())
+        index = parseIndex(wanted).value_or(names.size());
+    if (index >= blocks.size())
+        throw usage_error("no block \"" + wanted + "\"" + suggestionFor(wanted, names));
+    return blocks[index];
+}
+
+}
+
+std::vector<double> findTimes(FileAccess& access, const DataReference& reference)
+{
+    std::vector<double> times;
+    if (isSeries(reference.file))
+    {
+        naming(FilePlace(reference.file),
+               [&]
+               {
+                   const Collection& collection = access.collection(reference.file);
+                   if (reference.time)
+                       times.push_back(
+                           *collection.steps[findStep(collection.steps, *reference.time)].time);
+                   else
+                       for (const Collection::Step& step : collection.steps)
+                           times.push_back(*step.time);
+               });
+        return times;
+    }
+    for (const Block& block : findBlocks(access, reference))
+        for (const Block::Step& step : block.steps)
+            if (const auto time = step.time ? step.time : openFirst(access, block, reference)->time)
+                times.push_back(*time);
+    std::ranges::sort(times);
+    const auto repeated = std::ranges::unique(times);
+    times.erase(repeated.begin(), repeated.end());
+    return times;
 }
 
 std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference)
@@ -109,8 +194,14 @@ std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference
     const FilePlace whole(reference.file);
     if (!isList(reference.file))
     {
-        naming(whole, [&] { requireFile(reference.file); });
-        return {{"", {{std::nullopt, whole}}}};
+        naming(whole,
+               [&]
+               {
+                   requireFile(reference.file);
+                   if (reference.block)
+                       throw usage_error("holds no blocks; leave out ?block=");
+               });
+        return {{"", stepsOf(access, whole, reference.time)}};
     }
 
     const Collection& collection =
@@ -120,7 +211,7 @@ std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference
     std::size_t last = collection.steps.size();
     if (isSeries && reference.time)
     {
-        first = naming(whole, [&] { return findStep(collection, *reference.time); });
+        first = naming(whole, [&] { return findStep(collection.steps, *reference.time); });
         last = first + 1;
     }
     std::vector<Block> blocks;
@@ -141,6 +232,8 @@ std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference
         for (std::size_t k = 0; k < blocks.size(); ++k)
             blocks[k].steps.push_back({step.time, std::move(members[k].place)});
     }
+    if (reference.block)
+        return {naming(whole, [&] { return chooseBlock(blocks, *reference.block); })};
     return blocks;
 }
 

@@ -26,6 +26,11 @@ struct Block
 /// first, and `usage_error` for a time that the series does not have.
 std::vector<Block> findBlocks(FileAccess& access, const DataReference& reference);
 
+/// The times of the steps that a reference names, ascending: those of a series, or of the files that
+/// are not part of one, as far as they have a time. Reads no values. Throws as `findBlocks` and
+/// `openFirst`.
+std::vector<double> findTimes(FileAccess& access, const DataReference& reference);
+
 /// Throws `FileError` for the first file of the blocks that is missing.
 void requireFiles(const std::vector<Block>& blocks);
 

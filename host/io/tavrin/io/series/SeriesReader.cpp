@@ -27,7 +27,7 @@ SeriesReader::SeriesReader(std::shared_ptr<FileAccess> access, std::vector<Block
            [&]
            {
                mArray = chooseArray(first.arrays, mReference);
-               mShape = chooseShape(mArray, mReference.shape);
+               mReading = chooseReading(mArray, mReference);
            });
     naming(place,
            [&]
@@ -70,13 +70,14 @@ const DataFile::Array& SeriesReader::findArray(const DataFile& file) const
     if (found == file.arrays.end())
         throw Malformed("no array \"" + mArray.name + "\" on " +
                         std::string(nameOf(mArray.association)));
-    if (!mReference.shape && shapeOf(found->components, found->componentNames) != mShape)
-        throw Malformed("the array \"" + mArray.name +
-                        "\" does not have the shape that it has in step 0");
     if (found->components != mArray.components)
         throw Malformed("the array \"" + mArray.name + "\" has " +
                         std::to_string(found->components) + " components, and " +
                         std::to_string(mArray.components) + " in step 0");
+    if (chooseReading(*found, mReference) != mReading)
+        throw Malformed("the array \"" + mArray.name +
+                        "\" does not have the shape or the order of components that it has in "
+                        "step 0");
     return *found;
 }
 
@@ -107,12 +108,13 @@ StoredArray SeriesReader::load(std::size_t step) const
                   {
                       const auto file = mAccess->open(place);
                       const DataFile::Array& array = findArray(*file);
-                      if (step == 0)
-                          return readValues(*file, array, mGrid);
-                      const BuiltGrid grid = mAccess->build(*file, place, mReference.dimension);
+                      const BuiltGrid grid =
+                          step == 0 ? mGrid : mAccess->build(*file, place, mReference.dimension);
                       if (!grid.domain->equals(*mGrid.domain))
                           complainAboutGrid(*mSteps[step].time);
-                      return readValues(*file, array, grid);
+                      StoredArray values = readValues(*file, array, grid);
+                      requireReadable(values, mReading);
+                      return values;
                   });
 }
 

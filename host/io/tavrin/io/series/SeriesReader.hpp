@@ -1,7 +1,7 @@
 #pragma once
 
+#include <tavrin/io/ArrayReading.hpp>
 #include <tavrin/io/FileAccess.hpp>
-#include <tavrin/io/Shape.hpp>
 #include <tavrin/io/series/Blocks.hpp>
 
 namespace tavrin::io
@@ -29,7 +29,7 @@ public:
 
     /// The array in the file of the first step.
     const DataFile::Array& array() const { return mArray; }
-    const Shape& shape() const { return mShape; }
+    const ArrayReading& reading() const { return mReading; }
     std::vector<double> times() const;
 
     /// Which values of all steps are valid; empty where no step has a mask. The masks are kept in
@@ -48,7 +48,7 @@ private:
     std::vector<Block::Step> mSteps;
     DataReference mReference;
     DataFile::Array mArray;
-    Shape mShape;
+    ArrayReading mReading;
     BuiltGrid mGrid;
     ValidityMask mValidity;
 };

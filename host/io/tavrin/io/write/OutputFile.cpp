@@ -87,7 +87,7 @@ std::string findObstacle(const fs::path& file)
 /// Returns -1 where that fails, with the cause in `errno`.
 int create(const fs::path& file, const fs::path& existing)
 {
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
     std::error_code ignored;
     const fs::file_status status = fs::status(existing, ignored);
     if (!fs::exists(status))
@@ -171,6 +171,16 @@ void OutputFile::complete()
 {
     if (std::exchange(mIsComplete, true))
         return;
+    requireNoError();
+    // Some file systems find out only now that a disk or a quota is full. A file system in memory
+    // has nothing to synchronize, and some of them report that as an error.
+    if (mSink < 0 && fsync(mContent) != 0 && errno != EINVAL && errno != EROFS)
+        fail(errno);
+}
+
+/// Passes on what is buffered, and throws where that or an earlier attempt failed.
+void OutputFile::requireNoError()
+{
     mStream.flush();
     if (mAbortFlag)
         throw Aborted();
@@ -178,10 +188,6 @@ void OutputFile::complete()
         fail(mBuffer->error());
     if (!mStream)
         fail(EIO);
-    // Some file systems find out only now that a disk or a quota is full. A file system in memory
-    // has nothing to synchronize, and some of them report that as an error.
-    if (mSink < 0 && fsync(mContent) != 0 && errno != EINVAL && errno != EROFS)
-        fail(errno);
 }
 
 void OutputFile::publish()
@@ -194,9 +200,9 @@ void OutputFile::publish()
     mTemporary.clear();
 }
 
-void OutputFile::copyToSink()
+void OutputFile::readBack(const std::function<void(std::string_view)>& work)
 {
-    FileBuffer sink(mSink, mAbortFlag);
+    requireNoError();
     std::vector<char> block(std::size_t{1} << 18);
     for (off_t position = 0;;)
     {
@@ -207,13 +213,23 @@ void OutputFile::copyToSink()
             fail(errno);
         if (count == 0)
             break;
-        sink.sputn(block.data(), count);
+        work({block.data(), static_cast<std::size_t>(count)});
         position += count;
         if (mAbortFlag)
             throw Aborted();
-        if (sink.error() != 0)
-            fail(sink.error());
     }
+}
+
+void OutputFile::copyToSink()
+{
+    FileBuffer sink(mSink, mAbortFlag);
+    readBack(
+        [&](std::string_view text)
+        {
+            sink.sputn(text.data(), static_cast<std::streamsize>(text.size()));
+            if (sink.error() != 0)
+                fail(sink.error());
+        });
     sink.pubsync();
     if (sink.error() != 0)
         fail(sink.error());

@@ -37,30 +37,44 @@ bool SeriesNames::isMember(const std::string& name) const
            stem.find_first_not_of("0123456789", mStem.size() + 1) == std::string::npos;
 }
 
-std::set<std::string> SeriesNames::findReplaceable(const std::set<std::string>& newMembers) const
+const std::set<std::string>& SeriesNames::listed() const
 {
-    std::set<std::string> replaceable;
+    if (mListed)
+        return *mListed;
+    mListed.emplace();
     std::error_code ignored;
-    const bool isListed = fs::exists(mFile, ignored);
     try
     {
-        if (isListed)
+        if (fs::exists(mFile, ignored))
             for (const ListedFile& listed : readPvdList(mFile))
             {
                 const std::string name = fs::path(listed.file).filename().string();
                 if (isMember(name) && listed.file == reference(name))
-                    replaceable.insert(name);
+                    mListed->insert(name);
             }
     }
     catch (const Malformed&)
     {
         // A file that is not such a list owns no steps.
     }
+    return *mListed;
+}
+
+bool SeriesNames::mayReplace(const std::string& member) const
+{
+    return listed().contains(member) || isMarkedAsStep(mFolder / member);
+}
+
+std::set<std::string> SeriesNames::findReplaceable(const std::set<std::string>& newMembers) const
+{
+    std::set<std::string> replaceable = listed();
+    std::error_code ignored;
+    const bool hasList = fs::exists(mFile, ignored);
     for (const auto& entry : fs::directory_iterator(mFolder, ignored))
     {
         const std::string name = entry.path().filename().string();
-        const bool mayBeOurs = isMember(name) && (!isListed || newMembers.contains(name));
-        if (mayBeOurs && !replaceable.contains(name) && isMarkedAsStep(entry.path()))
+        const bool mayBeOurs = hasList ? newMembers.contains(name) : isMember(name);
+        if (mayBeOurs && mayReplace(name))
             replaceable.insert(name);
     }
     return replaceable;
@@ -77,7 +91,7 @@ bool isMarkedAsStep(const fs::path& file)
 bool isStepOf(const fs::path& file, const fs::path& series)
 {
     const FileFormat* const format = findFormat(series);
-    if (format == nullptr || format->prepareSeries == nullptr)
+    if (format == nullptr || format->startSeries == nullptr || !isSeries(series))
         return false;
     std::error_code ignored;
     const SeriesNames names(series);

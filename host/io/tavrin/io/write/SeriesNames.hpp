@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -26,15 +27,23 @@ public:
     /// Whether a member could have this name.
     bool isMember(const std::string& name) const;
 
-    /// The members in the folder that writing the series may replace or remove: those that the
-    /// ".pvd" file lists, and those that were written as steps but are not listed by it because it
-    /// was deleted, or because they were published without it.
+    /// Whether writing the series may replace the existing file of this member: the ".pvd" file lists
+    /// it, or it was written as a step but is not listed, because the ".pvd" file was deleted or the
+    /// steps were published without it. What the ".pvd" file lists is read once.
+    bool mayReplace(const std::string& member) const;
+
+    /// The members in the folder that writing the series may replace or remove: those that
+    /// `mayReplace` accepts among the new ones, those that the ".pvd" file lists, and if there is no
+    /// such file, all that were written as steps.
     std::set<std::string> findReplaceable(const std::set<std::string>& newMembers) const;
 
 private:
+    const std::set<std::string>& listed() const;
+
     std::filesystem::path mFile;
     std::string mStem;
     std::filesystem::path mFolder;
+    mutable std::optional<std::set<std::string>> mListed;
 };
 
 /// Follows the content of each step file, so that a later run knows that it may replace the file. An

@@ -36,26 +36,6 @@ bool isTaken(const fs::path& file)
     return fs::exists(fs::symlink_status(file, ignored));
 }
 
-/// Throws `FileError` where a member of the series would replace a file that is not a step of an
-/// earlier series of the name.
-void requireReplaceable(const fs::path& file, const fs::path& folder, const Names& members,
-                        const Names& replaceable)
-{
-    std::error_code ignored;
-    if (!isTaken(folder))
-        return;
-    if (!fs::is_directory(folder, ignored))
-        throw FileError(file,
-                        folder.string() + ", where the files of its steps belong, is not a folder");
-    const auto foreign =
-        std::ranges::find_if(members, [&](const std::string& member)
-                             { return !replaceable.contains(member) && isTaken(folder / member); });
-    if (foreign != members.end())
-        throw FileError(file, (folder / *foreign).string() +
-                                  " exists and belongs to another data set; remove it or choose "
-                                  "another name");
-}
-
 /// A folder for the files of a series until they are published.
 class TemporaryFolder
 {
@@ -128,55 +108,61 @@ void moveToFolder(const fs::path& temporary, const fs::path& folder, const Names
         fs::rename(temporary / member, folder / member);
 }
 
-/// A series whose steps are in a temporary folder.
+/// A series whose steps are in a temporary folder, which lacks only its name once it is complete.
 class PendingSeries final : public PendingFile
 {
 public:
-    PendingSeries(const SeriesRequest& request, const FileFormat& memberFormat,
-                  const volatile bool& abortFlag)
-        : mFile(request.file), mNames(request.file), mAbortFlag(abortFlag),
-          mCollection(request.file, abortFlag)
+    PendingSeries(const fs::path& file, const volatile bool& abortFlag)
+        : mFile(file), mNames(file), mAbortFlag(abortFlag), mCollection(file, abortFlag)
     {
-        const std::size_t numSteps = request.function.numTimeSteps();
-        for (std::size_t step = 0; step < numSteps; ++step)
-            mMembers.insert(mNames.member(step, memberFormat.extension));
-        mReplaceable = mNames.findReplaceable(mMembers);
-        requireReplaceable(mFile, mNames.folder(), mMembers, mReplaceable);
+        std::error_code ignored;
+        if (isTaken(mNames.folder()) && !fs::is_directory(mNames.folder(), ignored))
+            throw FileError(file, mNames.folder().string() +
+                                      ", where the files of its steps belong, is not a folder");
         mTemporary = std::make_unique<TemporaryFolder>(mFile, mNames.folder());
     }
 
-    /// Writes the files that `publish` puts in place.
-    void write(const SeriesRequest& request, const FileFormat& memberFormat)
+    /// Writes the file of the next step. `writeContent` gets its stream.
+    void addStep(double time, std::string_view extension, const auto& writeContent)
     {
-        const FunctionBase& function = request.function;
-        const auto writer = memberFormat.makeWriter(*function.domain(), mAbortFlag);
-        const std::vector<NamedFunction> functions{{function, request.arrayName}};
-        for (std::size_t step = 0; step < function.numTimeSteps(); ++step)
-            writeMember(mTemporary->path() / mNames.member(step, memberFormat.extension),
-                        [&](std::ostream& stream) { writer->write(functions, step, stream); });
+        const std::string member = mNames.member(mSteps.size(), extension);
+        if (isTaken(mNames.folder() / member) && !mNames.mayReplace(member))
+            throw FileError(mFile, (mNames.folder() / member).string() +
+                                       " exists and belongs to another data set; remove it or "
+                                       "choose another name");
+        writeMember(mTemporary->path() / member, writeContent);
+        mSteps.emplace_back(time, member);
+        mMembers.insert(member);
+    }
+
+    /// Writes the list of the steps, and waits until everything has reached the disk.
+    void complete()
+    {
         // A file system in memory has nothing to synchronize, and may say so by an error.
         if (const int error = mTemporary->synchronize();
             error != 0 && error != EINVAL && error != EROFS)
             fail(error);
-        writeCollection(function.timeSteps(), memberFormat.extension);
+        writeCollection();
         mCollection.complete();
     }
 
     void publish() override
     {
+        const Names replaceable = mNames.findReplaceable(mMembers);
         try
         {
-            moveToFolder(mTemporary->path(), mNames.folder(), mMembers, mReplaceable);
+            moveToFolder(mTemporary->path(), mNames.folder(), mMembers, replaceable);
         }
         catch (const fs::filesystem_error& error)
         {
             fail(error.code().value());
         }
         mCollection.publish();
-        std::error_code ignored;
-        for (const std::string& member : mReplaceable)
+        std::vector<fs::path> obsolete;
+        for (const std::string& member : replaceable)
             if (!mMembers.contains(member))
-                fs::remove(mNames.folder() / member, ignored);
+                obsolete.push_back(mNames.folder() / member);
+        removeFiles(obsolete);
     }
 
 private:
@@ -204,21 +190,19 @@ private:
             fail(buffer.error() != 0 ? buffer.error() : EIO);
     }
 
-    void writeCollection(const std::vector<double>& timeSteps, std::string_view memberExtension)
+    void writeCollection()
     {
         pugi::xml_document document;
         auto root = document.append_child("VTKFile");
         root.append_attribute("type") = "Collection";
         root.append_attribute("version") = "0.1";
         auto collection = root.append_child("Collection");
-        for (std::size_t step = 0; step < mMembers.size(); ++step)
+        for (const auto& [time, name] : mSteps)
         {
             auto member = collection.append_child("DataSet");
-            const double time = timeSteps.empty() ? 0.0 : timeSteps[step];
             member.append_attribute("timestep") = toText(time).c_str();
             member.append_attribute("part") = 0;
-            member.append_attribute("file") =
-                mNames.reference(mNames.member(step, memberExtension)).c_str();
+            member.append_attribute("file") = mNames.reference(name).c_str();
         }
         document.save(mCollection.stream(), "  ");
     }
@@ -232,20 +216,64 @@ private:
     SeriesNames mNames;
     const volatile bool& mAbortFlag;
     OutputFile mCollection;
-    Names mMembers;
-    Names mReplaceable;
     std::unique_ptr<TemporaryFolder> mTemporary;
+    /// The time of each step and the name of its file.
+    std::vector<std::pair<double, std::string>> mSteps;
+    Names mMembers;
+};
+
+class SeriesWriter final : public FunctionWriter
+{
+public:
+    SeriesWriter(const fs::path& file, const volatile bool& abortFlag)
+        : mAbortFlag(abortFlag), mSeries(std::make_unique<PendingSeries>(file, abortFlag))
+    {
+    }
+
+    void append(const FunctionBase& function, const std::string& arrayName) override
+    {
+        useDomain(function.domain());
+        const std::vector<NamedFunction> functions{{function, arrayName}};
+        const std::vector<double> times = writtenTimes(function);
+        for (std::size_t step = 0; step < times.size(); ++step)
+            mSeries->addStep(times[step], mFormat->extension,
+                             [&](std::ostream& stream)
+                             { mWriter->write(functions, step, stream); });
+    }
+
+    std::unique_ptr<PendingFile> finish() override
+    {
+        // Nothing refers to the functions any more.
+        mWriter.reset();
+        mDomain.reset();
+        mSeries->complete();
+        return std::move(mSeries);
+    }
+
+private:
+    /// Keeps what was prepared for the grid of the step before if this step has the same one.
+    void useDomain(const std::shared_ptr<const Domain>& domain)
+    {
+        if (domain == mDomain)
+            return;
+        mWriter.reset();
+        mDomain = domain;
+        mFormat = &bestGridFormat(*mDomain);
+        mWriter = mFormat->makeWriter(*mDomain, mAbortFlag);
+    }
+
+    const volatile bool& mAbortFlag;
+    std::unique_ptr<PendingSeries> mSeries;
+    std::shared_ptr<const Domain> mDomain;
+    const FileFormat* mFormat = nullptr;
+    std::unique_ptr<StepWriter> mWriter;
 };
 
 }
 
-std::unique_ptr<PendingFile> prepareSeries(const SeriesRequest& request,
-                                           const volatile bool& abortFlag)
+std::unique_ptr<FunctionWriter> startPvd(const fs::path& file, const volatile bool& abortFlag)
 {
-    const FileFormat& memberFormat = bestGridFormat(*request.function.domain());
-    auto series = std::make_unique<PendingSeries>(request, memberFormat, abortFlag);
-    series->write(request, memberFormat);
-    return series;
+    return std::make_unique<SeriesWriter>(file, abortFlag);
 }
 
 }

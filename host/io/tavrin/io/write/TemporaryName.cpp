@@ -2,6 +2,7 @@
 
 #include <tavrin/io/Formats.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <charconv>
@@ -9,6 +10,9 @@
 #include <mutex>
 #include <optional>
 #include <set>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -99,6 +103,30 @@ void removeAbandoned(const fs::path& folder)
             fs::remove(path, ignored);
 }
 
+void removeFiles(std::span<const fs::path> files)
+{
+    constexpr std::size_t maximumHelpers = 15;
+    constexpr std::size_t filesPerHelper = 64;
+    std::atomic<std::size_t> next = 0;
+    const auto work = [&]
+    {
+        std::error_code ignored;
+        for (std::size_t i = next++; i < files.size(); i = next++)
+            fs::remove(files[i], ignored);
+    };
+    std::vector<std::jthread> helpers;
+    try
+    {
+        while (helpers.size() < std::min(maximumHelpers, files.size() / filesPerHelper))
+            helpers.emplace_back(work);
+    }
+    catch (const std::system_error&)
+    {
+        // The threads that could be started do the rest.
+    }
+    work();
+}
+
 void removeMembers(const fs::path& folder)
 {
     std::error_code ignored;
@@ -109,8 +137,7 @@ void removeMembers(const fs::path& folder)
         if (format != nullptr && format->makeWriter != nullptr)
             members.push_back(entry.path());
     }
-    for (const fs::path& member : members)
-        fs::remove(member, ignored);
+    removeFiles(members);
     fs::remove(folder, ignored);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 
 namespace tavrin::io
 {
@@ -18,6 +19,10 @@ void claimTemporary(int descriptor);
 /// Removes the temporary files and folders that killed processes left in a folder: those whose
 /// process does not exist and that nobody claims. Looks into each folder once in a run.
 void removeAbandoned(const std::filesystem::path& folder);
+
+/// Removes files that exist. Many files are removed by several threads, since a removal mostly waits for
+/// the disk, and the disk serves several of them at a time.
+void removeFiles(std::span<const std::filesystem::path> files);
 
 /// Removes a folder of files of a time series. Files of other kinds, and the folder with them, stay.
 void removeMembers(const std::filesystem::path& folder);

@@ -45,8 +45,7 @@ constexpr const char* sectionOf(Association association)
 class XmlFile : public DataFile
 {
 public:
-    XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
-            const volatile bool& abortFlag);
+    XmlFile(const FileFormat& fileFormat, InputFile file, const volatile bool& abortFlag);
 
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association association) override;
@@ -86,9 +85,8 @@ private:
     std::array<std::optional<std::pair<Array, GhostBits>>, 2> mMarks;
 };
 
-XmlFile::XmlFile(const FileFormat& fileFormat, const std::filesystem::path& path,
-                 const volatile bool& abortFlag)
-    : mValues(path, abortFlag)
+XmlFile::XmlFile(const FileFormat& fileFormat, InputFile file, const volatile bool& abortFlag)
+    : mValues(std::move(file), abortFlag)
 {
     requireDataSet(mValues.root(), fileFormat);
     format = fileFormat.name;
@@ -201,8 +199,8 @@ void XmlFile::listArrays()
                 if (!precision || !name)
                     return;
                 Array array{*name, association, *precision, XmlValues::componentsOf(element), {}};
-                // No shape with more components is recognized by its names.
-                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 16); ++i)
+                // No array with more components is a field.
+                for (std::size_t i = 0; i < std::min<std::size_t>(array.components, 375); ++i)
                     array.componentNames.push_back(
                         XmlValues::attribute(element, ("ComponentName" + std::to_string(i)).c_str())
                             .value_or(""));
@@ -347,10 +345,10 @@ FileCells XmlFile::readCells()
 
 }
 
-std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, const std::filesystem::path& file,
+std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, InputFile file,
                                       const volatile bool& abortFlag)
 {
-    return std::make_unique<XmlFile>(format, file, abortFlag);
+    return std::make_unique<XmlFile>(format, std::move(file), abortFlag);
 }
 
 }

@@ -8,7 +8,7 @@ namespace tavrin::io
 
 /// Opens a VTK XML file of the format, which must hold the data set that the format names. Throws
 /// `Malformed` and `Aborted`.
-std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, const std::filesystem::path& file,
+std::unique_ptr<DataFile> openXmlFile(const FileFormat& format, InputFile file,
                                       const volatile bool& abortFlag);
 
 }

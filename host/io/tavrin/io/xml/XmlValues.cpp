@@ -144,9 +144,8 @@ constexpr std::size_t plainBytesPerRound = std::size_t{4} << 20;
 
 }
 
-XmlValues::XmlValues(const std::filesystem::path& path, const volatile bool& abortFlag)
-    : mStream(path, std::ios::binary), mFileSize(std::filesystem::file_size(path)),
-      mAbortFlag(abortFlag)
+XmlValues::XmlValues(InputFile file, const volatile bool& abortFlag)
+    : mStream(std::move(file.stream)), mFileSize(file.size), mAbortFlag(abortFlag)
 {
     std::string complaint;
     const auto parser = vtkSmartPointer<TreeParser>::New();

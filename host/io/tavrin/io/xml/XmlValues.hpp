@@ -1,12 +1,11 @@
 #pragma once
 
 #include <tavrin/io/ByteSource.hpp>
+#include <tavrin/io/InputFile.hpp>
 #include <tavrin/io/StoredArray.hpp>
 
 #include <vtkSmartPointer.h>
 
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 
@@ -26,7 +25,7 @@ class XmlValues
 {
 public:
     /// Throws `Malformed` for a file that is not a VTK XML file.
-    XmlValues(const std::filesystem::path& path, const volatile bool& abortFlag);
+    XmlValues(InputFile file, const volatile bool& abortFlag);
     ~XmlValues();
     XmlValues(const XmlValues&) = delete;
     XmlValues& operator=(const XmlValues&) = delete;

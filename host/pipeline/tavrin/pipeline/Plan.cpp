@@ -1,0 +1,75 @@
+#include <tavrin/pipeline/Plan.hpp>
+
+#include <tavrin/pipeline/SilentOutput.hpp>
+#include <tavrin/pipeline/Words.hpp>
+
+#include <tavrin/value/LexicalCast.hpp>
+
+#include <BundleTools/ListParser.hpp>
+
+namespace tavrin::pipeline
+{
+
+namespace
+{
+
+/// More than anybody can wait for; a range with a tiny step is a mistake.
+constexpr std::size_t maximumValues = 1'000'000;
+
+}
+
+std::string Iteration::name() const
+{
+    if (time)
+        return "time " + shortestText(*time);
+    return variable.empty() ? "" : variable + " " + value;
+}
+
+std::size_t parseMaximumArrows(const std::string& text)
+{
+    try
+    {
+        if (const long count = lexicalCast<long>(text); count > 0)
+            return static_cast<std::size_t>(count);
+    }
+    catch (const bad_lexical_cast&)
+    {
+    }
+    throw usage_error("\"" + text + "\" is not a number of arrows, which is a whole number from 1");
+}
+
+std::vector<std::string> sweepValues(const std::string& expression)
+{
+    const auto refuse = [&](const std::string& cause)
+    {
+        throw usage_error("\"" + expression +
+                          "\" is not a list of values such as [0:1#0.1] or "
+                          "1,2,5" +
+                          cause);
+    };
+    const SilentOutput silence;
+    ListParser<double> parser;
+    std::vector<std::string> values;
+    try
+    {
+        if (expression.empty() || !parser.parse(expression))
+            refuse(parser.errorText().empty() ? "" : ": " + parser.errorText());
+        for (; parser.valid(); parser.next())
+        {
+            if (values.size() == maximumValues)
+                refuse(": it has more than a million values");
+            values.push_back(shortestText(parser.value()));
+        }
+    }
+    catch (const assertion_failed&)
+    {
+        refuse("");
+    }
+    if (!parser.errorText().empty())
+        refuse(": " + parser.errorText());
+    if (values.empty())
+        refuse(": it has no values greater than -1");
+    return values;
+}
+
+}

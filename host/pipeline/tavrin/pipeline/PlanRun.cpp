@@ -1,0 +1,474 @@
+#include <tavrin/pipeline/PlanRun.hpp>
+
+#include <tavrin/pipeline/OutputChecks.hpp>
+#include <tavrin/pipeline/RunFailure.hpp>
+#include <tavrin/pipeline/SilentOutput.hpp>
+#include <tavrin/pipeline/Words.hpp>
+
+#include <tavrin/colormap/NormRange.hpp>
+#include <tavrin/io/Writer.hpp>
+
+#include <algorithm>
+#include <chrono>
+
+namespace tavrin::pipeline
+{
+
+namespace
+{
+
+/// Adds the time of a piece of work to a sum.
+template<typename Work>
+void timed(double& seconds, const Work& work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// Does a piece of work and adds the place to the message of an error, unless that names a file.
+template<typename Work>
+auto at(const std::string& place, const Work& work)
+{
+    if (place.empty())
+        return work();
+    try
+    {
+        return work();
+    }
+    catch (const usage_error& error)
+    {
+        throw usage_error(place + error.what());
+    }
+    catch (const io::FileError&)
+    {
+        throw;
+    }
+    catch (const io::Aborted&)
+    {
+        throw;
+    }
+    catch (const ColorMapFileError&)
+    {
+        throw;
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
+    }
+    catch (const std::exception& error)
+    {
+        throw RunFailure(place + error.what());
+    }
+}
+
+/// Passes on what happens in an algorithm, and ends its run if it announces a result that a requested
+/// file cannot hold.
+class StepFollower final : public RunObserver
+{
+public:
+    StepFollower(RunObserver& observer, const std::vector<const OutputRequest*>& requests)
+        : mObserver(observer), mRequests(requests)
+    {
+    }
+
+    void opened(const ProgressReport& report) override { mObserver.opened(report); }
+    void closed(const ProgressReport& report) override { mObserver.closed(report); }
+    void infoLine(const std::string& line) override { mObserver.infoLine(line); }
+    void debugLine(const std::string& line) override { mObserver.debugLine(line); }
+    void hinted(const std::string& text) override { mObserver.hinted(text); }
+
+    void announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps) override
+    {
+        for (const OutputRequest* const request : mRequests)
+            if (request->port == port)
+                io::requireSuitable(request->file, domain, numTimeSteps);
+        mObserver.announced(port, domain, numTimeSteps);
+    }
+
+private:
+    RunObserver& mObserver;
+    const std::vector<const OutputRequest*>& mRequests;
+};
+
+/// Shows only the progress of a run that is made in advance, not what it prints.
+class ProgressFollower final : public RunObserver
+{
+public:
+    explicit ProgressFollower(RunObserver& observer) : mObserver(observer) {}
+    void opened(const ProgressReport& report) override { mObserver.opened(report); }
+    void closed(const ProgressReport& report) override { mObserver.closed(report); }
+
+private:
+    RunObserver& mObserver;
+    SilentOutput mSilence;
+};
+
+void executeFollowed(AlgorithmRun& run, RunObserver& observer, const volatile bool& abortFlag)
+{
+    try
+    {
+        run.execute(abortFlag, &observer);
+    }
+    catch (const Options::missing_option_error& error)
+    {
+        throw usage_error(error.what());
+    }
+    if (abortFlag)
+        throw io::Aborted();
+}
+
+std::vector<const OutputRequest*> requestsFor(std::size_t step, const Plan& plan)
+{
+    std::vector<const OutputRequest*> requests;
+    for (const OutputRequest& request : plan.outputs)
+        if (request.step == step)
+            requests.push_back(&request);
+    return requests;
+}
+
+std::string lastLineOf(const std::string& log)
+{
+    const auto lines = linesOf(log);
+    return lines.empty() ? "" : lines.back();
+}
+
+/// Throws `RunFailure` if a result that is needed was not published, or if an algorithm without
+/// outputs had nothing to report. If the algorithm gave no hint, the last line of its logs becomes
+/// part of the message.
+void requireResults(const AlgorithmRun& run, std::size_t index, const Plan& plan,
+                    PlanObserver& observer)
+{
+    std::vector<std::string> missing;
+    for (const OutputRequest* const request : requestsFor(index, plan))
+        if (!isPublished(*request, run))
+            missing.push_back("\"" + request->port + "\"");
+    for (const Step& step : plan.steps)
+        for (const OptionAssignment& assignment : step.assignments)
+            if (assignment.source && assignment.source->step == index &&
+                run.result(assignment.source->port) == nullptr)
+                missing.push_back("\"" + assignment.source->port + "\"");
+    const AlgorithmDescription description = run.describe();
+    const bool isSilent = description.outputs.empty() && run.infoLog().empty() &&
+                          run.results().empty() && !run.debugLog().empty();
+    if (missing.empty() && !isSilent)
+        return;
+    observer.failed(run);
+    const std::string& log = run.infoLog().empty() ? run.debugLog() : run.infoLog();
+    const std::string reason = run.hints().empty() ? lastLineOf(log) : "";
+    throw RunFailure(
+        "\"" + description.name + "\" " +
+        (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +
+        (reason.empty() ? "" : ": " + reason));
+}
+
+/// Throws `usage_error` if a required option takes no object.
+void requireInputs(const Step& step, const AlgorithmRun& run)
+{
+    for (const auto& option : run.describe().options)
+        if (option.isRequired &&
+            std::ranges::find(step.assignments, option.name, &OptionAssignment::option) ==
+                step.assignments.end())
+            throw usage_error(Options::missing_option_error(option.name).what());
+}
+
+/// Puts a member at the beginning of an object.
+Json withFirst(const std::string& name, Json value, const Json& object)
+{
+    Json result{{name, std::move(value)}};
+    result.update(object);
+    return result;
+}
+
+}
+
+/// An algorithm while its step is executed.
+struct PlanRun::StepRun
+{
+    StepRun(const Surroundings& surroundings, const Step& step, ObjectPool& pool,
+            const RunInputs::FindResult& findResult)
+        : run(surroundings.algorithms, step.algorithm), inputs(run, pool, findResult)
+    {
+    }
+
+    AlgorithmRun run;
+    RunInputs inputs;
+    RunMeasurements measurements;
+};
+
+PlanRun::PlanRun(MakePlan makePlan, Loop loop, const Surroundings& surroundings)
+    : mMakePlan(std::move(makePlan)), mLoop(std::move(loop)), mSurroundings(surroundings),
+      mPool(surroundings.loader), mOutputs(surroundings.observer, surroundings.abortFlag)
+{
+    findIterations();
+}
+
+void PlanRun::findIterations()
+{
+    switch (mLoop.kind)
+    {
+    case Loop::Kind::Once:
+        mIterations.emplace_back();
+        break;
+    case Loop::Kind::EachStep:
+        for (const double time : findSeries(mMakePlan({.time = 0.0})))
+            mIterations.push_back({.time = time});
+        break;
+    case Loop::Kind::Sweep:
+        for (const std::string& value : mLoop.values)
+            mIterations.push_back({.variable = mLoop.variable, .value = value});
+        break;
+    }
+    for (std::size_t i = 0; i < mIterations.size(); ++i)
+    {
+        mIterations[i].index = i;
+        mIterations[i].count = mIterations.size();
+    }
+}
+
+/// Finds the inputs that are time series, and returns the times that they share.
+std::vector<double> PlanRun::findSeries(const Plan& plan)
+{
+    std::vector<double> shared;
+    std::string first;
+    for (std::size_t i = 0; i < plan.steps.size(); ++i)
+        for (std::size_t j = 0; j < plan.steps[i].assignments.size(); ++j)
+        {
+            const auto& reference = plan.steps[i].assignments[j].reference;
+            const auto times =
+                reference ? reference->seriesTimes(mSurroundings.loader) : std::vector<double>{};
+            if (times.empty())
+                continue;
+            if (!first.empty() && times != shared)
+                throw usage_error(reference->text + " and " + first +
+                                  " have different time steps; a loop over time steps takes series "
+                                  "with the same ones");
+            first = reference->text;
+            shared = times;
+            mSeries.push_back({i, j});
+        }
+    if (shared.empty())
+        throw usage_error("a loop over time steps needs a time series among the inputs");
+    return shared;
+}
+
+Plan PlanRun::planOf(const Iteration& iteration) const
+{
+    Plan plan = mMakePlan(iteration);
+    for (const auto& [step, index] : mSeries)
+    {
+        OptionAssignment& assignment = plan.steps.at(step).assignments.at(index);
+        assignment.reference = assignment.reference->restrictedTo(*iteration.time);
+        assignment.value = assignment.reference->text;
+    }
+    return plan;
+}
+
+void PlanRun::check(const std::vector<std::filesystem::path>& others) const
+{
+    const Plan plan = planOf(mIterations.front());
+    // A single algorithm finds out by itself, before any time is lost.
+    if (plan.steps.size() > 1)
+        for (const Step& step : plan.steps)
+            at(placeOf({}, step), [&]
+               { requireInputs(step, AlgorithmRun(mSurroundings.algorithms, step.algorithm)); });
+    checkNumberPlaces(plan.outputs, mLoop);
+
+    std::vector<std::filesystem::path> destinations;
+    for (const Iteration& iteration : mIterations)
+        for (const OutputRequest& request : plan.outputs)
+            if (iteration.index == 0 || hasNumberPlace(request.file))
+                destinations.push_back(request.fileFor(iteration));
+    std::ranges::copy(others, std::back_inserter(destinations));
+    checkDestinations(destinations,
+                      inputFiles(mLoop.isOnce() ? plan.steps : mMakePlan({.time = 0.0}).steps,
+                                 mSurroundings.loader));
+}
+
+void PlanRun::execute()
+{
+    if (!mLoop.isOnce())
+        survey();
+    for (const Iteration& iteration : mIterations)
+    {
+        if (!mLoop.isOnce())
+            mSurroundings.observer.iterationStarted(iteration);
+        mReports.push_back(executeIteration(iteration));
+        if (!mLoop.isOnce())
+            mOutputs.publishFinished();
+    }
+    mFiles = mOutputs.finish();
+}
+
+Json PlanRun::report() const
+{
+    return mLoop.isOnce() ? mReports.front() : Json(mReports);
+}
+
+void PlanRun::survey()
+{
+    const auto steps = LoopSurvey::stepsToSurvey(planOf(mIterations.front()));
+    if (steps.empty())
+        return;
+    for (const Iteration& iteration : mIterations)
+        surveyIteration(planOf(iteration), steps);
+}
+
+void PlanRun::surveyIteration(const Plan& plan, const std::set<std::size_t>& steps)
+{
+    ProgressFollower follower(mSurroundings.observer);
+    for (const std::size_t index : steps)
+    {
+        const Step& step = plan.steps[index];
+        StepRun current(mSurroundings, step, mPool,
+                        [this](const StepOutput& source) {
+                            return mResults.at({source.step, source.port});
+                        });
+        current.inputs.apply(step, ValueRange{});
+        if (LoopSurvey::needsRange(step))
+            if (const auto norms = current.inputs.shownNorms(step))
+                mSurvey.addNorms(index, *norms);
+        executeFollowed(current.run, follower, mSurroundings.abortFlag);
+        if (LoopSurvey::needsSuggestions(step))
+            mSurvey.addSuggestions(index, current.run.suggestions());
+        keepResults(current.run, plan, index);
+    }
+    releaseUnused(plan, plan.steps.size());
+}
+
+Json PlanRun::executeIteration(const Iteration& iteration)
+{
+    const Plan plan = planOf(iteration);
+    Json reports = Json::array();
+    for (std::size_t index = 0; index < plan.steps.size(); ++index)
+    {
+        const Step& step = plan.steps[index];
+        StepRun current(mSurroundings, step, mPool,
+                        [this](const StepOutput& source) {
+                            return mResults.at({source.step, source.port});
+                        });
+        at(placeOf(iteration, step),
+           [&]
+           {
+               load(current, plan, index, mSurvey.norms(index));
+               run(current, plan, index);
+               timed(current.measurements.seconds.write,
+                     [&]
+                     {
+                         const OutputFiles::Context context{
+                             current.inputs.objects(),
+                             iteration.time ? iteration.time : current.inputs.timeOfSeries(step)};
+                         for (const OutputRequest* const request : requestsFor(index, plan))
+                             current.measurements.outputs.push_back(
+                                 mOutputs.write(*request, current.run, context, iteration));
+                     });
+           });
+        const Json report = reportOn(current.run, step, plan, current.measurements);
+        reports.push_back(step.id.empty() ? report : withFirst("id", step.id, report));
+        keepResults(current.run, plan, index);
+        releaseUnused(plan, index + 1);
+    }
+    Json report = plan.steps.size() == 1 && plan.steps.front().id.empty()
+                      ? reports.front()
+                      : Json{{"formatVersion", reportFormatVersion}, {"steps", std::move(reports)}};
+    if (iteration.time)
+        return withFirst("time", *iteration.time, report);
+    if (!iteration.variable.empty())
+        return withFirst("variables", {{iteration.variable, iteration.value}}, report);
+    return report;
+}
+
+void PlanRun::load(StepRun& step, const Plan& plan, std::size_t index,
+                   const std::optional<ValueRange>& range)
+{
+    timed(step.measurements.seconds.read, [&] { step.inputs.apply(plan.steps[index], range); });
+    mSurroundings.observer.inputsLoaded();
+    std::vector<OutputRequest> requests;
+    for (const OutputRequest* const request : requestsFor(index, plan))
+        requests.push_back(*request);
+    checkFormats(requests, step.inputs.objects(), mLoop);
+}
+
+/// Gives the automatic options the suggested values. Without a suggestion an option stays at its
+/// default.
+void PlanRun::setSuggested(StepRun& current, const Step& step,
+                           const std::map<std::string, std::string>& suggestions)
+{
+    // A copy, because setting an option may drop the suggestions of the run.
+    const std::map<std::string, std::string> values = suggestions;
+    for (const OptionAssignment& assignment : step.assignments)
+    {
+        if (!assignment.isAutomatic)
+            continue;
+        if (const auto value = values.find(assignment.option); value != values.end())
+            current.run.setText(assignment.option, value->second);
+        else
+            mSurroundings.observer.hinted("no value is suggested for \"" + assignment.option +
+                                          "\", which stays at its default");
+    }
+}
+
+void PlanRun::run(StepRun& current, const Plan& plan, std::size_t index)
+{
+    const Step& step = plan.steps[index];
+    const auto requests = requestsFor(index, plan);
+    timed(current.measurements.seconds.execute,
+          [&]
+          {
+              if (LoopSurvey::needsSuggestions(step))
+              {
+                  if (mLoop.isOnce())
+                  {
+                      ProgressFollower follower(mSurroundings.observer);
+                      executeFollowed(current.run, follower, mSurroundings.abortFlag);
+                  }
+                  setSuggested(current, step,
+                               mLoop.isOnce() ? current.run.suggestions()
+                                              : mSurvey.suggestions(index));
+              }
+              StepFollower follower(mSurroundings.observer, requests);
+              executeFollowed(current.run, follower, mSurroundings.abortFlag);
+          });
+    requireResults(current.run, index, plan, mSurroundings.observer);
+}
+
+/// Keeps the results that later steps take.
+void PlanRun::keepResults(const AlgorithmRun& run, const Plan& plan, std::size_t index)
+{
+    for (std::size_t later = index + 1; later < plan.steps.size(); ++later)
+        for (const OptionAssignment& assignment : plan.steps[later].assignments)
+            if (assignment.source && assignment.source->step == index)
+                mResults[{index, assignment.source->port}] = run.result(assignment.source->port);
+}
+
+/// Releases what neither the steps from `next` on nor the next iteration will take.
+void PlanRun::releaseUnused(const Plan& plan, std::size_t next)
+{
+    std::set<std::pair<std::size_t, std::string>> results;
+    std::set<std::string> texts;
+    for (std::size_t i = 0; i < plan.steps.size(); ++i)
+        for (std::size_t j = 0; j < plan.steps[i].assignments.size(); ++j)
+        {
+            const OptionAssignment& assignment = plan.steps[i].assignments[j];
+            const bool isOfSeries =
+                std::ranges::any_of(mSeries, [&](const SeriesPlace& place)
+                                    { return place.step == i && place.assignment == j; });
+            if (assignment.source && i >= next)
+                results.emplace(assignment.source->step, assignment.source->port);
+            if (assignment.reference && (i >= next || (!mLoop.isOnce() && !isOfSeries)))
+                texts.insert(assignment.reference->text);
+        }
+    std::erase_if(mResults, [&](const auto& entry) { return !results.contains(entry.first); });
+    mPool.keepOnly(texts);
+}
+
+/// Says in messages where something went wrong: "time 0.5: step "mean": "; empty for the only step
+/// outside of a loop.
+std::string PlanRun::placeOf(const Iteration& iteration, const Step& step) const
+{
+    const std::string name = iteration.name();
+    return (name.empty() ? "" : name + ": ") +
+           (step.id.empty() ? "" : "step \"" + step.id + "\": ");
+}
+
+}
