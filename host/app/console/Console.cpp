@@ -80,11 +80,17 @@ void Console::lines(std::string_view text)
 void Console::printForeign(Stream stream, std::string_view text)
 {
     const std::scoped_lock lock(mMutex);
-    if (text.empty())
+    if (text.empty() || (mDiscardsForeignOutput && stream == Output))
         return;
     eraseStatus();
     writeBytes(stream, text);
     isLineOpen(stream) = text.back() != '\n';
+}
+
+void Console::discardForeignOutput()
+{
+    const std::scoped_lock lock(mMutex);
+    mDiscardsForeignOutput = true;
 }
 
 void Console::showStatus(const std::string& text)
