@@ -161,7 +161,7 @@ const Case
     {"AnythingIsNotGuessed", "trial Kinds 'Anything=flow.vtu#nix'", 2, "error: flow.vtu: no array \"nix\"; there is \"velocity\"\n"},
     {"AnythingIsColorMap", "trial Kinds Anything=viridis@0:1 >&2", 0, "Anything: other\n"},
     {"BundleIsConnectedWhole", "trial Kinds Pair=flow.vtu Scale=2 Pair=abc_flow.vti >&2", 0, "Pair: function velocity\nPair: function velocity\n"},
-    {"BundleOfThreeIsRefused", "trial Kinds Pair=flow.vtu Pair=flow.vtu Pair=flow.vtu", 2, "error: option \"Pair\": it does not take these 3 objects\n"},
+    {"BundleOfThreeIsRefused", "trial Kinds Pair=flow.vtu Pair=flow.vtu Pair=flow.vtu", 2, "error: option \"Pair\": it does not take a bundle of 3 objects\n"},
     {"BundleIsEmptied", "trial Kinds Things=flow.vtu Things= Things=gray Things=flow.vtu#velocity >&2", 0, "Things: other\nThings: function velocity\n"},
     {"DataComesBeforeValues", "trial Kinds Scale=2 Pair=flow.vtu Pair=flow.vtu >/dev/null && tavrin --plugin \"$PLUGIN\" describe Trial/Kinds Scale=2 Pair=flow.vtu Pair=flow.vtu >/dev/null", 0, ""},
     {"RefusedChange", "trial Kinds Scale=2", 2, "error: option \"Scale\": needs a pair\n"},

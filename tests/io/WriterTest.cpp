@@ -106,6 +106,18 @@ TEST_F(Writer, WritesWhatVtkReadsAsItsOwn)
     EXPECT_NE(mesh->GetPointData()->GetScalars(), nullptr);
 }
 
+/// Which of both zeros VTK finds first depends on its threads.
+TEST_F(Writer, WritesTheSameBoundOfEitherZero)
+{
+    for (const double zero : {0.0, -0.0})
+    {
+        writeFunction(*fieldOf<Scalar>({{zero}, {zero}, {1.0}}), "f", folder() / "f.vti",
+                      neverAbort);
+        const std::string content = contentOf("f.vti");
+        EXPECT_NE(content.find("RangeMin=\"0\""), std::string::npos) << content.substr(0, 500);
+    }
+}
+
 TEST_F(Writer, LeavesAnExistingFileAloneWhenItFails)
 {
     const auto function = awkwardFunction<Vector3>(std::make_shared<UniformGrid<3>>(

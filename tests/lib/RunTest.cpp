@@ -132,7 +132,7 @@ TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Grid", bundle); }),
               "option \"Grid\": it takes a grid or point set, not this object");
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Bundle", bundle); }),
-              "option \"Bundle\": it does not take these 3 objects");
+              "option \"Bundle\": it does not take a bundle of 3 objects");
     run.connect("Bundle", lineOf(2));
     run.setText("Mode", "misuse");
     EXPECT_THROW(run.execute(neverAbort), logic_error);

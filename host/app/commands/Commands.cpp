@@ -6,9 +6,9 @@ namespace tavrin::app
 std::vector<std::unique_ptr<Command>> makeCommands(CLI::App& program)
 {
     std::vector<std::unique_ptr<Command>> commands;
-    for (const auto make :
-         {makeListCommand, makeDescribeCommand, makeInfoCommand, makeRunCommand,
-          makeExamplesCommand, makeCompletionCommand, makeManCommand, makeHelpCommand})
+    for (const auto make : {makeListCommand, makeDescribeCommand, makeInfoCommand, makeRunCommand,
+                            makePipelineCommand, makeExamplesCommand, makeCompletionCommand,
+                            makeManCommand, makeHelpCommand})
         commands.push_back(make(program));
     return commands;
 }

@@ -4,6 +4,7 @@
 #include "../run/PlanFollower.hpp"
 #include "../run/Threads.hpp"
 
+#include <tavrin/pipeline/PlanPreview.hpp>
 #include <tavrin/pipeline/WholeFile.hpp>
 
 namespace tavrin::app
@@ -40,6 +41,19 @@ void executePlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Lo
     session.console.requireOutput();
     for (const auto& file : files)
         file->publish();
+}
+
+void previewPlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Loop& loop,
+                 Session& session)
+{
+    Warnings warnings(session.console);
+    io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
+    PlanFollower follower(session.console, warnings, {session.progressMode, session.isVerbose});
+    const pipeline::PlanRun run(makePlan, loop,
+                                {session.algorithms, loader, follower, session.abortFlag});
+    run.check();
+    startThreads();
+    session.console.print(pipeline::previewOf(run, loader));
 }
 
 }

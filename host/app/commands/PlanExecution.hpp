@@ -14,4 +14,8 @@ namespace tavrin::app
 void executePlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Loop& loop,
                  const std::optional<std::string>& reportFile, Session& session);
 
+/// Checks a plan as `executePlan` does, and prints what it would do.
+void previewPlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Loop& loop,
+                 Session& session);
+
 }

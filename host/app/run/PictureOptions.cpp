@@ -1,31 +1,11 @@
 #include "PictureOptions.hpp"
 
-#include <tavrin/value/LexicalCast.hpp>
-
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 
 namespace tavrin::app
 {
-
-namespace
-{
-
-std::size_t parseArrows(const std::string& text)
-{
-    try
-    {
-        if (const long count = lexicalCast<long>(text); count > 0)
-            return static_cast<std::size_t>(count);
-    }
-    catch (const bad_lexical_cast&)
-    {
-    }
-    throw usage_error("--arrows: \"" + text + "\" is not a whole number from 1 on");
-}
-
-}
 
 void PictureOptions::declare(CLI::App& syntax)
 {
@@ -62,7 +42,7 @@ void PictureOptions::applyTo(pipeline::Plan& plan) const
     {
         request.picture = mWords;
         if (mArrows && request.isGraphics)
-            plan.steps.at(request.step).maximumArrows = parseArrows(*mArrows);
+            plan.steps.at(request.step).maximumArrows = pipeline::parseMaximumArrows(*mArrows);
     }
 }
 

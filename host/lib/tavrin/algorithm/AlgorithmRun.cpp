@@ -124,23 +124,30 @@ void AlgorithmRun::connect(const std::string& option, std::shared_ptr<const Data
 
 void AlgorithmRun::setText(const std::string& option, const std::string& text)
 {
-    setFrom(option, text, &InputValueBase::fromString);
+    InputValueBase& input = valueInput(option);
+    refuseForOption(option, [&] { input.fromString(text); });
+}
+
+void AlgorithmRun::checkText(const std::string& option, const std::string& text) const
+{
+    const InputValueBase& input = valueInput(option);
+    refuseForOption(option, [&] { input.check(text); });
 }
 
 void AlgorithmRun::setDirectly(const std::string& option, const std::string& text)
 {
-    setFrom(option, text, &InputValueBase::fromStringUnchecked);
+    InputValueBase& input = valueInput(option);
+    refuseForOption(option, [&] { input.fromStringUnchecked(text); });
 }
 
-void AlgorithmRun::setFrom(const std::string& option, const std::string& text,
-                           void (InputValueBase::*set)(const std::string&))
+InputValueBase& AlgorithmRun::valueInput(const std::string& option) const
 {
     const auto input = findInput(option);
     auto* const value = dynamic_cast<InputValueBase*>(input.get());
     if (value == nullptr)
         throw usage_error("option \"" + option + "\" takes no text; it is a " +
                           std::string(nameOf(input->kind())) + " option");
-    refuseForOption(option, [&] { (value->*set)(text); });
+    return *value;
 }
 
 void AlgorithmRun::execute(const volatile bool& abortFlag, RunObserver* observer)

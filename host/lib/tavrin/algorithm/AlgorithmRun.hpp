@@ -101,6 +101,10 @@ public:
     /// option, one that takes no text, or a text that it does not accept.
     void setText(const std::string& option, const std::string& text);
 
+    /// Checks whether an option takes a text, as far as that can be told without the other options.
+    /// Throws as `setText`.
+    void checkText(const std::string& option, const std::string& text) const;
+
     /// Sets an option from a text without asking its validator, for values that a choice does not
     /// offer. Throws as `setText`.
     void setDirectly(const std::string& option, const std::string& text);
@@ -136,8 +140,7 @@ private:
     void announced(const std::string& portName, const Domain& domain,
                    std::size_t numTimeSteps) override;
 
-    void setFrom(const std::string& option, const std::string& text,
-                 void (InputValueBase::*set)(const std::string&));
+    InputValueBase& valueInput(const std::string& option) const;
     std::shared_ptr<InputBase> findInput(const std::string& option) const;
 
     std::shared_ptr<AlgorithmFactory> mFactory;

@@ -22,12 +22,20 @@ std::string alternatives(const RTTICollection& types)
     return text;
 }
 
+/// "1 object", "2 objects".
+std::string numbered(std::size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " object" : " objects");
+}
+
 /// "a function of type 3-D Vector on Points", for messages about objects that are not accepted.
 std::string descriptionOf(const DataObject& object)
 {
     if (const auto* const function = dynamic_cast<const FunctionBase*>(&object))
         return "a function of type " + function->valueTypeName() + " on " +
                function->domainPart().getName();
+    if (const auto* const bundle = dynamic_cast<const DataObjectBundle*>(&object))
+        return "a bundle of " + numbered(bundle->members().size());
     const auto* const points = dynamic_cast<const PointSetBase*>(&object);
     if (points == nullptr)
         return "this object";
@@ -125,8 +133,7 @@ void InputDataObjectBundle::setBundle(const std::shared_ptr<const DataObjectBund
                     : std::make_shared<const DataObjectBundle>(std::move(members));
     }
     if (taken != nullptr && mFilter && !mFilter(*taken))
-        throw usage_error("it does not take these " + std::to_string(taken->members().size()) +
-                          " objects");
+        throw usage_error("it does not take a bundle of " + numbered(taken->members().size()));
     if (taken != mBundle)
         change(mBundle, std::move(taken));
 }

@@ -95,6 +95,9 @@ public:
     /// text that does not convert, and what the validator throws.
     virtual void fromString(const std::string& text) = 0;
 
+    /// Checks a text without setting anything. Throws as `fromString`.
+    virtual void check(const std::string& text) const = 0;
+
     /// Converts the text and sets the value without asking the validator.
     virtual void fromStringUnchecked(const std::string& text) = 0;
 
@@ -130,6 +133,12 @@ public:
     }
 
     void fromString(const std::string& text) override { setValue(lexicalCast<T>(text)); }
+    void check(const std::string& text) const override
+    {
+        const T value = lexicalCast<T>(text);
+        if (mValidator)
+            static_cast<void>(mValidator(value));
+    }
     void fromStringUnchecked(const std::string& text) override
     {
         setUnchecked(lexicalCast<T>(text));

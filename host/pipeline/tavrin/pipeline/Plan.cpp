@@ -1,6 +1,9 @@
 #include <tavrin/pipeline/Plan.hpp>
 
+#include <tavrin/pipeline/SilentOutput.hpp>
 #include <tavrin/pipeline/Words.hpp>
+
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <BundleTools/ListParser.hpp>
 
@@ -13,21 +16,6 @@ namespace
 /// More than anybody can wait for; a range with a tiny step is a mistake.
 constexpr std::size_t maximumValues = 1'000'000;
 
-/// Discards what is written to standard output through streams while the object lives: the parser
-/// of set expressions writes a trace.
-class Silence
-{
-public:
-    Silence() : mBuffer(std::cout.rdbuf(mSink.rdbuf())) {}
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() { std::cout.rdbuf(mBuffer); }
-
-private:
-    std::ostringstream mSink;
-    std::streambuf* mBuffer;
-};
-
 }
 
 std::string Iteration::name() const
@@ -35,6 +23,19 @@ std::string Iteration::name() const
     if (time)
         return "time " + shortestText(*time);
     return variable.empty() ? "" : variable + " " + value;
+}
+
+std::size_t parseMaximumArrows(const std::string& text)
+{
+    try
+    {
+        if (const long count = lexicalCast<long>(text); count > 0)
+            return static_cast<std::size_t>(count);
+    }
+    catch (const bad_lexical_cast&)
+    {
+    }
+    throw usage_error("\"" + text + "\" is not a number of arrows, which is a whole number from 1");
 }
 
 std::vector<std::string> sweepValues(const std::string& expression)
@@ -46,7 +47,7 @@ std::vector<std::string> sweepValues(const std::string& expression)
                           "1,2,5" +
                           cause);
     };
-    const Silence silence;
+    const SilentOutput silence;
     ListParser<double> parser;
     std::vector<std::string> values;
     try

@@ -61,6 +61,9 @@ struct TAVRIN_API Iteration
     std::string name() const;
 };
 
+/// The number of values to be shown. Throws `usage_error` for a text that is no whole number from 1.
+TAVRIN_API std::size_t parseMaximumArrows(const std::string& text);
+
 /// The values of a set expression such as "[0:1#0.1]" or "1,2,5", as texts that name the numbers
 /// exactly. Throws `usage_error` for a malformed expression and for one without values.
 TAVRIN_API std::vector<std::string> sweepValues(const std::string& expression);

@@ -2,6 +2,7 @@
 
 #include <tavrin/pipeline/OutputChecks.hpp>
 #include <tavrin/pipeline/RunFailure.hpp>
+#include <tavrin/pipeline/SilentOutput.hpp>
 #include <tavrin/pipeline/Words.hpp>
 
 #include <tavrin/colormap/NormRange.hpp>
@@ -90,7 +91,7 @@ private:
     const std::vector<const OutputRequest*>& mRequests;
 };
 
-/// Shows only the progress of a run that is made in advance.
+/// Shows only the progress of a run that is made in advance, not what it prints.
 class ProgressFollower final : public RunObserver
 {
 public:
@@ -100,6 +101,7 @@ public:
 
 private:
     RunObserver& mObserver;
+    SilentOutput mSilence;
 };
 
 void executeFollowed(AlgorithmRun& run, RunObserver& observer, const volatile bool& abortFlag)
@@ -415,9 +417,11 @@ void PlanRun::run(StepRun& current, const Plan& plan, std::size_t index)
           {
               if (LoopSurvey::needsSuggestions(step))
               {
-                  ProgressFollower follower(mSurroundings.observer);
                   if (mLoop.isOnce())
+                  {
+                      ProgressFollower follower(mSurroundings.observer);
                       executeFollowed(current.run, follower, mSurroundings.abortFlag);
+                  }
                   setSuggested(current, step,
                                mLoop.isOnce() ? current.run.suggestions()
                                               : mSurvey.suggestions(index));

@@ -1,9 +1,11 @@
 #include <tavrin/pipeline/YamlDocument.hpp>
 
+#include <tavrin/base/Suggestion.hpp>
 #include <tavrin/io/FileError.hpp>
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -129,6 +131,27 @@ const YamlNode* YamlNode::find(const std::string& key) const
         if (name.text == key)
             return &value;
     return nullptr;
+}
+
+const YamlNode& YamlNode::required(const std::string& key, const std::string& what) const
+{
+    const YamlNode* const value = find(key);
+    if (value == nullptr || value->kind == Kind::Nothing)
+        place.refuse(what + " needs \"" + key + "\"");
+    return *value;
+}
+
+void YamlNode::requireKeys(const std::vector<std::string>& known, const std::string& what) const
+{
+    for (const auto& [key, value] : entriesOf(what))
+        key.requireAmong(known, "key");
+}
+
+void YamlNode::requireAmong(const std::vector<std::string>& known,
+                            const std::string& category) const
+{
+    if (std::ranges::find(known, text) == known.end())
+        place.refuse("unknown " + category + " \"" + text + "\"" + suggestionFor(text, known));
 }
 
 YamlNode readYaml(const std::filesystem::path& file)

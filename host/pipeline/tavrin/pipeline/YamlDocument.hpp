@@ -53,7 +53,31 @@ struct YamlNode
 
     /// The value of a key, or null.
     const YamlNode* find(const std::string& key) const;
+
+    /// The value of a key. A map without it is refused; `what` says what the map is.
+    const YamlNode& required(const std::string& key, const std::string& what) const;
+
+    /// Refuses anything but a map that has no other keys than these.
+    void requireKeys(const std::vector<std::string>& known, const std::string& what) const;
+
+    /// Refuses a text that is not among those known, with the most similar one; `category` says what they
+    /// are, as in "option".
+    void requireAmong(const std::vector<std::string>& known, const std::string& category) const;
 };
+
+/// Does a piece of work; a `usage_error` that it throws gets the place.
+template<typename Work>
+auto at(const FilePlace& place, const Work& work)
+{
+    try
+    {
+        return work();
+    }
+    catch (const usage_error& error)
+    {
+        place.refuse(error.what());
+    }
+}
 
 /// Reads a YAML or JSON file of one document. Throws `io::FileError` for a file that cannot be read
 /// or is not YAML, with line and column, and `usage_error` for one whose aliases expand to an

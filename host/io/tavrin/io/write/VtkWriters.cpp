@@ -9,6 +9,9 @@
 
 #include <vtkCellData.h>
 #include <vtkFieldData.h>
+#include <vtkInformation.h>
+#include <vtkInformationDoubleVectorKey.h>
+#include <vtkInformationVector.h>
 #include <vtkPointData.h>
 #include <vtkUnsignedCharArray.h>
 
@@ -20,6 +23,22 @@ namespace
 
 using ArrayView = VtkView<vtkDoubleArray>;
 
+/// Makes VTK write 0 and not -0 as the bound of values that have both. It takes the one that a thread of
+/// its own sees first, which differs from run to run.
+void unifyZeroBounds(vtkDataArray& array)
+{
+    if (array.GetNumberOfComponents() != 1)
+        return;
+    // Makes VTK store the range, which it takes from there when it writes.
+    std::array<double, 2> range;
+    array.GetRange(range.data(), 0);
+    for (double& bound : range)
+        bound += 0.0;
+    vtkInformation& stored =
+        *array.GetInformation()->Get(vtkAbstractArray::PER_COMPONENT())->GetInformationObject(0);
+    stored.Set(vtkDataArray::COMPONENT_RANGE(), range.data(), 2);
+}
+
 template<Value T>
 ArrayView viewStep(const Function<T>& function, const std::string& name, std::size_t step)
 {
@@ -30,6 +49,7 @@ ArrayView viewStep(const Function<T>& function, const std::string& name, std::si
     const auto components = componentNamesOf(shapeOfType<T>());
     for (std::size_t i = 0; i < components.size(); ++i)
         view.object->SetComponentName(static_cast<vtkIdType>(i), components[i].c_str());
+    unifyZeroBounds(*view.object);
     return view;
 }
 
