@@ -102,8 +102,15 @@ int create(const fs::path& file, const fs::path& existing)
 
 }
 
+bool isStandardOutput(const fs::path& file)
+{
+    return file == "-" || file == "-.csv";
+}
+
 fs::path followLinks(fs::path file)
 {
+    if (isStandardOutput(file))
+        return "/proc/self/fd/1";
     // As many links as the system follows.
     constexpr int maximumLinks = 40;
     for (int link = 0; link < maximumLinks && !streamOf(file); ++link)
