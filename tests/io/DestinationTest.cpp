@@ -117,6 +117,39 @@ TEST_F(Destination, IsWrittenToAndNotReplacedWhereItIsNoRegularFile)
     EXPECT_EQ(listing(), (std::vector<std::string>{"log", "pipe"}));
 }
 
+TEST_F(Destination, IsStandardOutputForTables)
+{
+    create("out", "before\n");
+    const int before = dup(STDOUT_FILENO);
+    const int stream = open((folder() / "out").c_str(), O_WRONLY | O_APPEND);
+    dup2(stream, STDOUT_FILENO);
+    std::string error;
+    std::string untilPublished;
+    try
+    {
+        const auto file = io::prepareFunction(*steps({}), "f", "-.csv", neverAbort);
+        untilPublished = contentOf("out");
+        file->publish();
+        write(*steps({}), "-.csv");
+    }
+    catch (const std::exception& exception)
+    {
+        error = exception.what();
+    }
+    dup2(before, STDOUT_FILENO);
+    close(before);
+    close(stream);
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(untilPublished, "before\n");
+    EXPECT_TRUE(contentOf("out").starts_with("before\nx,f\n0.3")) << contentOf("out");
+    // In a folder it is an ordinary name.
+    EXPECT_EQ(listing(), (std::vector<std::string>{"-.csv", "out"}));
+    EXPECT_EQ(
+        errorOf<usage_error>([&] { io::writeFunction(*steps({}), "f", "-.vti", neverAbort); }),
+        "-.vti: standard output takes tables, as -.csv");
+    io::requireWritable("-.csv");
+}
+
 TEST_F(Destination, IsClearedOfWhatKilledProcessesLeft)
 {
     const std::string dead = ".tavrin-" + std::to_string(deadProcess());

@@ -43,6 +43,13 @@ public:
         GhostBits bits;
     };
 
+    /// The coordinates of a rectilinear grid along an axis, and the precision in which they are stored.
+    struct Coordinates
+    {
+        std::vector<double> values;
+        Precision precision = Precision::Float64;
+    };
+
     /// First and last index along each axis.
     using Extent = std::array<std::int64_t, 6>;
 
@@ -79,8 +86,7 @@ public:
     virtual std::optional<Marks> readMarks(Association association) = 0;
     /// The points of a curvilinear or unstructured grid.
     virtual StoredArray readPoints() = 0;
-    /// The coordinates of a rectilinear grid along an axis.
-    virtual StoredArray readCoordinates(std::size_t axis) = 0;
+    virtual Coordinates readCoordinates(std::size_t axis) = 0;
     /// The cells of an unstructured grid.
     virtual FileCells readCells() = 0;
 

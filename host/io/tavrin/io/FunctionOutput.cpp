@@ -1,6 +1,7 @@
 #include <tavrin/io/FunctionOutput.hpp>
 
 #include <tavrin/io/Formats.hpp>
+#include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/Writer.hpp>
 #include <tavrin/io/write/GridFileWriter.hpp>
 #include <tavrin/value/LexicalCast.hpp>
@@ -18,6 +19,8 @@ std::unique_ptr<FunctionWriter> makeWriter(const std::filesystem::path& file,
     if (format == nullptr || !format->isWritten())
         throw usage_error(file.string() + ": data is written as " +
                           enumerate(writableExtensions(), "or"));
+    if (file.stem() == "-" && !file.has_parent_path() && !isStandardOutput(file))
+        throw usage_error(file.string() + ": standard output takes tables, as -.csv");
     if (format->startSeries != nullptr)
         return format->startSeries(file, abortFlag);
     return std::make_unique<GridFileWriter>(*format, file, abortFlag);

@@ -19,7 +19,8 @@ class FunctionWriter;
 ///     files.push_back(output.finish());
 ///
 /// It takes memory for one step at a time, and each step may have a grid of its own. Destroying it
-/// before `finish` removes what was written.
+/// before `finish` removes what was written. The file "-.csv" is standard output, which gets its text
+/// when the file is published.
 class TAVRIN_API FunctionOutput
 {
 public:

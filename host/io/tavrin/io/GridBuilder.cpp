@@ -175,10 +175,13 @@ BuiltGrid buildUniform(const DataFile& file, std::optional<std::size_t> dimensio
 BuiltGrid buildRectilinear(DataFile& file, std::optional<std::size_t> dimension)
 {
     std::array<std::vector<double>, 3> all;
+    Precision precision = Precision::Float64;
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        const StoredArray stored = file.readCoordinates(axis);
-        all[axis].assign(stored.as<double>(), stored.as<double>() + stored.tuples);
+        auto [values, stored] = file.readCoordinates(axis);
+        all[axis] = std::move(values);
+        if (stored == Precision::Float32)
+            precision = stored;
     }
     const auto isZero = [](const std::vector<double>& coordinates)
     { return coordinates == std::vector<double>{0.0}; };
@@ -189,7 +192,7 @@ BuiltGrid buildRectilinear(DataFile& file, std::optional<std::size_t> dimension)
         {
             typename RectilinearGrid<D>::Coordinates coordinates;
             std::copy_n(all.begin(), D, coordinates.begin());
-            return {std::make_shared<const RectilinearGrid<D>>(coordinates), {}, {}, {}};
+            return {std::make_shared<const RectilinearGrid<D>>(coordinates, precision), {}, {}, {}};
         });
 }
 

@@ -11,8 +11,15 @@ namespace tavrin::io
 
 class FileBuffer;
 
+/// Whether the path stands for standard output: "-" for text, "-.csv" for tables.
+TAVRIN_API bool isStandardOutput(const std::filesystem::path& file);
+
+/// Names the descriptor of standard output, for a program that has moved it; 1 by default.
+TAVRIN_API void setStandardOutput(int descriptor);
+
 /// The file that a path leads to if symbolic links are followed, also where the last link leads to
-/// a file that does not exist yet. A link that stands for an open stream, such as "/dev/stdout", is
+/// a file that does not exist yet. Standard output is a file
+/// in "/proc/self/fd". A link that stands for an open stream, such as "/dev/stdout", is
 /// not followed further than to "/proc/self/fd/NUMBER".
 TAVRIN_API std::filesystem::path followLinks(std::filesystem::path file);
 
@@ -23,7 +30,8 @@ TAVRIN_API void requireWritable(const std::filesystem::path& file);
 /// temporary file in the same folder, which is removed with the object. If the name is a symbolic
 /// link, the file that it leads to is written. A replaced file leaves its permissions to the new one.
 ///
-/// A device, a pipe or an open stream is never replaced: publishing writes the content to it.
+/// A device, a pipe or an open stream, such as standard output, is never replaced: publishing writes
+/// the content to it, and nothing is written to it before.
 ///
 ///     OutputFile file("report.json", abortFlag);
 ///     file.stream() << text;

@@ -32,8 +32,9 @@ void check(const std::vector<double>& coordinates, std::size_t axis)
 }
 
 template<std::size_t D>
-RectilinearGrid<D>::RectilinearGrid(Coordinates coordinates)
-    : StructuredGrid<D>(sizeOf(coordinates)), mCoordinates(std::move(coordinates))
+RectilinearGrid<D>::RectilinearGrid(Coordinates coordinates, Precision precision)
+    : StructuredGrid<D>(sizeOf(coordinates)), mCoordinates(std::move(coordinates)),
+      mPrecision(precision)
 {
     for (std::size_t axis = 0; axis < D; ++axis)
         check(mCoordinates[axis], axis);

@@ -14,12 +14,13 @@ public:
     using Coordinates = std::array<std::vector<double>, D>;
 
     /// The coordinates of each axis must be finite and strictly monotonic, ascending or
-    /// descending; throws `runtime_error` otherwise.
-    explicit RectilinearGrid(Coordinates coordinates);
+    /// descending; throws `runtime_error` otherwise. `precision` is the one that they were stored in.
+    explicit RectilinearGrid(Coordinates coordinates, Precision precision = Precision::Float64);
 
     const Coordinates& coordinates() const { return mCoordinates; }
 
     Point point(std::size_t index) const override;
+    Precision coordinatePrecision() const override { return mPrecision; }
     StructuringType structuringType() const override { return StructuringType::Rectilinear; }
     bool equals(const Domain& other) const override;
 
@@ -38,6 +39,7 @@ protected:
 
 private:
     Coordinates mCoordinates;
+    Precision mPrecision;
 };
 
 extern template class RectilinearGrid<1>;

@@ -67,15 +67,15 @@ private:
     std::size_t mValuesPerStep;
 };
 
-/// Evaluates a function on a grid, which must outlive it, at one position after the other.
+/// Evaluates a function on a grid, whose locator must outlive it, at one position after the other.
 template<std::size_t D, Value T, bool isOnPoints>
 class EvaluatorInGrid final : public FieldEvaluator<D, T>
 {
 public:
     using typename FieldEvaluator<D, T>::Position;
 
-    EvaluatorInGrid(const Function<T>& function, const EmbeddedCellComplex<D>& grid)
-        : mValues(function), mLocator(locatorOf(grid))
+    EvaluatorInGrid(const Function<T>& function, const CellLocator<D>& locator)
+        : mValues(function), mLocator(locator)
     {
         mPosition[0] = std::numeric_limits<double>::quiet_NaN();
     }
@@ -110,15 +110,15 @@ private:
     std::uint8_t mIsInside = 0;
 };
 
-/// Evaluates a function on a grid, which must outlive it, at many positions at once.
+/// Evaluates a function on a grid, whose locator must outlive it, at many positions at once.
 template<std::size_t D, Value T, bool isOnPoints>
 class BatchesInGrid final : public BatchEvaluator<D, T>
 {
 public:
     using typename BatchEvaluator<D, T>::Position;
 
-    BatchesInGrid(const Function<T>& function, const EmbeddedCellComplex<D>& grid)
-        : mValues(function), mLocator(locatorOf(grid))
+    BatchesInGrid(const Function<T>& function, const CellLocator<D>& locator)
+        : mValues(function), mLocator(locator)
     {
     }
 
@@ -226,16 +226,26 @@ template<std::size_t D, Value T>
 std::unique_ptr<FieldEvaluator<D, T>> FunctionField<D, T>::makeEvaluator() const
 {
     if (isOnPoints())
-        return std::make_unique<EvaluatorInGrid<D, T, true>>(mFunction, *mGrid);
-    return std::make_unique<EvaluatorInGrid<D, T, false>>(mFunction, *mGrid);
+        return std::make_unique<EvaluatorInGrid<D, T, true>>(mFunction, locator());
+    return std::make_unique<EvaluatorInGrid<D, T, false>>(mFunction, locator());
 }
 
 template<std::size_t D, Value T>
 std::unique_ptr<BatchEvaluator<D, T>> FunctionField<D, T>::makeBatchEvaluator() const
 {
     if (isOnPoints())
-        return std::make_unique<BatchesInGrid<D, T, true>>(mFunction, *mGrid);
-    return std::make_unique<BatchesInGrid<D, T, false>>(mFunction, *mGrid);
+        return std::make_unique<BatchesInGrid<D, T, true>>(mFunction, locator());
+    return std::make_unique<BatchesInGrid<D, T, false>>(mFunction, locator());
+}
+
+template<std::size_t D, Value T>
+const CellLocator<D>& FunctionField<D, T>::locator() const
+{
+    if (mFunction.reach() == 0.0)
+        return locatorOf(*mGrid);
+    std::call_once(mReachingLocatorOnce,
+                   [&] { mReachingLocator = makeReachingLocator(*mGrid, mFunction.reach()); });
+    return *mReachingLocator;
 }
 
 template<std::size_t D, Value T>

@@ -7,7 +7,7 @@ namespace tavrin
 
 /// A function on a grid as a field. Values on points are interpolated in the cell at the position by the
 /// shape functions of the cell's type; values on cells are constant in each cell. Outside of all cells
-/// the field has no value. Between two time steps values are interpolated linearly.
+/// the field has no value, except where the function reaches, see `FunctionBase::reach`. Between two time steps values are interpolated linearly.
 template<std::size_t D, Value T>
 class TAVRIN_API FunctionField final : public Field<D, T>
 {
@@ -26,11 +26,16 @@ public:
     PointSetBase::BoundingBox boundingBox() const override { return mGrid->boundingBox(); }
 
 private:
+    /// The locator, which the first call makes if the function reaches.
+    const CellLocator<D>& locator() const;
+
     bool isOnPoints() const { return mFunction.domainPart() == PointSetBase::Points; }
 
     // A copy, which shares domain and values with the original.
     Function<T> mFunction;
     const EmbeddedCellComplex<D>* mGrid;
+    mutable std::once_flag mReachingLocatorOnce;
+    mutable std::shared_ptr<const CellLocator<D>> mReachingLocator;
 };
 
 }

@@ -39,16 +39,18 @@ FunctionBase::FunctionBase(std::shared_ptr<const Domain> domain, const DomainPar
                            std::shared_ptr<const ValueArrayBase> values,
                            std::vector<double> timeSteps, std::string name,
                            std::shared_ptr<const ValidityMask> validity,
-                           std::shared_ptr<const FileIndices> fileIndices)
+                           std::shared_ptr<const FileIndices> fileIndices, double reach)
     : mDomain(std::move(domain)), mDomainPart(domainPart), mValues(std::move(values)),
       mTimeSteps(std::move(timeSteps)), mName(std::move(name)), mValidity(std::move(validity)),
-      mFileIndices(std::move(fileIndices))
+      mFileIndices(std::move(fileIndices)), mReach(reach)
 {
     if (mValues == nullptr)
         throw logic_error("a function needs an array of values");
     requireAscending(mTimeSteps);
     if (mValidity != nullptr && mValidity->size() != mValues->size())
         throw logic_error("the mask of a function's values has another size than they have");
+    if (!(mReach >= 0.0))
+        throw logic_error("the reach of a function must not be negative");
 }
 
 DomainType FunctionBase::domainType() const

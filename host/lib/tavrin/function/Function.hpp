@@ -70,6 +70,11 @@ public:
         return mFileIndices == nullptr ? element : (*mFileIndices)[element];
     }
 
+    /// How far from a surface, a line or a vertex its values reach, in units of the coordinates: at a
+    /// position in no cell the function as a field has the value of the closest point of the cells of
+    /// fewer dimensions than the space, if that is no farther away.
+    double reach() const { return mReach; }
+
     /// "3-D Vector" and the like.
     virtual std::string valueTypeName() const = 0;
 
@@ -85,7 +90,7 @@ protected:
     FunctionBase(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                  std::shared_ptr<const ValueArrayBase> values, std::vector<double> timeSteps,
                  std::string name, std::shared_ptr<const ValidityMask> validity,
-                 std::shared_ptr<const FileIndices> fileIndices);
+                 std::shared_ptr<const FileIndices> fileIndices, double reach);
 
 private:
     std::shared_ptr<const Domain> mDomain;
@@ -95,6 +100,7 @@ private:
     std::string mName;
     std::shared_ptr<const ValidityMask> mValidity;
     std::shared_ptr<const FileIndices> mFileIndices;
+    double mReach;
 };
 
 /// The name of a tensor type by its extents: "Scalar", "3-D Vector", "2x2 Matrix", "2x2x2 Tensor".
@@ -123,11 +129,11 @@ public:
     /// Throws `runtime_error` "Data can't be registered to non-existent domains." for a null domain and
     /// "The data does not fit onto the specified domain" for a wrong number of values. Throws
     /// `logic_error` where there is no value array, time steps do not ascend, the mask differs in size
-    /// from the values, or the file indices from the domain part.
+    /// from the values, the file indices from the domain part, or the reach is negative or not a number.
     Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
              std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
              std::string name = {}, std::shared_ptr<const ValidityMask> validity = nullptr,
-             std::shared_ptr<const FileIndices> fileIndices = nullptr);
+             std::shared_ptr<const FileIndices> fileIndices = nullptr, double reach = 0.0);
 
     /// The values of all time steps.
     std::shared_ptr<const ValueArray<T>> values() const
@@ -172,9 +178,9 @@ template<typename T>
 Function<T>::Function(std::shared_ptr<const Domain> domain, const DomainPart& domainPart,
                       std::shared_ptr<const ValueArray<T>> values, std::vector<double> timeSteps,
                       std::string name, std::shared_ptr<const ValidityMask> validity,
-                      std::shared_ptr<const FileIndices> fileIndices)
+                      std::shared_ptr<const FileIndices> fileIndices, double reach)
     : FunctionBase(std::move(domain), domainPart, std::move(values), std::move(timeSteps),
-                   std::move(name), std::move(validity), fileIndices)
+                   std::move(name), std::move(validity), fileIndices, reach)
 {
     transferToDomain(this->domain().get(), domainPart, *FunctionBase::values(), numTimeSteps());
     if (fileIndices != nullptr && fileIndices->size() != valuesPerStep())

@@ -1,13 +1,12 @@
 #include <tavrin/location/CellGeometry.hpp>
-#include <tavrin/location/Tolerance.hpp>
 
-#include <tavrin/location/Inverse.hpp>
+#include <tavrin/location/CellPatch.hpp>
+#include <tavrin/location/ClosestPoint.hpp>
+#include <tavrin/location/LocalMap.hpp>
 #include <tavrin/location/MultilinearInversion.hpp>
-#include <tavrin/location/ShapeTable.hpp>
 
 #include <cassert>
 #include <limits>
-#include <optional>
 
 namespace tavrin
 {
@@ -36,193 +35,6 @@ bool isSimplex(CellType type)
     return type == Lines || type == Triangles || type == Tetrahedra;
 }
 
-/// The position at a reference point, and its derivatives by N reference coordinates.
-template<std::size_t D, std::size_t N>
-struct LocalMap
-{
-    /// Relative to the first vertex, so that large coordinates do not cost precision.
-    Tensor<double, D> position{};
-    std::array<Tensor<double, D>, N> derivatives{};
-
-    LocalMap(std::span<const Tensor<double, D>> vertices, std::span<const double> weights,
-             std::span<const std::array<double, 3>> slopes)
-    {
-        for (std::size_t k = 1; k < vertices.size(); ++k)
-        {
-            const Tensor<double, D> edge = vertices[k] - vertices[0];
-            position += weights[k] * edge;
-            for (std::size_t i = 0; i < N; ++i)
-                derivatives[i] += slopes[k][i] * edge;
-        }
-    }
-
-    /// The inverse of the derivatives; for a cell of fewer dimensions than the space that of the normal
-    /// equations.
-    Inverse<N> inverse() const
-    {
-        if constexpr (N == D)
-            return Inverse<N>(derivatives);
-        else
-        {
-            Columns<N> normal;
-            for (std::size_t i = 0; i < N; ++i)
-                for (std::size_t j = 0; j < N; ++j)
-                    normal[i][j] = dot(derivatives[i], derivatives[j]);
-            return Inverse<N>(normal);
-        }
-    }
-
-    /// The change of the reference point that moves the position by an offset, or as close to that as
-    /// the cell allows.
-    Tensor<double, N> step(const Inverse<N>& inverse, const Tensor<double, D>& offset) const
-    {
-        if constexpr (N == D)
-            return inverse * offset;
-        else
-        {
-            Tensor<double, N> projected;
-            for (std::size_t i = 0; i < N; ++i)
-                projected[i] = dot(derivatives[i], offset);
-            return inverse * projected;
-        }
-    }
-
-    /// The largest change of the reference point for a unit change of the position.
-    double inverseNorm(const Inverse<N>& inverse) const
-    {
-        const double norm = inverse.growth();
-        return N == D ? norm : std::sqrt(norm);
-    }
-};
-
-/// The inverse of the derivatives of a needle-shaped cell, whose plain inverse rounding makes useless: long
-/// columns that are nearly parallel are replaced by their differences first, which are exact enough
-/// since vertices are stored at least as exactly.
-template<std::size_t D, std::size_t N>
-class NeedleInverse
-{
-public:
-    /// `resolution` is the rounding of positions, as a distance.
-    NeedleInverse(std::array<Tensor<double, D>, N> columns, double resolution)
-    {
-        double longest = 0.0;
-        for (const auto& column : columns)
-            longest = std::max(longest, maximumNorm(column));
-        reduce(columns);
-        double shortest = longest;
-        Columns<N> normal;
-        for (std::size_t i = 0; i < N; ++i)
-        {
-            mScales[i] = maximumNorm(columns[i]);
-            shortest = std::min(shortest, mScales[i]);
-            columns[i] /= mScales[i];
-        }
-        for (std::size_t i = 0; i < N; ++i)
-            for (std::size_t j = 0; j < N; ++j)
-                normal[i][j] = dot(columns[i], columns[j]);
-        const Inverse<N> inverse(normal);
-        mExists = shortest > std::max(thinnest * longest, 64.0 * resolution) && inverse.exists();
-        for (std::size_t i = 0; i < N; ++i)
-        {
-            mRows[i] = {};
-            for (std::size_t j = 0; j < N; ++j)
-                mRows[i] += inverse.row(i)[j] / mScales[i] * columns[j];
-        }
-        for (std::size_t n = mNumDifferences; n-- > 0;)
-            mRows[mDifferences[n].subtracted] -= mDifferences[n].sign * mRows[mDifferences[n].from];
-    }
-
-    /// False for a cell that is flat.
-    bool exists() const { return mExists; }
-
-    Tensor<double, N> operator*(const Tensor<double, D>& offset) const
-    {
-        Tensor<double, N> result;
-        for (std::size_t i = 0; i < N; ++i)
-            result[i] = dot(mRows[i], offset);
-        return result;
-    }
-
-    double growth() const
-    {
-        double largest = 0.0;
-        for (const auto& row : mRows)
-        {
-            double sum = 0.0;
-            for (const double component : row)
-                sum += std::abs(component);
-            largest = std::max(largest, sum);
-        }
-        return largest;
-    }
-
-private:
-    /// A cell that is thinner than this in units of its length counts as flat: of the sixteen digits of
-    /// its vertices six are left across it.
-    static constexpr double thinnest = 1e-10;
-
-    /// Column `from` has become its difference from, or sum with, column `subtracted`.
-    struct Difference
-    {
-        std::size_t from;
-        std::size_t subtracted;
-        double sign;
-    };
-
-    void reduce(std::array<Tensor<double, D>, N>& columns)
-    {
-        bool isReduced = true;
-        while (isReduced && mNumDifferences < mDifferences.size())
-        {
-            isReduced = false;
-            for (std::size_t i = 0; i < N; ++i)
-                for (std::size_t j = 0; j < N; ++j)
-                    for (const double sign : {1.0, -1.0})
-                    {
-                        const auto difference = columns[i] - sign * columns[j];
-                        if (i == j || mNumDifferences == mDifferences.size() ||
-                            !(maximumNorm(difference) < 0.5 * maximumNorm(columns[i])))
-                            continue;
-                        columns[i] = difference;
-                        mDifferences[mNumDifferences++] = {i, j, sign};
-                        isReduced = true;
-                    }
-        }
-    }
-
-    std::array<Tensor<double, D>, N> mRows;
-    std::array<double, N> mScales;
-    bool mExists;
-    std::array<Difference, 8> mDifferences;
-    std::size_t mNumDifferences = 0;
-};
-
-/// The inverse of a local map, by which Newton's method steps.
-template<std::size_t D, std::size_t N>
-class LocalInverse
-{
-public:
-    LocalInverse(const LocalMap<D, N>& map, double resolution) : mMap(map), mInverse(map.inverse())
-    {
-        if (!mInverse.isReliable())
-            mNeedle.emplace(map.derivatives, resolution);
-    }
-
-    bool exists() const { return !mNeedle || mNeedle->exists(); }
-
-    Tensor<double, N> step(const Tensor<double, D>& offset) const
-    {
-        return mNeedle ? *mNeedle * offset : mMap.step(mInverse, offset);
-    }
-
-    double norm() const { return mNeedle ? mNeedle->growth() : mMap.inverseNorm(mInverse); }
-
-private:
-    const LocalMap<D, N>& mMap;
-    Inverse<N> mInverse;
-    std::optional<NeedleInverse<D, N>> mNeedle;
-};
-
 /// The bounds of a cell that lies in the convex hull of some points, widened by its tolerance.
 template<std::size_t D>
 Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count, double relativeRounding)
@@ -247,40 +59,6 @@ Box<D> boundsOfHull(const Tensor<double, D>* points, std::size_t count, double r
     }
     return box;
 }
-
-/// A part of a cell. It is a box in the cube that the cell is a collapsed image of.
-template<std::size_t D>
-struct Part
-{
-    /// Three along each axis. The part lies in their convex hull.
-    std::array<Tensor<double, D>, 27> controlPoints;
-    Reference middle{0.5, 0.5, 0.5};
-    Reference size{1.0, 1.0, 1.0};
-
-    /// Both halves along an axis of a cell of a dimension, by de Casteljau's algorithm.
-    std::pair<Part, Part> halves(std::size_t axis, std::size_t dimension) const
-    {
-        std::pair<Part, Part> result(*this, *this);
-        auto& [first, second] = result;
-        first.size[axis] *= 0.5;
-        second.size[axis] *= 0.5;
-        first.middle[axis] -= 0.5 * first.size[axis];
-        second.middle[axis] += 0.5 * second.size[axis];
-        constexpr std::array<std::size_t, 4> powers{1, 3, 9, 27};
-        const std::size_t stride = powers[axis];
-        for (std::size_t i = 0; i < powers[dimension]; ++i)
-            if (i / stride % 3 == 1)
-            {
-                const std::size_t start = i - stride;
-                const std::size_t end = i + stride;
-                first.controlPoints[i] = 0.5 * (controlPoints[start] + controlPoints[i]);
-                second.controlPoints[i] = 0.5 * (controlPoints[i] + controlPoints[end]);
-                first.controlPoints[end] = 0.5 * (first.controlPoints[i] + second.controlPoints[i]);
-                second.controlPoints[start] = first.controlPoints[end];
-            }
-        return result;
-    }
-};
 
 bool isFinite(const Reference& at)
 {
@@ -312,12 +90,29 @@ CellGeometry<D>::CellGeometry(CellType type, const Position* vertices, double re
 }
 
 template<std::size_t D>
-double CellGeometry<D>::rounding() const
+double CellGeometry<D>::largestRounding() const
 {
     double largest = 0.0;
     for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
         largest = std::max(largest, maximumNorm(mVertices[k]));
     return mRelativeRounding * largest;
+}
+
+/// The vertices' rounding counts by their weights: one that is far away does not make positions near the
+/// others inaccurate. The rounding of computing with their differences in double precision is added.
+template<std::size_t D>
+double CellGeometry<D>::roundingAt(const Reference& at) const
+{
+    std::array<double, maximumVertices> weights;
+    shapeFunctions(mType, at, weights);
+    double size = 0.0;
+    double extent = 0.0;
+    for (std::size_t k = 0; k < numVerticesOf(mType); ++k)
+    {
+        size += std::abs(weights[k]) * maximumNorm(mVertices[k]);
+        extent = std::max(extent, maximumNorm(mVertices[k] - mVertices[0]));
+    }
+    return mRelativeRounding * size + coordinateRounding * extent;
 }
 
 template<std::size_t D>
@@ -343,7 +138,7 @@ bool CellGeometry<D>::isInside(const Reference& at, double inverseNorm,
     const double outside = distanceOutside(mType, at);
     if (outside <= locationTolerance)
         return true;
-    const double allowance = std::min(largestTolerance, 3.0 * rounding() * inverseNorm);
+    const double allowance = std::min(largestTolerance, 3.0 * roundingAt(at) * inverseNorm);
     return outside <= allowance && bounds().contains(position);
 }
 
@@ -356,7 +151,7 @@ bool CellGeometry<D>::simplexContains(const Position& position, Reference& at) c
     const Inverse<D> inverse(edges);
     if (!inverse.isReliable())
     {
-        const NeedleInverse<D, D> needle(edges, rounding());
+        const NeedleInverse<D, D> needle(edges, largestRounding());
         at = moved(Reference{}, needle * (position - mVertices[0]));
         return needle.exists() && isInside(at, needle.growth(), position);
     }
@@ -403,7 +198,7 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
 
     if constexpr (N < D)
     {
-        if (searchFrom<N>(table.center, position, at))
+        if (searchFrom<N>(table.center, position, at) == Outcome::Inside)
             return true;
         return !isSimplex(mType) && searchParts<N>(position, at);
     }
@@ -428,7 +223,8 @@ bool CellGeometry<D>::generalContains(const Position& position, Reference& at) c
             bound = std::max(bound, maximumNorm(table.controlPoint(i, deviations.data())));
         if (distanceOutside(mType, at) > 3.03 * bound + largestTolerance)
             return false;
-        if (searchFrom<N>(distanceOutside(mType, at) < 0.5 ? at : table.center, position, at))
+        const Reference start = distanceOutside(mType, at) < 0.5 ? at : table.center;
+        if (searchFrom<N>(start, position, at) == Outcome::Inside)
             return true;
         return 12.0 * bound >= provenDistortion && searchParts<N>(position, at);
     }
@@ -438,49 +234,59 @@ template<std::size_t D>
 template<std::size_t N>
 bool CellGeometry<D>::searchParts(const Position& position, Reference& at) const
 {
-    const ShapeTable& table = shapeTableOf(mType);
-    Part<D> whole;
-    for (std::size_t i = 0; i < table.numControlPoints(); ++i)
-        whole.controlPoints[i] = table.controlPoint(i, mVertices);
-    const Box<D> box = bounds();
-    const double margin = largestTolerance * maximumNorm(box.upper - box.lower) + rounding();
-    const auto isCandidate = [&](const Part<D>& part)
+    const Box<D> whole = bounds();
+    const double margin =
+        largestTolerance * maximumNorm(whole.upper - whole.lower) + largestRounding();
+    const Position target = position - mVertices[0];
+    const auto isCandidate = [&](const CellPatch<D>& part)
     {
+        const Box<D> box = part.box();
         for (std::size_t axis = 0; axis < D; ++axis)
-        {
-            double lower = part.controlPoints[0][axis];
-            double upper = lower;
-            for (std::size_t i = 1; i < table.numControlPoints(); ++i)
-            {
-                lower = std::min(lower, part.controlPoints[i][axis]);
-                upper = std::max(upper, part.controlPoints[i][axis]);
-            }
-            if (position[axis] < lower - margin || position[axis] > upper + margin)
+            if (target[axis] < box.lower[axis] - margin || target[axis] > box.upper[axis] + margin)
                 return false;
-        }
         return true;
     };
-    const auto search = [&](const auto& searchIn, const Part<D>& part, std::size_t depth) -> bool
+    bool isFlat = true;
+    const auto search = [&](const auto& searchIn, const CellPatch<D>& part,
+                            std::size_t depth) -> bool
     {
         if (!isCandidate(part))
             return false;
         if (depth == 2 * N)
-            return searchFrom<N>(collapsedReference(mType, part.middle), position, at);
-        const auto [first, second] = part.halves(depth % N, N);
+        {
+            const Outcome outcome =
+                searchFrom<N>(collapsedReference(mType, part.middle()), position, at);
+            isFlat = isFlat && outcome == Outcome::Flat;
+            return outcome == Outcome::Inside;
+        }
+        const auto [first, second] = part.halves(depth % N);
         return searchIn(searchIn, first, depth + 1) || searchIn(searchIn, second, depth + 1);
     };
-    return search(search, whole, 0);
+    return search(search, CellPatch<D>(mType, mVertices), 0) || (!isFlat && touches(position, at));
+}
+
+/// Whether a point of the cell is as close to the position as rounding can tell. Where sides of the cell
+/// collapse to that point, many reference points belong to it, and any of them will do.
+template<std::size_t D>
+bool CellGeometry<D>::touches(const Position& position, Reference& at) const
+{
+    const auto closest = closestPoint<D>(mType, mVertices, position, 3.0 * largestRounding());
+    if (!closest || closest->distance > 3.0 * roundingAt(closest->at))
+        return false;
+    at = closest->at;
+    return true;
 }
 
 template<std::size_t D>
 template<std::size_t N>
-bool CellGeometry<D>::searchFrom(const Reference& start, const Position& position,
-                                 Reference& at) const
+auto CellGeometry<D>::searchFrom(const Reference& start, const Position& position,
+                                 Reference& at) const -> Outcome
 {
     const std::size_t count = numVerticesOf(mType);
     std::array<double, maximumVertices> weights;
     std::array<std::array<double, 3>, maximumVertices> slopes;
     const Position target = position - mVertices[0];
+    const double resolution = largestRounding();
     Reference current = start;
     int strays = 0;
     for (int i = 0;; ++i)
@@ -488,16 +294,18 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         shapeFunctions(mType, current, weights);
         shapeDerivatives(mType, current, slopes);
         const LocalMap<D, N> map(std::span(mVertices, count), weights, slopes);
-        const LocalInverse<D, N> inverse(map, rounding());
+        const LocalInverse<D, N> inverse(map, resolution);
+        // A cell that is flat as a whole contains nothing.
+        if (i == 0 && !inverse.exists())
+            return Outcome::Flat;
         const Position offset = target - map.position;
-        // A point that sides of the cell collapse to belongs to the cell, though the map has no inverse
-        // there. In a thin cell rounding may keep the steps long, too. A cell that is flat as a whole
-        // does not get this far.
         if (!inverse.exists() || i == maximumSteps)
         {
             at = current;
-            return i > 0 && maximumNorm(offset) <= rounding() &&
-                   isInside(at, inverse.exists() ? inverse.norm() : 0.0, position);
+            const double norm = inverse.exists() ? inverse.norm() : 0.0;
+            return maximumNorm(offset) <= resolution && isInside(at, norm, position)
+                       ? Outcome::Inside
+                       : Outcome::NotFound;
         }
         const Tensor<double, N> step = inverse.step(offset);
         const double length = maximumNorm(step);
@@ -505,18 +313,14 @@ bool CellGeometry<D>::searchFrom(const Reference& start, const Position& positio
         for (double& coordinate : current)
             coordinate = std::clamp(coordinate, -0.5, 1.5);
         if (distanceOutside(mType, current) > 0.25 && ++strays > maximumStrays)
-            return false;
+            return Outcome::NotFound;
         if (!(length < shortStep))
             continue;
         at = current;
         if constexpr (N < D)
-        {
-            const Box<D> box = bounds();
-            const double across = maximumNorm(box.upper - box.lower);
-            if (norm(offset) > locationTolerance * across + rounding())
-                return false;
-        }
-        return isInside(at, inverse.norm(), position);
+            if (norm(offset) > locationTolerance * map.smallestExtent() + roundingAt(current))
+                return Outcome::NotFound;
+        return isInside(at, inverse.norm(), position) ? Outcome::Inside : Outcome::NotFound;
     }
 }
 
@@ -527,7 +331,7 @@ bool CellGeometry<D>::contains(const Position& position, Reference& at) const
     if (dimension == 0)
     {
         at = {};
-        return norm(position - mVertices[0]) <= rounding();
+        return norm(position - mVertices[0]) <= largestRounding();
     }
     if (dimension == D && isSimplex(mType))
         return simplexContains(position, at);

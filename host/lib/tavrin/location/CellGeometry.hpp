@@ -36,12 +36,24 @@ public:
     /// dimensions than the space the closest point is searched for. Where Newton's method finds no
     /// solution, and the shape of the cell does not prove that there is none, it is started again from
     /// every part of the cell, a quarter as long as the cell, whose control points enclose the
-    /// position.
+    /// position. Near points where the map has no inverse, such as where edges collapse, the cell
+    /// contains what is no farther from it than rounding.
     bool contains(const Position& position, Reference& at) const;
 
 private:
-    /// A bound on the rounding of the vertices' coordinates, as a distance.
-    double rounding() const;
+    /// How a search by Newton's method ended.
+    enum class Outcome
+    {
+        Inside,
+        NotFound,
+        /// The cell is flat where the search started.
+        Flat
+    };
+
+    /// The rounding of a position in the cell, as a distance: a bound for all of them, and that at a
+    /// reference point.
+    double largestRounding() const;
+    double roundingAt(const Reference& at) const;
     bool simplexContains(const Position& position, Reference& at) const;
     bool multilinearContains(const Position& position, Reference& at) const
         requires(D >= 2);
@@ -49,8 +61,9 @@ private:
     bool generalContains(const Position& position, Reference& at) const;
     template<std::size_t N>
     bool searchParts(const Position& position, Reference& at) const;
+    bool touches(const Position& position, Reference& at) const;
     template<std::size_t N>
-    bool searchFrom(const Reference& start, const Position& position, Reference& at) const;
+    Outcome searchFrom(const Reference& start, const Position& position, Reference& at) const;
     bool isInside(const Reference& at, double inverseNorm, const Position& position) const;
 
     CellType mType;

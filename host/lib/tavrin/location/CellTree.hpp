@@ -6,6 +6,9 @@
 #include <tavrin/location/PositionPacket.hpp>
 #include <tavrin/location/TreeSpace.hpp>
 
+#include <algorithm>
+#include <cassert>
+#include <utility>
 #include <vector>
 
 namespace tavrin
@@ -36,6 +39,13 @@ public:
     /// any order. Takes at most `packetSize` positions, and is faster the closer together they lie.
     template<typename Candidate>
     void search(std::span<const Position> positions, const Candidate& candidate) const;
+
+    /// Calls `candidate(cell)` for every cell whose box is no farther from the position than `limit()`, and for
+    /// few others; nearer parts of the tree come first. `limit` is called again after each
+    /// candidate, which may have lowered it. Only for a tree that keeps boxes.
+    template<typename Limit, typename Candidate>
+    void searchAround(const Position& position, const Limit& limit,
+                      const Candidate& candidate) const;
 
     /// Two comparisons of four cells each. Smaller leaves take more nodes and memory than they save
     /// tests, larger ones more tests.
@@ -119,6 +129,23 @@ private:
     };
     template<typename Candidate>
     void searchLeaf(const LeafVisit& visit, const Packet& packet, const Candidate& candidate) const;
+
+    /// The square of a distance from a box in mapped coordinates, or less by their rounding.
+    template<typename BoundAlong>
+    static double squaredDistance(const std::array<double, D>& position, const BoundAlong& bounds)
+    {
+        constexpr double rounding = std::numeric_limits<float>::epsilon();
+        double sum = 0.0;
+        for (std::size_t i = 0; i < D; ++i)
+        {
+            const auto [lower, upper] = bounds(i);
+            const double below = lower - rounding * std::abs(lower) - position[i];
+            const double above = position[i] - upper - rounding * std::abs(upper);
+            const double gap = std::max({below, above, 0.0});
+            sum += gap * gap;
+        }
+        return sum;
+    }
 
     const float* filtersFrom(std::uint32_t place) const
     {
@@ -212,6 +239,68 @@ void CellTree<D>::search(std::span<const Position> positions, const Candidate& c
         }
     }
     searchLeaves();
+}
+
+template<std::size_t D>
+template<typename Limit, typename Candidate>
+void CellTree<D>::searchAround(const Position& position, const Limit& limit,
+                               const Candidate& candidate) const
+{
+    assert(hasBoxes());
+    struct Visit
+    {
+        double squaredDistance;
+        std::uint32_t link;
+        /// The number of cells of a leaf; 0 for an inner node.
+        std::uint32_t count;
+    };
+    using Bounds = std::pair<double, double>;
+    const std::array<double, D> mapped = mSpace.map(position).exact;
+    const auto isNear = [&](double squaredDistance)
+    {
+        const double mappedLimit = limit() * mSpace.unit();
+        return squaredDistance <= mappedLimit * mappedLimit;
+    };
+    std::array<Visit, maximumDepth*(maximumChildren - 1) + 1> visits;
+    std::size_t numVisits = mNodes.empty() ? 0 : 1;
+    visits.front() = {0.0, 0, 0};
+    while (numVisits > 0)
+    {
+        const Visit visit = visits[--numVisits];
+        if (!isNear(visit.squaredDistance))
+            continue;
+        if (visit.count > 0)
+        {
+            const float* const filters = filtersFrom(visit.link);
+            for (std::uint32_t cell = 0; cell < visit.count; ++cell)
+            {
+                const auto boxAlong = [&](std::size_t axis) -> Bounds
+                {
+                    return {filters[CellFilter<D>::lowerRow(axis) * visit.count + cell],
+                            filters[CellFilter<D>::upperRow(axis) * visit.count + cell]};
+                };
+                if (isNear(squaredDistance(mapped, boxAlong)))
+                    candidate(mCells[visit.link + cell]);
+            }
+            continue;
+        }
+        const Node& node = mNodes[visit.link];
+        const std::size_t first = numVisits;
+        for (std::size_t child = 0; child < maximumChildren; ++child)
+        {
+            const auto boxAlong = [&](std::size_t axis) -> Bounds {
+                return {node.lower[axis][child], node.upper[axis][child]};
+            };
+            const double distance = squaredDistance(mapped, boxAlong);
+            const bool isMissing = node.lower[0][child] > node.upper[0][child];
+            if (!isMissing && isNear(distance))
+                visits[numVisits++] = {distance, node.link[child], node.count[child]};
+        }
+        // The nearest is visited first.
+        std::sort(visits.begin() + first, visits.begin() + numVisits,
+                  [](const Visit& a, const Visit& b)
+                  { return a.squaredDistance > b.squaredDistance; });
+    }
 }
 
 extern template class CellTree<1>;

@@ -4,7 +4,8 @@ namespace tavrin
 {
 
 template<std::size_t D>
-RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid) : mCells(grid.numbering())
+RectilinearLocator<D>::RectilinearLocator(const RectilinearGrid<D>& grid)
+    : mCells(grid.numbering()), mRounding(roundingOf(grid.coordinatePrecision()))
 {
     for (std::size_t i = 0; i < D; ++i)
     {
@@ -54,11 +55,11 @@ bool RectilinearLocator<D>::locateOne(const Position& position, Location& locati
             return false;
         if (share < 0.0 || share > 1.0)
         {
-            const double tolerance = axis.tolerance(cell);
-            if (share < -tolerance || share > 1.0 + tolerance)
+            const double allowed = tolerance(axis, cell, x);
+            if (share < -allowed || share > 1.0 + allowed)
                 return false;
         }
-        while (cell > 0 && axis.share(cell - 1, x) <= 1.0 + axis.tolerance(cell - 1))
+        while (cell > 0 && axis.share(cell - 1, x) <= 1.0 + tolerance(axis, cell - 1, x))
             share = axis.share(--cell, x);
         across = std::max(across, axis.width(cell));
         builder.set(i, cell, share);
@@ -68,7 +69,7 @@ bool RectilinearLocator<D>::locateOne(const Position& position, Location& locati
         const Axis& axis = mAxes[i];
         const double distance = std::abs(axis.sign * position[i] - axis.coordinates[0]);
         if (axis.coordinates.size() < 2 &&
-            !(distance <= locationTolerance * across + axis.rounding(0)))
+            !(distance <= locationTolerance * across + mRounding * std::abs(axis.coordinates[0])))
             return false;
     }
     builder.fill(location);
@@ -92,8 +93,8 @@ Box<D> RectilinearLocator<D>::bounds() const
     // A tolerance is at most a thousandth of a cell, or the rounding of a coordinate.
     for (std::size_t i = 0; i < D; ++i)
     {
-        const double margin = 1e-3 * widest + coordinateRounding * std::max(std::abs(box.lower[i]),
-                                                                            std::abs(box.upper[i]));
+        const double margin = largestTolerance * widest +
+                              mRounding * std::max(std::abs(box.lower[i]), std::abs(box.upper[i]));
         box.lower[i] -= margin;
         box.upper[i] += margin;
     }

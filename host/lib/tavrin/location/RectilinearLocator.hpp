@@ -37,24 +37,22 @@ private:
             return (x - coordinates[cell]) / width(cell);
         }
         double width(std::size_t cell) const { return coordinates[cell + 1] - coordinates[cell]; }
-        double rounding(std::size_t cell) const
-        {
-            const std::size_t end = std::min(cell + 1, coordinates.size() - 1);
-            return coordinateRounding *
-                   std::max(std::abs(coordinates[cell]), std::abs(coordinates[end]));
-        }
-        double tolerance(std::size_t cell) const
-        {
-            return toleranceIn(width(cell), rounding(cell));
-        }
 
         std::size_t find(double x) const;
     };
+
+    /// The tolerance in reference coordinates for x in a cell of an axis.
+    double tolerance(const Axis& axis, std::size_t cell, double x) const
+    {
+        return toleranceIn(axis.width(cell), mRounding * std::abs(x));
+    }
 
     bool locateOne(const Position& position, Location& location, Hint& hint) const;
 
     StructuredCell mCells;
     std::array<Axis, D> mAxes;
+    /// The rounding of coordinates relative to their size.
+    double mRounding;
 };
 
 extern template class RectilinearLocator<1>;

@@ -1,6 +1,7 @@
 #include <tavrin/location/TreeLocator.hpp>
 
 #include <tavrin/location/LatticeSweep.hpp>
+#include <tavrin/location/NearestCell.hpp>
 
 namespace tavrin
 {
@@ -31,7 +32,15 @@ private:
 };
 
 template<std::size_t D>
-TreeLocator<D>::TreeLocator(const EmbeddedCellComplex<D>& grid) : mCells(grid), mTree(mCells)
+TreeLocator<D>::TreeLocator(const EmbeddedCellComplex<D>& grid, double reach)
+    : mCells(std::make_shared<GridCells<D>>(grid)), mTree(std::make_shared<CellTree<D>>(*mCells)),
+      mReach(reach)
+{
+}
+
+template<std::size_t D>
+TreeLocator<D>::TreeLocator(const TreeLocator& other, double reach)
+    : mCells(other.mCells), mTree(other.mTree), mReach(reach)
 {
 }
 
@@ -64,12 +73,26 @@ void TreeLocator<D>::find(std::span<const Position> positions, CellMatches match
     {
         const std::size_t count = std::min(scaled.size(), positions.size() - first);
         for (std::size_t k = 0; k < count; ++k)
-            scaled[k] = mCells.scale() * positions[first + k];
-        CellCandidates<D> candidates(mCells, matches.from(first));
-        mTree.search(std::span(scaled).first(count), [&](std::size_t k, std::uint32_t cell)
-                     { candidates.add(k, scaled[k], cell); });
+            scaled[k] = mCells->scale() * positions[first + k];
+        CellCandidates<D> candidates(*mCells, matches.from(first));
+        mTree->search(std::span(scaled).first(count), [&](std::size_t k, std::uint32_t cell)
+                      { candidates.add(k, scaled[k], cell); });
         candidates.finish();
+        if (isReaching())
+            reach(
+                count, [&](std::size_t k) { return scaled[k]; }, matches.from(first));
     }
+}
+
+template<std::size_t D>
+template<typename PositionOf>
+void TreeLocator<D>::reach(std::size_t count, const PositionOf& position, CellMatches matches) const
+{
+    const NearestCell<D> nearest(*mCells, *mTree, mReach * mCells->scale());
+    for (std::size_t k = 0; k < count; ++k)
+        if (!matches.isInside(k))
+            if (const auto answer = nearest.find(position(k)))
+                matches.keep(k, answer->cell, answer->at);
 }
 
 template<std::size_t D>
@@ -84,20 +107,27 @@ template<std::size_t D>
 std::unique_ptr<FoundPositions> TreeLocator<D>::find(const Lattice<D>& lattice,
                                                      const volatile bool& abortFlag) const
 {
-    if (!mTree.hasBoxes() || lattice.size() == 0)
+    if (!mTree->hasBoxes() || lattice.size() == 0)
         return nullptr;
-    const PaddedLattice<D> scaled(lattice, mCells.scale());
-    const auto sweep = LatticeSweep<D>::over(mTree, scaled);
+    const PaddedLattice<D> scaled(lattice, mCells->scale());
+    const auto sweep = LatticeSweep<D>::over(*mTree, scaled);
     if (!sweep)
         return nullptr;
     auto found = std::make_unique<Found>(*this, lattice.size());
-    CellCandidates<D> candidates(mCells, found->matches());
+    CellCandidates<D> candidates(*mCells, found->matches());
     using Cells = std::span<const std::uint32_t>;
     sweep->run([&](Cells cells) { candidates.fetch(cells); },
                [&](Cells cells, std::span<const LatticeBlock> blocks)
                { candidates.add(cells, blocks, scaled, abortFlag); },
                abortFlag);
     candidates.finish();
+    constexpr std::size_t atOnce = 1024;
+    for (std::size_t first = 0; first < lattice.size() && isReaching() && !abortFlag;
+         first += atOnce)
+        reach(
+            std::min(atOnce, lattice.size() - first),
+            [&](std::size_t k) { return scaled.position(scaled.indices(first + k)); },
+            found->matches().from(first));
     if (abortFlag)
         return nullptr;
     return found;
@@ -107,15 +137,21 @@ template<std::size_t D>
 void TreeLocator<D>::locate(std::uint32_t cell, const Reference& point, Location& location) const
 {
     location.cell = cell;
-    location.numVertices = mCells.gather(cell, location.pointIndices);
-    shapeFunctions(mCells.type(cell), point, location.weights);
+    location.numVertices = mCells->gather(cell, location.pointIndices);
+    shapeFunctions(mCells->type(cell), point, location.weights);
 }
 
 template<std::size_t D>
 Box<D> TreeLocator<D>::bounds() const
 {
-    const Box<D> scaled = mTree.bounds();
-    return {scaled.lower / mCells.scale(), scaled.upper / mCells.scale()};
+    const Box<D> scaled = mTree->bounds();
+    Box<D> box{scaled.lower / mCells->scale(), scaled.upper / mCells->scale()};
+    for (std::size_t i = 0; i < D && isReaching(); ++i)
+    {
+        box.lower[i] -= mReach;
+        box.upper[i] += mReach;
+    }
+    return box;
 }
 
 template class TreeLocator<1>;

@@ -15,7 +15,12 @@ public:
     using typename CellLocator<D>::Hint;
     using typename CellLocator<D>::Position;
 
-    explicit TreeLocator(const EmbeddedCellComplex<D>& grid);
+    /// Positions in no cell are located in the closest cell of fewer dimensions than the space, at its
+    /// closest point, if that is no farther than `reach`.
+    explicit TreeLocator(const EmbeddedCellComplex<D>& grid, double reach = 0.0);
+
+    /// The locator of the same grid with another reach. Both share the search structure.
+    TreeLocator(const TreeLocator& other, double reach);
 
     void locate(std::span<const Position> positions, Location* locations, std::uint8_t* isInside,
                 Hint& hint) const override;
@@ -26,7 +31,10 @@ public:
                                          const volatile bool& abortFlag) const override;
 
     Box<D> bounds() const override;
-    std::size_t memory() const override { return sizeof(*this) + mCells.memory() + mTree.memory(); }
+    std::size_t memory() const override
+    {
+        return sizeof(*this) + mCells->memory() + mTree->memory();
+    }
 
 private:
     /// Positions with the cell and the reference point of each.
@@ -36,8 +44,15 @@ private:
     void find(std::span<const Position> positions, CellMatches matches) const;
     void locate(std::uint32_t cell, const Reference& point, Location& location) const;
 
-    GridCells<D> mCells;
-    CellTree<D> mTree;
+    bool isReaching() const { return mReach > 0.0 && mTree->hasBoxes(); }
+    /// Adds the closest cells within reach to the matches of positions in no cell. `position(k)` is
+    /// scaled.
+    template<typename PositionOf>
+    void reach(std::size_t count, const PositionOf& position, CellMatches matches) const;
+
+    std::shared_ptr<const GridCells<D>> mCells;
+    std::shared_ptr<const CellTree<D>> mTree;
+    double mReach;
 };
 
 extern template class TreeLocator<1>;

@@ -40,6 +40,9 @@ public:
             mUnit = std::ldexp(1.0, -std::ilogb(spread));
     }
 
+    /// The factor from distances to mapped distances.
+    double unit() const { return mUnit; }
+
     /// A mapped coordinate. The map is monotonic, rounding included: a position inside a box is inside
     /// the mapped box.
     float map(std::size_t axis, double coordinate) const

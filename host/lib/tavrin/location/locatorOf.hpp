@@ -26,10 +26,20 @@ namespace tavrin
 /// - The positions of a lattice go another way to `CellCandidates`: `LatticeSweep` visits the leaves
 ///   of the tree and looks up the positions in the box of each cell (`SortedCoordinates`).
 ///
+/// - Where a function reaches beside surfaces and lines, `NearestCell` goes through the tree a second time,
+///   for the positions in no cell, and computes the `closestPoint` of the cells nearby.
+///
 /// `GridCells` gives all of them the vertices of a cell; `Tolerance.hpp` says when a position belongs
 /// to a cell.
 template<std::size_t D>
 TAVRIN_API const CellLocator<D>& locatorOf(const EmbeddedCellComplex<D>& grid);
+
+/// The locator of a grid for a function with a reach, see `FunctionBase::reach`. It shares the search
+/// structure of `locatorOf(grid)` where that has one. The grid must outlive it. Throws what
+/// `makeLocator` throws.
+template<std::size_t D>
+std::shared_ptr<const CellLocator<D>> makeReachingLocator(const EmbeddedCellComplex<D>& grid,
+                                                          double reach);
 
 /// Makes the locator that suits the kind of grid, on all threads. The grid must outlive it. Throws
 /// `std::bad_alloc`, and `runtime_error` for a grid of 2^32 cells or more whose points are stored.

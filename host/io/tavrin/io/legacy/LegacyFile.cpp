@@ -23,7 +23,7 @@ public:
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association association) override;
     StoredArray readPoints() override;
-    StoredArray readCoordinates(std::size_t axis) override;
+    Coordinates readCoordinates(std::size_t axis) override;
     FileCells readCells() override;
 
 private:
@@ -110,19 +110,19 @@ StoredArray LegacyFile::readPoints()
     return mNumbers.read(*mLayout.points);
 }
 
-StoredArray LegacyFile::readCoordinates(std::size_t axis)
+DataFile::Coordinates LegacyFile::readCoordinates(std::size_t axis)
 {
     const auto& place = mLayout.coordinates[axis];
     if (!place || place->tuples != size()[axis])
         throw Malformed("the coordinates of axis " + std::to_string(axis) +
                         " are missing or do not match its dimensions");
     const StoredArray stored = mNumbers.read(*place);
-    auto result = StoredArray::allocate(Precision::Float64, stored.tuples, 1);
+    Coordinates result{std::vector<double>(stored.tuples), stored.precision};
     visitPrecision(stored.precision,
                    [&]<typename Stored>()
                    {
                        for (std::size_t i = 0; i < stored.tuples; ++i)
-                           result.as<double>()[i] = static_cast<double>(stored.as<Stored>()[i]);
+                           result.values[i] = static_cast<double>(stored.as<Stored>()[i]);
                    });
     return result;
 }

@@ -50,7 +50,7 @@ public:
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association association) override;
     StoredArray readPoints() override;
-    StoredArray readCoordinates(std::size_t axis) override;
+    Coordinates readCoordinates(std::size_t axis) override;
     FileCells readCells() override;
 
 private:
@@ -304,10 +304,10 @@ StoredArray XmlFile::readPoints()
                           { return onlyArray(*piece.element, "Points"); });
 }
 
-StoredArray XmlFile::readCoordinates(std::size_t axis)
+DataFile::Coordinates XmlFile::readCoordinates(std::size_t axis)
 {
     const std::size_t count = size()[axis];
-    auto result = StoredArray::allocate(Precision::Float64, count, 1);
+    Coordinates result{std::vector<double>(count)};
     std::vector<bool> isGiven(count, false);
     for (const Piece& piece : mPieces)
     {
@@ -319,13 +319,14 @@ StoredArray XmlFile::readCoordinates(std::size_t axis)
                             " arrays of coordinates, not 3");
         const auto first = static_cast<std::size_t>(piece.extent[2 * axis] - extent[2 * axis]);
         const StoredArray part = mValues.read(*axes[axis], sizeOf(piece.extent)[axis], 1);
+        if (part.precision == Precision::Float32)
+            result.precision = Precision::Float32;
         visitPrecision(part.precision,
                        [&]<typename Stored>()
                        {
                            for (std::size_t i = 0; i < part.tuples; ++i)
                            {
-                               result.as<double>()[first + i] =
-                                   static_cast<double>(part.as<Stored>()[i]);
+                               result.values[first + i] = static_cast<double>(part.as<Stored>()[i]);
                                isGiven[first + i] = true;
                            }
                        });
