@@ -262,8 +262,7 @@ bool CellGeometry<D>::searchParts(const Position& position, Reference& at) const
         const auto [first, second] = part.halves(depth % N);
         return searchIn(searchIn, first, depth + 1) || searchIn(searchIn, second, depth + 1);
     };
-    return search(search, CellPatch<D>(mType, mVertices), 0) ||
-           (!isFlat && touches(position, at));
+    return search(search, CellPatch<D>(mType, mVertices), 0) || (!isFlat && touches(position, at));
 }
 
 /// Whether a point of the cell is as close to the position as rounding can tell. Where sides of the cell

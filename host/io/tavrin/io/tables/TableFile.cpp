@@ -86,7 +86,7 @@ public:
     StoredArray readArray(const Array& array) override;
     std::optional<Marks> readMarks(Association) override { return std::nullopt; }
     StoredArray readPoints() override;
-    StoredArray readCoordinates(std::size_t) override
+    Coordinates readCoordinates(std::size_t) override
     {
         throw Malformed("has no coordinates along axes");
     }
