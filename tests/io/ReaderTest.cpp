@@ -439,6 +439,15 @@ TEST_F(Reader, ReadsSixComponentsInTheOrderOfTheFile)
               "v.vti: \"v\" has 1 component; ?order= is for arrays of 6");
 }
 
+TEST_F(Reader, LetsSurfacesReachBesideThemselves)
+{
+    create("a.vtu",
+           gridFile(3, "0 0 1 1 0 1 0 1 1", 1, "0 1 2", "3", "5",
+                    "<CellData>" + dataArray("type=\"Int8\" Name=\"c\"", "7") + "</CellData>"));
+    EXPECT_EQ(load("a.vtu#c?reach=0.25")->reach(), 0.25);
+    EXPECT_EQ(load("a.vtu#c")->reach(), 0.0);
+}
+
 TEST_F(Reader, ReadsPlanarVectorsAsVectorsOfTwo)
 {
     const auto image = [](const std::string& numbers)

@@ -286,13 +286,20 @@ Candidates Completion::dataCandidates(const DataInput& input, const std::string&
         takesArray = takesArray || (!isColorMap && !isGrid);
         append(candidates, beginningWith(typed, kind->offers));
     }
+    const std::string pointsOf = "@points:";
+    Texts made;
     if (takesGrid)
-        for (const std::string start : {"@line:", "@box:", "@points:"})
-            if (start.starts_with(typed))
-                candidates.push_back({start, {}, false});
-    if (const std::string points = "@points:"; takesGrid && typed.starts_with(points))
-        append(candidates, withPrefix(points, referenceCandidates(typed.substr(points.size()),
-                                                                  false, mSession.abortFlag)));
+        made = {"@line:", "@box:", pointsOf};
+    if (takesArray)
+        made.emplace_back("@constant:");
+    for (Candidate candidate : beginningWith(typed, made))
+    {
+        candidate.isWhole = false;
+        candidates.push_back(candidate);
+    }
+    if (takesGrid && typed.starts_with(pointsOf))
+        append(candidates, withPrefix(pointsOf, referenceCandidates(typed.substr(pointsOf.size()),
+                                                                    false, mSession.abortFlag)));
     if (takesColorMap)
         append(candidates, fileCandidates(typed, Texts{".json"}));
     if (takesGrid || takesArray)

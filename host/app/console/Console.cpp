@@ -103,7 +103,7 @@ void Console::showStatus(const std::string& text)
     writeBytes(Error, text);
 }
 
-void Console::reserveOutput()
+int Console::reserveOutput()
 {
     const std::scoped_lock lock(mMutex);
     const int answers = fcntl(Output, F_DUPFD_CLOEXEC, 3);
@@ -111,6 +111,7 @@ void Console::reserveOutput()
         throw io::FileError("standard output", std::strerror(errno));
     mAnswerDescriptor = answers;
     mAreOneTarget = true;
+    return answers;
 }
 
 void Console::answer(std::string_view text)

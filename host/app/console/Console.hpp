@@ -49,8 +49,8 @@ public:
     std::size_t width() const;
 
     /// Reserves standard output for `answer()`: everything else that would go there, including what
-    /// plug-ins write, goes to standard error from now on.
-    void reserveOutput();
+    /// plug-ins write, goes to standard error from now on. Returns the descriptor of the stream.
+    int reserveOutput();
 
     /// Prints text on standard output even after `reserveOutput()`.
     void answer(std::string_view text);

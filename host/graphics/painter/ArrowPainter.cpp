@@ -25,6 +25,9 @@ constexpr double denseCoarseness = 1.5;
 /// The least width and length of an arrow in the picture, and the rounding of edges to pixels.
 constexpr double pixelSlack = 3.0;
 
+/// A tube without visible shading is as bright as a shaded one is on average.
+constexpr float thinTubeBrightness = 0.8F;
+
 ShaderProgram programFiles()
 {
     const std::string folder = shaderFolder() + "arrow/phong/";
@@ -190,6 +193,7 @@ void ArrowPainter::drawCollected()
         if (level.instances.empty())
             continue;
         mProgram.set("u_isFlat", level.isFlat ? 1.0F : 0.0F);
+        mProgram.set("u_brightness", level.isTube ? thinTubeBrightness : 1.0F);
         glBindVertexArray(level.vertexArray.name());
         glBindBuffer(GL_ARRAY_BUFFER, mInstances.name());
         glBufferData(GL_ARRAY_BUFFER,

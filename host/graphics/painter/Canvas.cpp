@@ -176,6 +176,8 @@ void Canvas::fill(const Frame& frame, const Color& color)
 
 void Canvas::trace(std::span<const Pixel> corners)
 {
+    // A text that was drawn before has left a current point.
+    cairo_new_path(mContext.get());
     for (const Pixel& corner : corners)
         cairo_line_to(mContext.get(), corner[0], corner[1]);
     cairo_close_path(mContext.get());

@@ -29,7 +29,8 @@ Rim rimFor(const Color& color, double width, const Style& style)
     // From no need for a rim to a full one.
     constexpr double enough = 3.0;
     constexpr double faint = 1.5;
-    constexpr double mostOfWidth = 0.12;
+    constexpr double mostOuterShare = 0.4;
+    constexpr double mostInnerShare = 0.12;
     const double contrast = contrastOf(color, style.paper());
     const double lack = std::clamp((enough - contrast) / (enough - faint), 0.0, 1.0);
     // A line in the color of the background, which would not be seen on any other.
@@ -40,9 +41,10 @@ Rim rimFor(const Color& color, double width, const Style& style)
                      a.alpha};
     };
     return {.outerColor = between(color, style.ink),
-            .outerWidth = lack * lack * (3.0 - 2.0 * lack) * style.unit,
+            .outerWidth =
+                lack * lack * (3.0 - 2.0 * lack) * std::min(style.unit, mostOuterShare * width),
             .innerColor = lack > 0.0 ? between(color, style.ink) : style.background,
-            .innerWidth = isInvisible ? 0.0 : std::min(0.6 * style.unit, mostOfWidth * width)};
+            .innerWidth = isInvisible ? 0.0 : std::min(0.6 * style.unit, mostInnerShare * width)};
 }
 
 }

@@ -10,7 +10,8 @@ struct Rim
 {
     /// Toward the background, around a glyph whose color is too close to that. It lies below all glyphs.
     Color outerColor;
-    /// Pixels; 0 for a color that contrasts enough.
+    /// Pixels, at most those of the picture's unit and less than half of the glyph; 0 for a color that
+    /// contrasts enough.
     double outerWidth = 0.0;
     /// Toward glyphs below it, narrow compared to the glyph. Where glyphs cover the picture several
     /// times, these lines would be most of what is seen.

@@ -30,7 +30,7 @@ struct ColorBar
     double low = 0.0;
     double high = 1.0;
     /// UTF-8; truncated if it is too long for the picture.
-    std::string title;
+    std::string title = {};
     /// Whether the scene shows values below `low` or above `high`. That end of the bar is pointed and
     /// has their color.
     bool isClampedBelow = false;

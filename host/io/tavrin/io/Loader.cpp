@@ -151,7 +151,8 @@ FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile&
                                          shareInSeries(grid.domain, block, reference),
                                          partOf(array.association), wrapValues<T>(values, reading),
                                          times, reading.name, validity,
-                                         originOf(grid, array.association));
+                                         originOf(grid, array.association),
+                                         reference.reach.value_or(0.0));
                                  });
                       return function;
                   });
@@ -175,7 +176,8 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
                        { return wrapValues<T>(reader->load(step), reader->reading()); });
                    function = std::make_shared<const Function<T>>(
                        reader->domain(), part, std::move(values), times, reader->reading().name,
-                       validityOf(reader->takeValidity()), reader->origin());
+                       validityOf(reader->takeValidity()), reader->origin(),
+                       reference.reach.value_or(0.0));
                });
     return function;
 }

@@ -86,13 +86,15 @@ void offerOfTriangle(const Tensor<double, D>* vertices, const Tensor<double, D>&
 }
 
 /// The closest point to `target` near cube coordinates of a cell: a local minimum of the distance within the
-/// unit cube.
+/// unit cube. The coordinates that are held do not change.
 template<std::size_t N, std::size_t D>
-void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
-               const Tensor<double, D>& target, Closest<D>& closest)
+void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type,
+               const CellPatch<D>& patch, const Tensor<double, D>& target, Closest<D>& closest)
 {
     constexpr int maximumSteps = 40;
-    constexpr double shortestStep = 1e-14;
+    constexpr double shortestStep = 1e-12;
+    // Close to the minimum the distance hardly changes, and its rounding must not end the search.
+    constexpr double noise = 1.0 + 4.0 * std::numeric_limits<double>::epsilon();
     std::array<Tensor<double, D>, N> derivatives;
     Tensor<double, D> offset = patch.template evaluate<N>(at, derivatives) - target;
     double damping = 1e-4;
@@ -108,7 +110,7 @@ void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
         // Coordinates that descent would take out of the cube stay at its side.
         std::array<bool, N> isFixed;
         for (std::size_t axis = 0; axis < N; ++axis)
-            isFixed[axis] = (at[axis] <= 0.0 && descent[axis] < 0.0) ||
+            isFixed[axis] = isHeld[axis] || (at[axis] <= 0.0 && descent[axis] < 0.0) ||
                             (at[axis] >= 1.0 && descent[axis] > 0.0);
         Columns<N> matrix{};
         for (std::size_t i = 0; i < N; ++i)
@@ -134,7 +136,7 @@ void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
             break;
         std::array<Tensor<double, D>, N> slopes;
         const Tensor<double, D> trial = patch.template evaluate<N>(next, slopes) - target;
-        if (dot(trial, trial) < dot(offset, offset))
+        if (dot(trial, trial) <= noise * dot(offset, offset))
         {
             at = next;
             offset = trial;
@@ -162,7 +164,7 @@ void offerOfParts(const CellPatch<D>& part, std::size_t depth, CellType type,
                   const CellPatch<D>& whole, const Tensor<double, D>& target, Closest<D>& closest)
 {
     if (depth == 2 * N)
-        return offerNear<N>(part.middle(), type, whole, target, closest);
+        return offerNear<N>(part.middle(), {}, type, whole, target, closest);
     const auto [first, second] = part.halves(depth % N);
     const double toFirst = distanceOf(first.box(), target);
     const double toSecond = distanceOf(second.box(), target);
@@ -174,6 +176,24 @@ void offerOfParts(const CellPatch<D>& part, std::size_t depth, CellType type,
     };
     offer(isFirstNearer ? first : second, isFirstNearer ? toFirst : toSecond);
     offer(isFirstNearer ? second : first, isFirstNearer ? toSecond : toFirst);
+}
+
+/// The edges of a cell of two dimensions. Where an edge of the cube collapses to a corner of the cell, the
+/// search of the parts may end at that corner, though the distance decreases along an edge from there.
+template<std::size_t D>
+void offerOfEdges(CellType type, const CellPatch<D>& patch, const Tensor<double, D>& target,
+                  Closest<D>& closest)
+{
+    const int numStarts = linearTypeOf(type) == type ? 1 : 4;
+    for (const std::size_t axis : {0U, 1U})
+        for (const double side : {0.0, 1.0})
+            for (int i = 0; i < numStarts; ++i)
+            {
+                Reference start{};
+                start[axis] = side;
+                start[1 - axis] = (i + 0.5) / numStarts;
+                offerNear<2>(start, {axis == 0, axis == 1}, type, patch, target, closest);
+            }
 }
 
 }
@@ -206,7 +226,12 @@ std::optional<ClosestPoint> closestPoint(CellType type, const Tensor<double, D>*
     if (dimension == 1)
         offerOfParts<1>(patch, 0, type, patch, target, closest);
     else if (dimension == 2)
+    {
         offerOfParts<2>(patch, 0, type, patch, target, closest);
+        const auto inside = closest.result();
+        if (!inside || distanceOutside(type, inside->at) >= 0.0)
+            offerOfEdges(type, patch, target, closest);
+    }
     else
         offerOfParts<3>(patch, 0, type, patch, target, closest);
     return closest.result();

@@ -152,12 +152,9 @@ private:
 
     static bool isColorMap(const std::string& given, const InputBase& input)
     {
-        return std::ranges::any_of(kindsOf(input),
-                                   [&](const DataKind* kind) {
-                                       return kind->dependsOnOthers ||
-                                              std::ranges::find(kind->offers, given) !=
-                                                  kind->offers.end();
-                                   });
+        return std::ranges::any_of(
+            kindsOf(input), [&](const DataKind* kind)
+            { return std::ranges::find(kind->offers, given) != kind->offers.end(); });
     }
 
     [[noreturn]] void refuseWord(const std::string& given) const

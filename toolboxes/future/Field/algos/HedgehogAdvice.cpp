@@ -58,6 +58,15 @@ std::string hintOnPrecision(double lineLength, double farthestPosition)
            " here; the other representations are exact";
 }
 
+std::string hintOnOutlier(double extent, double reach, const tavrin::Tensor<double, 3>& position)
+{
+    if (!(extent > 0.0) || !(reach > disproportion * extent))
+        return {};
+    return "nearly all arrows lie within " + rounded(extent) + " of one another, but the one at (" +
+           rounded(position[0]) + ", " + rounded(position[1]) + ", " + rounded(position[2]) +
+           ") reaches " + rounded(reach) + " beyond them; a picture of all shows most of them tiny";
+}
+
 std::string hintOnTime(double time, double firstTime, double lastTime)
 {
     const std::string first = tavrin::toText(firstTime);
