@@ -42,7 +42,7 @@ const Case cases[] =
     {"BadThreads", "tavrin list --threads many", 2, "error: --threads: \"many\" is not a whole number from 1 to 1024\n"},
     {"TooManyThreads", "tavrin list --threads 5000", 2, "error: --threads: \"5000\" is not a whole number from 1 to 1024\n"},
     {"BadProgress", "tavrin list --progress soon", 2, "error: --progress: \"soon\" is not auto, always or never\n"},
-    {"UnknownShell", "tavrin completion fish", 2, "error: there is no completion for \"fish\"; there is \"bash\"\n"},
+    {"UnknownShell", "tavrin completion tcsh", 2, "error: there is no completion for \"tcsh\"; there is bash, zsh and fish\n"},
 
     // Algorithms and their options
     {"UnknownAlgorithm", "tavrin run 'Field/Tensor Field Operatr'", 2, "error: unknown algorithm \"Field/Tensor Field Operatr\"; did you mean \"Field/Tensor Field Operator\"?\n"},
