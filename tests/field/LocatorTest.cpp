@@ -334,11 +334,10 @@ TEST(Locator, FindsCellsFarFromTheOriginAndOfAnySize)
     }
 }
 
-/// Marks for missing values among the coordinates must not make the search for other cells inaccurate.
-TEST(Locator, TakesOneWildCoordinateForWhatItIs)
+TEST(Locator, FindsOtherCellsAsAccuratelyBesideMarksForMissingCoordinates)
 {
     std::mt19937 random(8);
-    for (const double wild : {1e20, 9.96921e36, -1e100, 1e308})
+    for (const double mark : {1e20, 9.96921e36, -1e100, 1e308})
         for (const double size : {1e-3, 1e6})
         {
             Mesh<3> mesh = tetrahedra(5, 0.2, random);
@@ -346,9 +345,9 @@ TEST(Locator, TakesOneWildCoordinateForWhatItIs)
             mesh.addCell(CellType::Triangles, Points<3>{{9, 0, 0}, {9, 1, 0}, {9, 0, 1}});
             mesh.addCell(CellType::Lines, Points<3>{{10, 0, 0}, {10, 1, 0}});
             mesh.addCell(CellType::Tetrahedra,
-                         Points<3>{{wild, wild, wild}, {10, 5, 5}, {10, 6, 5}, {10, 5, 6}});
+                         Points<3>{{mark, mark, mark}, {10, 5, 5}, {10, 6, 5}, {10, 5, 6}});
             mesh.addCell(CellType::Tetrahedra,
-                         Points<3>{{-wild, -wild, -wild}, {-9, 5, 5}, {-9, 6, 5}, {-9, 5, 6}});
+                         Points<3>{{-mark, -mark, -mark}, {-9, 5, 5}, {-9, 6, 5}, {-9, 5, 6}});
             for (Vector3& point : mesh.points)
                 point *= size;
             const auto grid = mesh.grid();
@@ -426,7 +425,7 @@ std::vector<std::uint64_t> answers(const EmbeddedCellComplex<D>& grid,
     return bits;
 }
 
-TEST(Locator, AnswersTheSameInAnyOrderAndCompanyAndWithAnyNumberOfThreads)
+TEST(Locator, GivesAnswersThatDependOnThePositionAlone)
 {
     std::mt19937 random(6);
     const Mesh<3> mesh = heap<3>(9000, random);
