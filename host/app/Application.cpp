@@ -1,6 +1,7 @@
 #include "Application.hpp"
 
 #include "commands/Commands.hpp"
+#include "commands/CompleteCommand.hpp"
 #include "commands/Program.hpp"
 #include "commands/Session.hpp"
 #include "console/Failure.hpp"
@@ -132,6 +133,8 @@ void run(int argc, const char* const* argv, Console& console, GlobalOptions& opt
 {
     Program program;
     declareProgram(program, options);
+    if (isCompletion(argc, argv))
+        return complete(argc, argv, program, console);
     const Command::Words words = parseCommandLine(argc, argv, program);
     const auto chosen = program.syntax.get_subcommands();
     if (options.wantsVersion)

@@ -61,7 +61,8 @@ TEST(List, IsSortedAndAligned)
     EXPECT_NE(columnOf("Trial/Wait", "Waits"), std::string::npos);
     EXPECT_EQ(columnOf("Trial/Wait", "Waits"), columnOf("Trial/Throw", "Throws"));
 
-    const json list = json::parse(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list --json)"));
+    const json list = json::parse(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list --json)"))
+                          .at("algorithms");
     EXPECT_EQ(list.size(), lines.size());
     EXPECT_EQ(list.back(), json({{"name", "Trial/Wait"}, {"description", "Waits"}}));
 }
@@ -307,50 +308,6 @@ TEST(Man, IsCleanRoff)
         workshop, R"(tavrin --plugin "$PLUGIN" man | groff -ww -man -Tutf8 -P-cbou -rLL=100n)");
     EXPECT_NE(page.find("Trial/Everything"), std::string::npos);
     EXPECT_NE(page.find("FILE#ARRAY?key=value"), std::string::npos);
-}
-
-TEST(Completion, OffersWhatComesNext)
-{
-    struct Case
-    {
-        const char* words;
-        int current;
-        const char* offers;
-    };
-    // The words are split as in bash, at "=" outside of quotes.
-    const Case cases[] = {
-        {"tavrin in", 1, "info "},
-        {"tavrin --th", 1, "--threads "},
-        {"tavrin --progress a", 2, "always auto "},
-        {"tavrin run --rep", 2, "--report "},
-        {"tavrin run Trial/E", 2, "Trial/Everything "},
-        {R"(tavrin run '"Field/Tensor F')", 2, "Field/Tensor Field Operator "},
-        {R"(tavrin run 'Field/Tensor\ F')", 2, R"(Field/Tensor\ Field\ Operator )"},
-        {"tavrin run --threads 2 Trial/Everything Nu", 5, R"(Number= Number\ \(real\)= )"},
-        {R"(tavrin run Trial/Everything '"Number (')", 3, "Number (real)= Number (real)=  "},
-        {"tavrin run Trial/Everything Choice =", 4, "one two "},
-        {"tavrin run Trial/Everything Flag = t", 5, "true "},
-        {R"(tavrin run Trial/Everything '"Choice=t')", 3, "Choice=two "},
-        {"tavrin run Trial/Everything Field = flo", 5, "flow.vtu "},
-        {R"(tavrin run 'Field/Show Hedgehogs' '"Color Map=pl')", 3,
-         "Color Map=plasma Color Map=plate_with_hole.vts "},
-        {"tavrin run Trial/Wait -o F", 4, "Field= "},
-        {"tavrin run Trial/Wait -o Field = flo", 6, "flow.vtu "},
-        {"tavrin info double", 2, "double_gyre.pvd double_gyre/ "},
-    };
-    const Workshop workshop;
-    if (workshop.run("bash --version").exitCode != 0)
-        GTEST_SKIP() << "bash is not installed";
-    answerOf(workshop, R"(tavrin --plugin "$PLUGIN" completion bash >tavrin.bash)");
-    for (const Case& row : cases)
-    {
-        workshop.write(
-            "try.bash",
-            "source tavrin.bash\nCOMP_WORDS=(" + std::string(row.words) +
-                ")\nCOMP_CWORD=" + std::to_string(row.current) +
-                "\n_tavrin\nprintf '%s\\n' \"${COMPREPLY[@]}\" | LC_ALL=C sort | tr '\\n' ' '\n");
-        EXPECT_EQ(answerOf(workshop, "bash try.bash"), row.offers) << row.words;
-    }
 }
 
 struct Range

@@ -20,11 +20,9 @@ struct Case
 
 // "operate" stands for "tavrin run 'Field/Tensor Field Operator'"; "trial NAME" runs an algorithm of
 // the trial plug-in and "draw" paints arrows to out.png.
-const Case
-    cases
-        [] =
-            {
-                // clang-format off
+const Case cases[] =
+    {
+        // clang-format off
     {"Works", R"(operate "Field A=flow.vtu#velocity" "Operator=Norm of Field A" -o Field=out.vtu)", 0, ""},
     {"WorksWithoutPort", R"(operate "Field A=flow.vtu" -o out.vtu)", 0, ""},
     {"WorksOnSeries", R"(operate "Field A=double_gyre.pvd" -o series.pvd && tavrin info series.pvd | grep -q 'time steps  21 from 0 to 10')", 0, ""},
@@ -44,7 +42,7 @@ const Case
     {"BadThreads", "tavrin list --threads many", 2, "error: --threads: \"many\" is not a whole number from 1 to 1024\n"},
     {"TooManyThreads", "tavrin list --threads 5000", 2, "error: --threads: \"5000\" is not a whole number from 1 to 1024\n"},
     {"BadProgress", "tavrin list --progress soon", 2, "error: --progress: \"soon\" is not auto, always or never\n"},
-    {"UnknownShell", "tavrin completion fish", 2, "error: there is no completion for \"fish\"; there is \"bash\"\n"},
+    {"UnknownShell", "tavrin completion tcsh", 2, "error: there is no completion for \"tcsh\"; there is bash, zsh and fish\n"},
 
     // Algorithms and their options
     {"UnknownAlgorithm", "tavrin run 'Field/Tensor Field Operatr'", 2, "error: unknown algorithm \"Field/Tensor Field Operatr\"; did you mean \"Field/Tensor Field Operator\"?\n"},
@@ -209,7 +207,7 @@ const Case
     {"AlgorithmExits", "tavrin --plugin \"$HOSTILE\" run Hostile/Exit --report report.json", 1, "error: a plug-in ended the program\n"},
     {"AlgorithmsThatCannotBeDeclared", "for command in list man 'completion bash'; do tavrin --plugin \"$HOSTILE\" $command | grep -c 'Field/Info' | sed 's/[1-9][0-9]*/some/' >&2; done 2>&1 | sort >&2", 0, "some\nsome\nsome\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\n"},
     {"OwnPluginMissing", "cp -r \"$LIBRARIES\"/../bin/tavrin . && mkdir lib && cp \"$LIBRARIES\"/*.so* . && ./tavrin list 2>&1 | sed 's/.*plugins/PLACE/' >&2", 0, "PLACE: no such file\n"},
-                // clang-format on
+        // clang-format on
 };
 
 /// Prints a case in messages of GoogleTest.

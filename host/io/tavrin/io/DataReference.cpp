@@ -56,20 +56,33 @@ Association parseAssociation(const std::string& value)
     refuse("on", value, "points or cells", std::array<std::string, 2>{"points", "cells"});
 }
 
-Shape parseShape(const std::string& value)
+/// The shapes of all values that a function may have.
+std::vector<Shape> knownShapes()
 {
-    std::vector<std::string> known;
-    Shape shape;
-    const bool isKnown = visitTypes<ValueTypes>(
+    std::vector<Shape> shapes;
+    visitTypes<ValueTypes>(
         [&]<typename T>()
         {
-            shape = shapeOfType<T>();
-            known.push_back(shapeText(shape));
-            return known.back() == value;
+            shapes.push_back(shapeOfType<T>());
+            return false;
         });
-    if (!isKnown)
+    return shapes;
+}
+
+std::vector<std::string> shapeTexts()
+{
+    std::vector<std::string> texts;
+    std::ranges::transform(knownShapes(), std::back_inserter(texts), shapeText);
+    return texts;
+}
+
+Shape parseShape(const std::string& value)
+{
+    const auto known = shapeTexts();
+    const auto found = std::ranges::find(known, value);
+    if (found == known.end())
         refuse("shape", value, "one of " + joined(known), known);
-    return shape;
+    return knownShapes().at(static_cast<std::size_t>(found - known.begin()));
 }
 
 SymmetricOrder parseOrder(const std::string& value)
@@ -122,40 +135,43 @@ std::string parseName(const std::string& key, const std::string& value, const st
     return toUtf8(value);
 }
 
-struct Key
+struct Key : ReferenceKey
 {
-    std::string name;
     void (*read)(const std::string& value, DataReference& reference);
 };
 
 const std::vector<Key>& keys()
 {
     static const std::vector<Key> all{
-        {"on", [](const std::string& value, DataReference& reference)
+        {{"on", {"points", "cells"}},
+         [](const std::string& value, DataReference& reference)
          { reference.on = parseAssociation(value); }},
-        {"shape", [](const std::string& value, DataReference& reference)
+        {{"shape", shapeTexts()},
+         [](const std::string& value, DataReference& reference)
          { reference.shape = parseShape(value); }},
-        {"component",
+        {{"component", {}},
          [](const std::string& value, DataReference& reference)
          {
              reference.component =
                  parseName("component", value, "the name of a component, or a number from 0");
          }},
-        {"order", [](const std::string& value, DataReference& reference)
+        {{"order", {"voigt", joined({vtkOrder.begin(), vtkOrder.end()}, ",")}},
+         [](const std::string& value, DataReference& reference)
          { reference.order = parseOrder(value); }},
-        {"dimension", [](const std::string& value, DataReference& reference)
+        {{"dimension", {"1", "2", "3"}},
+         [](const std::string& value, DataReference& reference)
          { reference.dimension = parseDimension(value); }},
-        {"time",
+        {{"time", {}},
          [](const std::string& value, DataReference& reference)
          {
              reference.time = parseNumber("time", value, "a number",
                                           [](double number) { return std::isfinite(number); });
          }},
-        {"block",
+        {{"block", {}},
          [](const std::string& value, DataReference& reference) {
              reference.block = parseName("block", value, "the name of a block, or a number from 0");
          }},
-        {"reach",
+        {{"reach", {}},
          [](const std::string& value, DataReference& reference)
          {
              reference.reach =
@@ -184,6 +200,12 @@ void parseKey(const std::string& text, std::set<std::string>& known, DataReferen
     key->read(value, reference);
 }
 
+}
+
+const std::vector<ReferenceKey>& referenceKeys()
+{
+    static const std::vector<ReferenceKey> all(keys().begin(), keys().end());
+    return all;
 }
 
 std::string_view nameOf(Association association)

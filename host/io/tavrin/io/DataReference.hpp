@@ -22,6 +22,16 @@ enum class Association
 /// "points", "cells".
 TAVRIN_API std::string_view nameOf(Association association);
 
+/// A key of a reference to data.
+struct ReferenceKey
+{
+    std::string name;
+    /// The values to choose from; empty where there is no such list.
+    std::vector<std::string> values;
+};
+
+TAVRIN_API const std::vector<ReferenceKey>& referenceKeys();
+
 /// A reference to data in a file: `FILE#ARRAY?key=value&key=value`.
 struct TAVRIN_API DataReference
 {

@@ -73,6 +73,11 @@ bool isSubsequence(const Words& words, const Words& name, const Fits& fits)
     return true;
 }
 
+bool isBeginning(const std::string& whole, const std::string& word)
+{
+    return whole.starts_with(word);
+}
+
 /// Whether the letters can be divided into beginnings of words of the name, in order.
 bool areBeginnings(std::string_view letters, std::span<const std::string> name)
 {
@@ -87,6 +92,15 @@ bool areBeginnings(std::string_view letters, std::span<const std::string> name)
                  ++n)
                 reachable[from + n] = 1;
     return reachable.back() != 0;
+}
+
+Words namesThat(const auto& meetsRule, const std::vector<Candidate>& candidates)
+{
+    Words found;
+    for (const Candidate& candidate : candidates)
+        if (meetsRule(candidate))
+            found.push_back(candidate.name);
+    return found;
 }
 
 [[noreturn]] void refuseAmbiguous(const std::string& text, const Words& names,
@@ -113,8 +127,6 @@ std::optional<std::string> matchingName(const std::string& text, std::span<const
     const std::vector<Candidate> candidates(names.begin(), names.end());
     const auto isWhole = [](const std::string& whole, const std::string& word)
     { return whole == word; };
-    const auto isBeginning = [](const std::string& whole, const std::string& word)
-    { return whole.starts_with(word); };
     const auto isName = [&](const Candidate& candidate)
     { return candidate.letters == letters || candidate.lettersAfterCategory == letters; };
     const auto hasWords = [&](const Candidate& candidate)
@@ -124,16 +136,9 @@ std::optional<std::string> matchingName(const std::string& text, std::span<const
     const auto hasLetters = [&](const Candidate& candidate)
     { return areBeginnings(letters, candidate.words); };
 
-    const auto namesThat = [&](const auto& meetsRule)
-    {
-        Words found;
-        for (const Candidate& candidate : candidates)
-            if (meetsRule(candidate))
-                found.push_back(candidate.name);
-        return found;
-    };
     for (const auto& found :
-         {namesThat(isName), namesThat(hasWords), namesThat(hasBeginnings), namesThat(hasLetters)})
+         {namesThat(isName, candidates), namesThat(hasWords, candidates),
+          namesThat(hasBeginnings, candidates), namesThat(hasLetters, candidates)})
     {
         if (found.size() > 1)
             refuseAmbiguous(text, found, kind);
@@ -141,6 +146,27 @@ std::optional<std::string> matchingName(const std::string& text, std::span<const
             return found.front();
     }
     return std::nullopt;
+}
+
+std::vector<std::string> namesBeginningAs(const std::string& text,
+                                          std::span<const std::string> names)
+{
+    const std::vector<Candidate> candidates(names.begin(), names.end());
+    Words found = namesThat(
+        [&](const Candidate& candidate) { return candidate.name.starts_with(text); }, candidates);
+    const Words words = wordsOf(text);
+    const std::string letters = together(words);
+    if (found.empty() && letters.empty())
+        return {names.begin(), names.end()};
+    if (found.empty())
+        found = namesThat([&](const Candidate& candidate)
+                          { return isSubsequence(words, candidate.words, isBeginning); },
+                          candidates);
+    if (found.empty())
+        found = namesThat([&](const Candidate& candidate)
+                          { return areBeginnings(letters, candidate.words); },
+                          candidates);
+    return found;
 }
 
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace tavrin::pipeline
 {
@@ -23,5 +24,10 @@ namespace tavrin::pipeline
 TAVRIN_API std::optional<std::string> matchingName(const std::string& text,
                                                    std::span<const std::string> names,
                                                    const std::string& kind);
+
+/// The names that a text may become when it is typed further: all of them for a text without letters,
+/// otherwise those that begin with the text, or else those that meet rule 4, or else rule 5.
+TAVRIN_API std::vector<std::string> namesBeginningAs(const std::string& text,
+                                                     std::span<const std::string> names);
 
 }

@@ -11,43 +11,36 @@ namespace tavrin::pipeline
 namespace
 {
 
-/// A word divided at the first `=` or `:=` after the name of an option.
-struct DividedWord
-{
-    std::string name;
-    std::string value;
-    bool isDirect;
-};
-
-DividedWord divide(const std::string& word, std::size_t nameLength, bool isDirect)
+DividedAssignment divideAfter(const std::string& word, std::size_t nameLength, bool isDirect)
 {
     return {word.substr(0, nameLength), word.substr(nameLength + (isDirect ? 2 : 1)), isDirect};
 }
 
 /// The word divided after the longest name of an option that fits it, if any does.
-std::optional<DividedWord> divideAtKnownName(const std::string& word,
-                                             const std::vector<std::string>& names)
+std::optional<DividedAssignment> divideAtKnownName(const std::string& word,
+                                                   const std::vector<std::string>& names)
 {
-    std::optional<DividedWord> longest;
+    std::optional<DividedAssignment> longest;
     for (const std::string& name : names)
     {
-        if (!word.starts_with(name) || (longest && longest->name.size() >= name.size()))
+        if (!word.starts_with(name) || (longest && longest->option.size() >= name.size()))
             continue;
         const std::string_view rest = std::string_view(word).substr(name.size());
         if (rest.starts_with('=') || rest.starts_with(":="))
-            longest = divide(word, name.size(), rest.starts_with(':'));
+            longest = divideAfter(word, name.size(), rest.starts_with(':'));
     }
     return longest;
 }
 
-DividedWord divideAtFirstEquals(const std::string& word, const std::vector<std::string>& names)
+DividedAssignment divideAtFirstEquals(const std::string& word,
+                                      const std::vector<std::string>& names)
 {
     const auto equals = word.find('=');
     if (equals == std::string::npos)
         throw usage_error("\"" + word + "\" is not of the form NAME=VALUE");
     const bool isDirect = equals > 0 && word[equals - 1] == ':';
-    DividedWord divided = divide(word, isDirect ? equals - 1 : equals, isDirect);
-    divided.name = matchingName(divided.name, names, "option").value_or(divided.name);
+    DividedAssignment divided = divideAfter(word, isDirect ? equals - 1 : equals, isDirect);
+    divided.option = matchingName(divided.option, names, "option").value_or(divided.option);
     return divided;
 }
 
@@ -80,6 +73,13 @@ std::vector<std::string> optionNames(const AlgorithmDescription& algorithm)
     return names;
 }
 
+DividedAssignment DividedAssignment::divide(const std::string& word,
+                                            const std::vector<std::string>& optionNames)
+{
+    const auto known = divideAtKnownName(word, optionNames);
+    return known ? *known : divideAtFirstEquals(word, optionNames);
+}
+
 OptionAssignment OptionAssignment::make(std::string option, std::string value, bool isDirect,
                                         const AlgorithmRun& run)
 {
@@ -100,9 +100,8 @@ OptionAssignment OptionAssignment::make(std::string option, std::string value, b
 
 OptionAssignment OptionAssignment::parse(const std::string& word, const AlgorithmRun& run)
 {
-    const auto names = optionNames(run.describe());
-    const auto known = divideAtKnownName(word, names);
-    const auto [name, value, isDirect] = known ? *known : divideAtFirstEquals(word, names);
+    const auto [name, value, isDirect] =
+        DividedAssignment::divide(word, optionNames(run.describe()));
     return make(name, value, isDirect, run);
 }
 

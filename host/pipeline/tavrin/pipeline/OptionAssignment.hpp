@@ -17,6 +17,21 @@ struct StepOutput
     std::string port;
 };
 
+/// A word `NAME=VALUE` or `NAME:=VALUE` in its parts.
+struct DividedAssignment
+{
+    /// The name of an option, or what stands in its place if that is none.
+    std::string option;
+    std::string value;
+    bool isDirect;
+
+    /// NAME is the longest name of an option with which the word begins and that is followed by `=` or
+    /// `:=`, or an abbreviation of a name, as in `matchingName`. Throws `usage_error` for a word without
+    /// `=` and an abbreviation of several names.
+    TAVRIN_API static DividedAssignment divide(const std::string& word,
+                                               const std::vector<std::string>& optionNames);
+};
+
 /// One `NAME=VALUE` or `NAME:=VALUE` for the option of an algorithm.
 struct TAVRIN_API OptionAssignment
 {
@@ -38,9 +53,7 @@ struct TAVRIN_API OptionAssignment
     static OptionAssignment make(std::string option, std::string value, bool isDirect,
                                  const AlgorithmRun& run);
 
-    /// Parses one word. NAME is the longest name of an option with which the word begins and that is
-    /// followed by `=` or `:=`, or an abbreviation of a name, as in `matchingName`. Throws as `make`,
-    /// and for a word without `=`.
+    /// Parses one word. Throws as `DividedAssignment::divide` and `make`.
     static OptionAssignment parse(const std::string& word, const AlgorithmRun& run);
 };
 

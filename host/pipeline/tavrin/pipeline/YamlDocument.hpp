@@ -23,7 +23,7 @@ struct FilePlace
 };
 
 /// A part of a YAML file: a text, a list, or a map in the order of the file.
-struct YamlNode
+struct TAVRIN_API YamlNode
 {
     enum class Kind
     {
@@ -82,6 +82,6 @@ auto at(const FilePlace& place, const Work& work)
 /// Reads a YAML or JSON file of one document. Throws `io::FileError` for a file that cannot be read
 /// or is not YAML, with line and column, and `usage_error` for one whose aliases expand to an
 /// unreasonable size, for keys that are not texts, and for a key that is given twice.
-YamlNode readYaml(const std::filesystem::path& file);
+TAVRIN_API YamlNode readYaml(const std::filesystem::path& file);
 
 }
