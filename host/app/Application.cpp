@@ -34,6 +34,7 @@ struct GlobalOptions
     std::optional<std::string> threads;
     std::string progress = "auto";
     bool isVerbose = false;
+    bool isQuiet = false;
     bool wantsVersion = false;
     bool wantsHelp = false;
 };
@@ -73,6 +74,9 @@ void declareProgram(Program& program, GlobalOptions& options)
         ->type_name("WHEN");
     syntax.add_flag("-v,--verbose", options.isVerbose,
                     "prints the debug log, and the backtrace of a failed run");
+    syntax.add_flag("-q,--quiet", options.isQuiet,
+                    "prints only what is asked for: neither progress nor what algorithms print "
+                    "besides their report");
     syntax.add_flag("--version", options.wantsVersion, "prints the version");
     syntax.add_flag("-h,--help", options.wantsHelp, "prints help, also on a command");
     program.commands = makeCommands(syntax);
@@ -135,12 +139,15 @@ void run(int argc, const char* const* argv, Console& console, GlobalOptions& opt
     if (chosen.empty())
         return console.print(helpText(program.declaration()));
 
+    if (options.isQuiet)
+        console.discardForeignOutput();
     setThreads(options.threads);
     Session session{.program = program,
                     .console = console,
                     .abortFlag = Interrupt::flag(),
                     .algorithms = RegistrationService<AlgorithmFactory>::getInstance(),
-                    .progressMode = progressModeFrom(options.progress),
+                    .progressMode =
+                        options.isQuiet ? ProgressMode::Never : progressModeFrom(options.progress),
                     .isVerbose = options.isVerbose};
     loadPlugins(options.plugins, console, session.abortFlag);
     Command& command = program.command(chosen.front()->get_name());

@@ -20,11 +20,9 @@ struct Case
 
 // "operate" stands for "tavrin run 'Field/Tensor Field Operator'"; "trial NAME" runs an algorithm of
 // the trial plug-in and "draw" paints arrows to out.png.
-const Case
-    cases
-        [] =
-            {
-                // clang-format off
+const Case cases[] =
+    {
+        // clang-format off
     {"Works", R"(operate "Field A=flow.vtu#velocity" "Operator=Norm of Field A" -o Field=out.vtu)", 0, ""},
     {"WorksWithoutPort", R"(operate "Field A=flow.vtu" -o out.vtu)", 0, ""},
     {"WorksOnSeries", R"(operate "Field A=double_gyre.pvd" -o series.pvd && tavrin info series.pvd | grep -q 'time steps  21 from 0 to 10')", 0, ""},
@@ -68,7 +66,7 @@ const Case
     {"EmptyFile", R"(: >e.vtu; operate "Field A=e.vtu" -o out.vtu)", 3, "error: e.vtu: is empty\n"},
     {"TruncatedFile", R"(head -c 500 flow.vtu >t.vtu; operate "Field A=t.vtu" -o out.vtu)", 3, "error: t.vtu: not a whole XML file: line 10, column 4, byte index 500: no element found\n"},
     {"Noise", R"(head -c 5000 "$PLUGIN" >n.vtk; operate "Field A=n.vtk" -o out.vtu)", 3, "error: n.vtk: not a legacy VTK file\n"},
-    {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd and .series\n"},
+    {"WrongInputExtension", R"(cp flow.vtu f.txt; tavrin info f.txt)", 3, "error: f.txt: a file with the extension .txt is not supported; supported are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd, .csv and .series\n"},
     {"MissingArray", R"(operate "Field A=flow.vtu#velocty" -o out.vtu)", 2, "error: flow.vtu: no array \"velocty\"; did you mean \"velocity\"?\n"},
     {"GridOfAnotherDimension", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET POLYDATA\nPOINTS 2 float\n0 0 0  1 0 0\n' >line.vtk; tavrin run 'Field/Sample Field on Given Grid' Field=double_gyre.pvd 'Grid=line.vtk?dimension=1' -o out.pvd)", 2, "error: option \"Grid\": it takes a 2-D grid or point set or a 3-D grid or point set, not a 1-D point set\n"},
     {"NamesWithControlCharacters", R"(printf '# vtk DataFile Version 3.0\n\nASCII\nDATASET STRUCTURED_POINTS\nDIMENSIONS 2 1 1\nORIGIN 0 0 0\nSPACING 1 1 1\nPOINT_DATA 2\nSCALARS a%%1B[31m%%0Ab%%C2%%9Bc double 1\nLOOKUP_TABLE default\n1 2\n' >odd.vtk; tavrin info odd.vtk | grep 31m >&2)", 0, "a [31m b c  points  1           float64    Scalar  -\n"},
@@ -81,11 +79,11 @@ const Case
     {"UnknownPort", R"(operate "Field A=flow.vtu" -o Feild=out.vtu)", 2, "error: \"Field/Tensor Field Operator\" has no output \"Feild\"; did you mean \"Field\"?\n"},
     {"NoOutputs", "trial Throw -o out.vtu", 2, "error: \"Trial/Throw\" has no outputs; -o out.vtu asks for one\n"},
     {"NothingAskedFor", R"(operate "Field A=nix.vtu")", 2, "error: the result would be lost; name an output: -o Field=FILE\n"},
-    {"WrongExtension", R"(operate "Field A=nix.vtu" -o out.stl)", 2, "error: out.stl: a data file cannot have the extension \".stl\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd\n"},
-    {"NoExtension", R"(operate "Field A=nix.vtu" -o Field=out)", 2, "error: out: a data file cannot have the extension \"\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd\n"},
+    {"WrongExtension", R"(operate "Field A=nix.vtu" -o out.stl)", 2, "error: out.stl: a data file cannot have the extension \".stl\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd, .csv\n"},
+    {"NoExtension", R"(operate "Field A=nix.vtu" -o Field=out)", 2, "error: out: a data file cannot have the extension \"\"; use .vti, .vtr, .vts, .vtu, .vtp, .pvd, .csv\n"},
     {"NoFile", R"(operate "Field A=nix.vtu" -o Field=)", 2, "error: output \"Field\" needs a file, as in -o Field=FILE.vti\n"},
-    {"UnsuitableGrid", R"(operate "Field A=flow.vtu" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input; use .vtu, .pvd\n"},
-    {"UnsuitableSeries", R"(operate "Field A=double_gyre.pvd" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input with 21 time steps; use .pvd\n"},
+    {"UnsuitableGrid", R"(operate "Field A=flow.vtu" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input; use .vtu, .pvd, .csv\n"},
+    {"UnsuitableSeries", R"(operate "Field A=double_gyre.pvd" -o out.vti)", 2, "error: out.vti: \".vti\" does not suit the grid of the input with 21 time steps; use .pvd, .csv\n"},
     {"SameOutputTwice", R"(operate "Field A=nix.vtu" -o new.vtu -o Field=./new.vtu)", 2, "error: ./new.vtu: is to be written twice\n"},
     {"OutputIsInput", R"(operate "Field A=flow.vtu#velocity" -o ../$(basename "$PWD")/flow.vtu 2>&1 | sed 's/tavrin-test-[^/]*/HERE/' >&2)", 0, "error: ../HERE/flow.vtu: is an input, and would be overwritten\n"},
     {"ReportIsColorMap", R"(echo '{}' >map.json; tavrin run 'Field/Show Hedgehogs' Field=flow.vtu "Color Map=map.json#a@0:1" -o out.png --report ./map.json; cat map.json >&2)", 0, "error: ./map.json: is an input, and would be overwritten\n{}\n"},
@@ -130,8 +128,8 @@ const Case
     {"NegativeSize", "draw Field=flow.vtu --size -5x10", 2, "error: --size: \"-5x10\" is not of the form WIDTHxHEIGHT, as in 1600x1200\n"},
     {"NoBackground", "draw Field=flow.vtu --background dark", 2, "error: --background: \"dark\" is not a color: #rrggbb, #rrggbbaa, or r,g,b[,a] with components in 0..1\n"},
     {"NoView", "draw Field=flow.vtu --view top", 2, "error: \"top\" is not a view; use x, -x, y, -y, z, -z, iso or AZIMUTH,ELEVATION in degrees, the elevation in -90 to 90\n"},
-    {"PictureExtension", "tavrin run 'Field/Show Hedgehogs' Field=nix.vtu -o out.jpg", 2, "error: out.jpg: a picture cannot have the extension \".jpg\"; use .png, .vtp\n"},
-    {"NoEgl", "mkdir lib; : >lib/libEGL.so.1; LD_LIBRARY_PATH=lib draw Field=flow.vtu", 1, "error: no OpenGL 3.3 context without a display: the library libEGL.so.1 cannot be loaded\n"},
+    {"PictureExtension", "tavrin run 'Field/Show Hedgehogs' Field=nix.vtu -o out.jpg", 2, "error: out.jpg: a picture cannot have the extension \".jpg\"; use .png, .svg, .pdf, .vtp\n"},
+    {"NoEgl", "mkdir lib; : >lib/libEGL.so.1; LD_LIBRARY_PATH=lib draw Field=flow.vtu 'Representation=tube arrow'", 1, "error: no OpenGL 3.3 context without a display: the library libEGL.so.1 cannot be loaded\n"},
     {"NoOpenGlAtAll", "mkdir lib; : >lib/libepoxy.so.0; LD_LIBRARY_PATH=lib draw Field=flow.vtu 2>&1 | sed 's/: [^ ]*tavrin-painter:/: PAINTER:/' >&2", 0, "error: the picture cannot be painted: the painter ended with status 127: PAINTER: error while loading shared libraries: lib/libepoxy.so.0: file too short\n"},
     {"NoOpenGlNeeded", R"(mkdir lib; for name in epoxy.so.0 EGL.so.1 GL.so.1 cairo.so.2; do : >lib/lib$name; done; export LD_LIBRARY_PATH=$PWD/lib
         tavrin run Field/Info Field=flow.vtu >/dev/null && operate "Field A=flow.vtu" -o out.vtu && tavrin run 'Field/Show Hedgehogs' Field=flow.vtu -o arrows.vtp >/dev/null)", 0, ""},
@@ -209,7 +207,7 @@ const Case
     {"AlgorithmExits", "tavrin --plugin \"$HOSTILE\" run Hostile/Exit --report report.json", 1, "error: a plug-in ended the program\n"},
     {"AlgorithmsThatCannotBeDeclared", "for command in list man 'completion bash'; do tavrin --plugin \"$HOSTILE\" $command | grep -c 'Field/Info' | sed 's/[1-9][0-9]*/some/' >&2; done 2>&1 | sort >&2", 0, "some\nsome\nsome\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Undeclarable\" left out: out of order\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\nwarning: algorithm \"Hostile/Unspeakable\" left out: its declaration throws an exception of unknown type\n"},
     {"OwnPluginMissing", "cp -r \"$LIBRARIES\"/../bin/tavrin . && mkdir lib && cp \"$LIBRARIES\"/*.so* . && ./tavrin list 2>&1 | sed 's/.*plugins/PLACE/' >&2", 0, "PLACE: no such file\n"},
-                // clang-format on
+        // clang-format on
 };
 
 /// Prints a case in messages of GoogleTest.

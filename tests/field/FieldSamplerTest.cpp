@@ -38,6 +38,23 @@ std::shared_ptr<const CurvilinearGrid<3>> bentGrid()
     return std::make_shared<CurvilinearGrid<3>>(straight.size(), stored(points));
 }
 
+/// A layer of quads through that grid.
+std::shared_ptr<const CurvilinearGrid<3>> bentSheet()
+{
+    const auto grid = bentGrid();
+    Points<3> points;
+    for (std::size_t i = 0; i < 49; ++i)
+        points.push_back(grid->point(3 * 49 + i));
+    return std::make_shared<CurvilinearGrid<3>>(GridSize{7, 7, 1}, stored(points));
+}
+
+std::shared_ptr<const Function<Scalar>> withReach(const Function<Scalar>& function, double reach)
+{
+    return std::make_shared<const Function<Scalar>>(function.domain(), function.domainPart(),
+                                                    function.values(), function.timeSteps(),
+                                                    function.name(), nullptr, nullptr, reach);
+}
+
 template<typename Grid>
 std::shared_ptr<const Function<Scalar>> wavesOn(std::shared_ptr<const Grid> grid, double phase)
 {
@@ -82,6 +99,7 @@ TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions
     const auto straight = wavesOn(box, 1.0);
     const auto bundle =
         std::make_shared<DataObjectBundle>(DataObjectBundle::Members{bent, straight});
+    const auto reaching = withReach(*wavesOn(bentSheet(), 2.0), 1.5);
     const auto formula = std::make_shared<SpatialFunctionField<3, Scalar>>(
         [](const Vector3& position, double time) { return Scalar(position[0] * time); });
 
@@ -98,7 +116,7 @@ TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions
     for (const int threads : {1, 3})
         for (const std::size_t numTimes : {1, 1000})
             for (const Object& object :
-                 std::initializer_list<Object>{bent, straight, bundle, formula})
+                 std::initializer_list<Object>{bent, straight, bundle, reaching, formula})
                 for (const PointSet<3>* const points :
                      std::initializer_list<const PointSet<3>*>{&cloud, &fine, &path, &none})
                 {
@@ -109,6 +127,7 @@ TEST(FieldSamplerTest, AnswersAsAnEvaluatorDoesForEveryKindOfFieldAndOfPositions
 
 TEST(FieldSamplerTest, TakesPositionsInMemoryAndOfOtherDimensions)
 {
+    const auto reaching = withReach(*wavesOn(bentSheet(), 2.0), 1.5);
     const auto formula = std::make_shared<SpatialFunctionField<3, Vector3>>(
         [](const Vector3& position, double) { return position; });
     const std::vector<Vector2> flat{{1.0, 2.0}, {3.0, 4.0}};
@@ -164,6 +183,7 @@ TEST(FieldSamplerTest, StopsSoonAfterAnAbort)
 {
     volatile bool abortFlag = false;
     std::size_t numCalls = 0;
+    const auto reaching = withReach(*wavesOn(bentSheet(), 2.0), 1.5);
     const auto formula = std::make_shared<SpatialFunctionField<3, Scalar>>(
         [&](const Vector3& position, double)
         {

@@ -191,4 +191,40 @@ TEST(Inversion, TakesAStretchedTwistedAndInvertedHexahedron)
     }
 }
 
+/// Hexahedra as they are written for prisms, pyramids and tetrahedra, by repeating vertices. Every point of
+/// theirs is answered by the first of two equal cells, those on collapsed edges and faces, too.
+TEST(Inversion, FindsTheLowestCellWhereEdgesOfHexahedraCollapse)
+{
+    const std::vector<std::array<std::size_t, 8>> collapsed{
+        {0, 1, 2, 2, 4, 5, 6, 6}, {0, 1, 2, 3, 4, 4, 7, 7}, {0, 1, 2, 3, 0, 5, 6, 3},
+        {0, 1, 2, 3, 4, 5, 6, 6}, {0, 1, 2, 3, 4, 4, 4, 4}, {0, 1, 1, 0, 4, 5, 6, 7},
+        {0, 1, 2, 2, 4, 4, 4, 4}, {0, 1, 2, 2, 4, 4, 6, 6}, {0, 0, 2, 3, 4, 5, 6, 6}};
+    std::mt19937 random(11);
+    for (const double far : {0.0, 1e4})
+        for (const auto& numbers : collapsed)
+        {
+            const Points<3> corners = distortedCell<3>(CellType::Hexahedra, 0.1, random);
+            Points<3> vertices;
+            for (const std::size_t number : numbers)
+                vertices.push_back(corners[number] + Vector3(far, -far, 0.3 * far));
+            Mesh<3> mesh;
+            mesh.addCell(CellType::Hexahedra, vertices);
+            mesh.addCell(CellType::Hexahedra, vertices);
+            const auto grid = mesh.grid();
+            for (int i = 0; i < 125; ++i)
+            {
+                const Reference at{0.25 * (i % 5), 0.25 * (i / 5 % 5), 0.25 * (i / 25)};
+                std::array<double, 8> weights;
+                shapeFunctions(CellType::Hexahedra, at, weights);
+                Vector3 position{};
+                for (std::size_t k = 0; k < 8; ++k)
+                    position += weights[k] * vertices[k];
+                const auto location = locate<3>(*grid, position);
+                ASSERT_TRUE(location) << at[0] << ' ' << at[1] << ' ' << at[2];
+                ASSERT_EQ(location->cell, 0U) << at[0] << ' ' << at[1] << ' ' << at[2];
+                EXPECT_LT(norm(positionOf<3>(*grid, *location) - position), 1e-10);
+            }
+        }
+}
+
 }

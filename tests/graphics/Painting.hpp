@@ -19,7 +19,9 @@ inline const std::string& obstacleToPainting()
     {
         try
         {
-            paint({}, {.width = 8, .height = 8}, support::neverAbort);
+            const ArrowGlyph tube{{0, 0, 0}, {1, 0, 0}, 0.1, {}, true};
+            paint({.drawables = {GraphicsSystem::makeArrows({tube}, ShadingType::Phong)}},
+                  {.width = 8, .height = 8}, support::neverAbort);
             return {};
         }
         catch (const std::exception& error)

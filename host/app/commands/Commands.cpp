@@ -7,8 +7,8 @@ std::vector<std::unique_ptr<Command>> makeCommands(CLI::App& program)
 {
     std::vector<std::unique_ptr<Command>> commands;
     for (const auto make : {makeListCommand, makeDescribeCommand, makeInfoCommand, makeRunCommand,
-                            makePipelineCommand, makeExamplesCommand, makeCompletionCommand,
-                            makeManCommand, makeHelpCommand})
+                            makePipelineCommand, makeSchemaCommand, makeExamplesCommand,
+                            makeCompletionCommand, makeManCommand, makeHelpCommand})
         commands.push_back(make(program));
     return commands;
 }

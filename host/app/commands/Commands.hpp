@@ -15,6 +15,7 @@ std::unique_ptr<Command> makeDescribeCommand(CLI::App& program);
 std::unique_ptr<Command> makeInfoCommand(CLI::App& program);
 std::unique_ptr<Command> makeRunCommand(CLI::App& program);
 std::unique_ptr<Command> makePipelineCommand(CLI::App& program);
+std::unique_ptr<Command> makeSchemaCommand(CLI::App& program);
 std::unique_ptr<Command> makeExamplesCommand(CLI::App& program);
 std::unique_ptr<Command> makeCompletionCommand(CLI::App& program);
 std::unique_ptr<Command> makeManCommand(CLI::App& program);

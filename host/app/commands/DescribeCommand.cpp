@@ -29,7 +29,7 @@ public:
                .details =
                    "With values, the algorithm is described after they are set: files are loaded, "
                    "and the algorithm may hide or show options, which are marked as hidden.\n\n"
-                   "The JSON is one object with name, description, options [{name, kind, "
+                   "The JSON is one object with formatVersion, name, description, options [{name, kind, "
                    "help, group, afterSeparator, required, visible, default, value, choices, "
                    "types, references [{kind, placeholder}], connected}] and outputs [{name, kind, types}]. Values are texts, "
                    "as they are written in NAME=VALUE.",

@@ -27,7 +27,8 @@ public:
               {.name = "list",
                .words = "",
                .summary = "Lists the algorithms",
-               .details = "The JSON is an array of {name, description}, sorted by name.",
+               .details = "The JSON is an object with formatVersion and algorithms, an array of "
+                          "{name, description}, sorted by name.",
                .examples = {{"tavrin list", "The algorithms of all plug-ins that are loaded."}}})
     {
         syntax().add_flag("--json", mWantsJson, "prints JSON");
@@ -50,7 +51,7 @@ private:
         Json list = Json::array();
         for (const Row& row : rows)
             list.push_back({{"name", row[0]}, {"description", row[1]}});
-        return list;
+        return {{"formatVersion", 1}, {"algorithms", std::move(list)}};
     }
 
     bool mWantsJson = false;

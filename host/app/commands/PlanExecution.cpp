@@ -4,6 +4,7 @@
 #include "../run/PlanFollower.hpp"
 #include "../run/Threads.hpp"
 
+#include <tavrin/io/OutputFile.hpp>
 #include <tavrin/pipeline/PlanPreview.hpp>
 #include <tavrin/pipeline/WholeFile.hpp>
 
@@ -23,8 +24,8 @@ void executePlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Lo
     if (reportFile && !isReportPrinted)
         others.emplace_back(*reportFile);
     run.check(others);
-    if (isReportPrinted)
-        session.console.reserveOutput();
+    if (isReportPrinted || run.printsData())
+        io::setStandardOutput(session.console.reserveOutput());
     startThreads();
 
     run.execute();

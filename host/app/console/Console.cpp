@@ -80,11 +80,17 @@ void Console::lines(std::string_view text)
 void Console::printForeign(Stream stream, std::string_view text)
 {
     const std::scoped_lock lock(mMutex);
-    if (text.empty())
+    if (text.empty() || (mDiscardsForeignOutput && stream == Output))
         return;
     eraseStatus();
     writeBytes(stream, text);
     isLineOpen(stream) = text.back() != '\n';
+}
+
+void Console::discardForeignOutput()
+{
+    const std::scoped_lock lock(mMutex);
+    mDiscardsForeignOutput = true;
 }
 
 void Console::showStatus(const std::string& text)
@@ -97,7 +103,7 @@ void Console::showStatus(const std::string& text)
     writeBytes(Error, text);
 }
 
-void Console::reserveOutput()
+int Console::reserveOutput()
 {
     const std::scoped_lock lock(mMutex);
     const int answers = fcntl(Output, F_DUPFD_CLOEXEC, 3);
@@ -105,6 +111,7 @@ void Console::reserveOutput()
         throw io::FileError("standard output", std::strerror(errno));
     mAnswerDescriptor = answers;
     mAreOneTarget = true;
+    return answers;
 }
 
 void Console::answer(std::string_view text)

@@ -35,6 +35,9 @@ public:
     /// If it ends within a line, that line is ended before anything else is printed.
     void printForeign(Stream stream, std::string_view text);
 
+    /// Discards everything given to `printForeign` for standard output from now on.
+    void discardForeignOutput();
+
     /// Shows a status on the last line of the terminal in place of the previous one; an empty text
     /// erases it. Call only if `isTerminal()`.
     void showStatus(const std::string& text);
@@ -46,8 +49,8 @@ public:
     std::size_t width() const;
 
     /// Reserves standard output for `answer()`: everything else that would go there, including what
-    /// plug-ins write, goes to standard error from now on.
-    void reserveOutput();
+    /// plug-ins write, goes to standard error from now on. Returns the descriptor of the stream.
+    int reserveOutput();
 
     /// Prints text on standard output even after `reserveOutput()`.
     void answer(std::string_view text);
@@ -66,6 +69,7 @@ private:
     /// Whether both streams lead to the same terminal or file, and so share their lines.
     bool mAreOneTarget;
     bool mHasStatus = false;
+    bool mDiscardsForeignOutput = false;
     std::array<bool, 3> mIsLineOpen{};
     int mAnswerDescriptor = Output;
     int mOutputError = 0;

@@ -138,7 +138,8 @@ Json algorithmJson(const AlgorithmCard& card)
         outputs.push_back({{"name", output.name},
                            {"kind", output.isGraphics ? "graphics" : "data"},
                            {"types", output.types}});
-    return {{"name", card.name},
+    return {{"formatVersion", 1},
+            {"name", card.name},
             {"description", card.description},
             {"options", std::move(options)},
             {"outputs", std::move(outputs)}};

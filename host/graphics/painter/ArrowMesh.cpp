@@ -34,44 +34,15 @@ private:
 
 }
 
-ArrowMesh ArrowMesh::flat()
-{
-    Builder builder(true);
-    // Both halves lean away from a ridge along the axis, so that shading shows the direction.
-    constexpr float lean = 0.3F;
-    for (const float side : {1.0F, -1.0F})
-    {
-        // Mirroring reverses the orientation of a triangle.
-        const auto triangle = [&](unsigned a, unsigned b, unsigned c)
-        { side > 0.0F ? builder.triangle(a, c, b) : builder.triangle(a, b, c); };
-        const Tensor<float, 3> normal(side * lean, 1.0F, 0.0F);
-        const auto tailMiddle = builder.vertex(0.0F, 0.0F, 0.0F, normal);
-        const auto tail = builder.vertex(side * shaftRadius, 0.0F, 0.0F, normal);
-        const auto neckMiddle = builder.vertex(0.0F, 0.0F, neck, normal);
-        const auto neckSide = builder.vertex(side * shaftRadius, 0.0F, neck, normal);
-        const auto barb = builder.vertex(side * flatHeadRadius, 0.0F, neck, normal);
-        const auto tip = builder.vertex(0.0F, 0.0F, 1.0F, normal);
-        triangle(tailMiddle, tail, neckSide);
-        triangle(tailMiddle, neckSide, neckMiddle);
-        triangle(neckMiddle, barb, tip);
-    }
-    return builder.take();
-}
-
-ArrowMesh ArrowMesh::thin()
+ArrowMesh ArrowMesh::flat(float headRadius)
 {
     Builder builder(true);
     const Tensor<float, 3> normal(0.0F, 1.0F, 0.0F);
-    const auto left = builder.vertex(-shaftRadius, 0.0F, 0.0F, normal);
-    const auto right = builder.vertex(shaftRadius, 0.0F, 0.0F, normal);
-    const auto neckRight = builder.vertex(shaftRadius, 0.0F, neck, normal);
-    const auto neckLeft = builder.vertex(-shaftRadius, 0.0F, neck, normal);
-    const auto barbLeft = builder.vertex(-tubeHeadRadius, 0.0F, neck, normal);
-    const auto barbRight = builder.vertex(tubeHeadRadius, 0.0F, neck, normal);
-    const auto tip = builder.vertex(0.0F, 0.0F, 1.0F, normal);
-    builder.triangle(left, neckRight, right);
-    builder.triangle(left, neckLeft, neckRight);
-    builder.triangle(barbLeft, tip, barbRight);
+    for (const auto& corner : flatOutline(headRadius))
+        builder.vertex(corner[0], 0.0F, corner[1], normal);
+    builder.triangle(0, 1, 5);
+    builder.triangle(0, 5, 6);
+    builder.triangle(2, 3, 4);
     return builder.take();
 }
 

@@ -42,13 +42,11 @@ struct ArrowMesh
 
     std::vector<Vertex> vertices;
     std::vector<std::uint16_t> indices;
-    /// Whether the arrow is turned about its axis to face the eye, and is shaded accordingly.
+    /// Whether the arrow has no thickness and is not shaded.
     bool isFlat = false;
 
     /// A flat arrow that faces the eye.
-    static ArrowMesh flat();
-    /// A flat arrow with as few triangles as possible, for arrows that are hardly wider than a pixel.
-    static ArrowMesh thin();
+    static ArrowMesh flat(float headRadius);
     /// A shaft and a cone with `numSides` sides each.
     static ArrowMesh tube(unsigned numSides);
 };

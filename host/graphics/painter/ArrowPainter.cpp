@@ -12,18 +12,22 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// This many triangles are collected before they are drawn.
+/// The number of triangles that are collected for one draw call.
 constexpr std::size_t trianglesPerDraw = 100'000;
-/// Above this number of arrows, each is drawn coarser: they hide one another and fill the picture.
+/// Above this number, arrows are drawn with coarser meshes, because each is small or mostly hidden.
 constexpr double fewArrows = 1e5;
-/// Arrows that cover the tile more often than this are dense: it pays to find out which are hidden.
+/// Arrows that cover the tile more often than this are dense, and hidden ones are worth finding.
 constexpr double sparseCover = 4.0;
-/// Hidden arrows are looked for anew whenever others have covered the tile this many times.
+/// The occlusion map is updated whenever the arrows drawn since have covered the tile this often.
 constexpr double coverBetweenUpdates = 2.0;
-/// Dense arrows are drawn coarser still.
+/// A further factor of the coarseness of dense arrows.
 constexpr double denseCoarseness = 1.5;
-/// The least width and length of an arrow in the picture, and the rounding of edges to pixels.
+/// A bound on how far an arrow extends beyond its exact outline, because of the least width and length
+/// and of rounding to pixels; in pixels.
 constexpr double pixelSlack = 3.0;
+
+/// A tube without visible shading is as bright as a shaded one is on average.
+constexpr float thinTubeBrightness = 0.8F;
 
 ShaderProgram programFiles()
 {
@@ -81,9 +85,9 @@ ArrowPainter::Level::Level(double smallest, bool tube, const ArrowMesh& mesh,
 
 ArrowPainter::ArrowPainter() : mProgram(programFiles())
 {
-    mLevels.emplace_back(0.0, false, ArrowMesh::thin(), mProgram);
-    mLevels.emplace_back(1.2, false, ArrowMesh::flat(), mProgram);
-    mLevels.emplace_back(0.0, true, ArrowMesh::thin(), mProgram);
+    mLevels.emplace_back(0.0, false, ArrowMesh::flat(ArrowMesh::flatHeadRadius), mProgram);
+    // A tube that is hardly wider than a pixel.
+    mLevels.emplace_back(0.0, true, ArrowMesh::flat(ArrowMesh::tubeHeadRadius), mProgram);
     mLevels.emplace_back(1.2, true, ArrowMesh::tube(8), mProgram);
     mLevels.emplace_back(4.0, true, ArrowMesh::tube(14), mProgram);
     mLevels.emplace_back(10.0, true, ArrowMesh::tube(36), mProgram);
@@ -190,6 +194,7 @@ void ArrowPainter::drawCollected()
         if (level.instances.empty())
             continue;
         mProgram.set("u_isFlat", level.isFlat ? 1.0F : 0.0F);
+        mProgram.set("u_brightness", level.isTube ? thinTubeBrightness : 1.0F);
         glBindVertexArray(level.vertexArray.name());
         glBindBuffer(GL_ARRAY_BUFFER, mInstances.name());
         glBufferData(GL_ARRAY_BUFFER,

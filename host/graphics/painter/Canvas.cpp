@@ -95,7 +95,7 @@ void Canvas::drawPixels(const Frame& frame, const std::vector<std::uint8_t>& pix
     const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(image.get()));
     for (std::size_t row = 0; row < height; ++row)
     {
-        const std::uint8_t* const source = pixels.data() + (height - 1 - row) * width * 4;
+        const std::uint8_t* const source = pixels.data() + row * width * 4;
         unsigned char* const target = data + row * stride;
         for (std::size_t column = 0; column < width; ++column)
         {
@@ -176,6 +176,8 @@ void Canvas::fill(const Frame& frame, const Color& color)
 
 void Canvas::trace(std::span<const Pixel> corners)
 {
+    // A text that was drawn before has left a current point.
+    cairo_new_path(mContext.get());
     for (const Pixel& corner : corners)
         cairo_line_to(mContext.get(), corner[0], corner[1]);
     cairo_close_path(mContext.get());

@@ -31,7 +31,7 @@ public:
         return mFormat == PictureFormat::Svg || mFormat == PictureFormat::Pdf;
     }
 
-    /// Draws pixels over a part of the picture. `pixels` holds rows from below, with colors multiplied
+    /// Draws pixels over a part of the picture. `pixels` holds rows from the top, with colors multiplied
     /// by their alpha.
     void drawPixels(const Frame& frame, const std::vector<std::uint8_t>& pixels);
 

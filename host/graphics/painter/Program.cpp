@@ -68,6 +68,18 @@ void link(GLuint program, const ShaderProgram& files)
 
 }
 
+bool isLineProgram(const ShaderProgram& files)
+{
+    const std::string folder = shaderFolder() + "line/noShading/multiColor/";
+    const auto isSame = [&](const std::filesystem::path& file, const char* name)
+    {
+        std::error_code ignored;
+        return std::filesystem::equivalent(file, folder + name, ignored);
+    };
+    return isSame(files.vertex, "vertex.glsl") && isSame(files.fragment, "fragment.glsl") &&
+           isSame(files.geometry, "geometry.glsl");
+}
+
 std::string shaderFolder()
 {
     return PluginRegistrationService::getInstance().getResourcePath("utils/Graphics") + "shader/";

@@ -49,6 +49,9 @@ private:
     GLuint mName;
 };
 
+/// Whether the program is the one that draws segments of a width in pixels.
+bool isLineProgram(const ShaderProgram& files);
+
 /// The folder of the painter's shaders, ending in a separator.
 std::string shaderFolder();
 

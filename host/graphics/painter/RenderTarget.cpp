@@ -180,6 +180,13 @@ std::vector<std::uint8_t> RenderTarget::finish()
     glReadPixels(0, 0, mWidth, mHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     if (glGetError() == GL_OUT_OF_MEMORY)
         throw runtime_error("the graphics system has not enough memory for the picture");
+    const std::size_t rowSize = static_cast<std::size_t>(mWidth) * 4;
+    for (std::size_t top = 0, bottom = pixels.size(); top + rowSize < bottom; top += rowSize)
+    {
+        bottom -= rowSize;
+        std::swap_ranges(pixels.data() + top, pixels.data() + top + rowSize,
+                         pixels.data() + bottom);
+    }
     return pixels;
 }
 

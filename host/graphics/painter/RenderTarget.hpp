@@ -25,7 +25,7 @@ public:
     /// The depth of each pixel after what has been drawn so far, 0 (near) to 1, in rows from below.
     /// Drawing may continue afterwards.
     std::vector<float> depths();
-    /// The pixels in rows from below, with colors multiplied by their alpha.
+    /// The pixels in rows from the top, with colors multiplied by their alpha.
     std::vector<std::uint8_t> finish();
 
 private:

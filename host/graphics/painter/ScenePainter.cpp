@@ -1,5 +1,7 @@
 #include "ScenePainter.hpp"
 
+#include "FlatPainter.hpp"
+#include "GlyphOrder.hpp"
 #include "PngEncoder.hpp"
 #include "TilePainter.hpp"
 #include "VectorPainter.hpp"
@@ -13,8 +15,18 @@ namespace
 /// The most glyphs that a scalable picture holds as vectors; viewers take long to show more.
 constexpr std::size_t mostVectorGlyphs = 10'000;
 
+/// Draws glyphs as pixels.
+void paintPixels(const Scene& scene, const PictureLayout& layout, Canvas& canvas, WorkMeter& meter)
+{
+    if (isFlat(scene))
+        paintFlat(scene, layout, canvas, meter);
+    else
+        paintTiles(scene, layout, canvas, meter);
+}
+
 /// Draws glyphs in a scalable picture.
-void drawScalable(const Scene& scene, const PictureLayout& layout, Canvas& canvas, WorkMeter& meter)
+void paintScalable(const Scene& scene, const PictureLayout& layout, Canvas& canvas,
+                   WorkMeter& meter)
 {
     if (numGlyphs(scene) <= mostVectorGlyphs)
     {
@@ -24,7 +36,7 @@ void drawScalable(const Scene& scene, const PictureLayout& layout, Canvas& canva
     Style transparent = layout.style();
     transparent.background = {0.0F, 0.0F, 0.0F, 0.0F};
     Canvas pixels(layout.width(), layout.height(), transparent, std::nullopt);
-    paintTiles(scene, layout, pixels, meter);
+    paintPixels(scene, layout, pixels, meter);
     canvas.draw(pixels);
 }
 
@@ -40,9 +52,9 @@ PictureFile paint(const process::Job& job, process::JobState& state)
         canvas.draw(edge, style.outline);
     WorkMeter meter(state.painting);
     if (canvas.isScalable())
-        drawScalable(scene, layout, canvas, meter);
+        paintScalable(scene, layout, canvas, meter);
     else
-        paintTiles(scene, layout, canvas, meter);
+        paintPixels(scene, layout, canvas, meter);
     for (const Stroke& stroke : layout.axes().strokes)
         canvas.draw(stroke, style.ink);
     for (const Label& label : layout.axes().labels)

@@ -26,7 +26,7 @@ public:
     {
     }
 
-    /// Rows from below, with colors multiplied by their alpha, on a transparent background.
+    /// As `Canvas::drawPixels` takes them, on a transparent background.
     std::vector<std::uint8_t> paint(const Frame& tile)
     {
         const bool hasTransparent = mLayout.extent().hasTransparent;

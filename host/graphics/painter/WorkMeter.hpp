@@ -18,14 +18,16 @@ public:
 
     void advance(std::size_t count)
     {
-        mCount += count;
-        mWork.done = std::min<std::uint64_t>(mCount / mNumPasses, mWork.total);
+        const std::uint64_t sum = mCount += count;
+        mWork.done = std::min<std::uint64_t>(sum / mNumPasses, mWork.total);
     }
+    /// Counts all elements once. May be called from several threads at once.
+    void advancePass() { advance(mWork.total); }
 
 private:
     process::Work& mWork;
     std::size_t mNumPasses = 1;
-    std::size_t mCount = 0;
+    std::atomic<std::uint64_t> mCount = 0;
 };
 
 }

@@ -25,12 +25,12 @@ struct Box
 /// The legend for the colors of a scene.
 struct ColorBar
 {
-    /// The color of any finite value.
+    /// Returns the color of a finite value, which may be outside of `low` ... `high`.
     std::function<Color(double)> color;
     double low = 0.0;
     double high = 1.0;
     /// UTF-8; truncated if it is too long for the picture.
-    std::string title;
+    std::string title = {};
     /// Whether the scene shows values below `low` or above `high`. That end of the bar is pointed and
     /// has their color.
     bool isClampedBelow = false;

@@ -14,8 +14,12 @@ class FileBuffer;
 /// Whether the path stands for standard output: "-" for text, "-.csv" for tables.
 TAVRIN_API bool isStandardOutput(const std::filesystem::path& file);
 
+/// Names the descriptor of standard output, for a program that has moved it; 1 by default.
+TAVRIN_API void setStandardOutput(int descriptor);
+
 /// The file that a path leads to if symbolic links are followed, also where the last link leads to
-/// a file that does not exist yet. Standard output is "/proc/self/fd/1". A link that stands for an open stream, such as "/dev/stdout", is
+/// a file that does not exist yet. Standard output is a file
+/// in "/proc/self/fd". A link that stands for an open stream, such as "/dev/stdout", is
 /// not followed further than to "/proc/self/fd/NUMBER".
 TAVRIN_API std::filesystem::path followLinks(std::filesystem::path file);
 

@@ -85,14 +85,54 @@ void offerOfTriangle(const Tensor<double, D>* vertices, const Tensor<double, D>&
     closest.offer({1.0 - onThird, onThird, 0.0}, first + onThird * third - target);
 }
 
+/// A quad as a polynomial of its reference coordinates, relative to the first vertex.
+template<std::size_t D>
+class BilinearPatch
+{
+public:
+    using Position = Tensor<double, D>;
+
+    explicit BilinearPatch(const Position* vertices)
+        : mFirst(vertices[1] - vertices[0]), mSecond(vertices[3] - vertices[0]),
+          mTwist(vertices[2] - vertices[1] - mSecond)
+    {
+    }
+
+    template<std::size_t N>
+    Position evaluate(const Reference& at, std::array<Position, N>& derivatives) const
+    {
+        derivatives = {mFirst + at[1] * mTwist, mSecond + at[0] * mTwist};
+        return at[0] * derivatives[0] + at[1] * mSecond;
+    }
+
+    /// Whether the distance from any position no farther than `reach` has one local minimum. Its second
+    /// derivatives by the coordinates are then positive definite within that distance, since the
+    /// twist adds less than half to what they are for a parallelogram.
+    bool hasOneMinimum(double reach) const
+    {
+        const double first = norm(mFirst);
+        const double second = norm(mSecond);
+        const double area = first * second - std::abs(dot(mFirst, mSecond));
+        const double twist = norm(mTwist);
+        return 8.0 * twist * std::max(first, second) < area && 2.0 * twist * reach < area;
+    }
+
+private:
+    Position mFirst;
+    Position mSecond;
+    Position mTwist;
+};
+
 /// The closest point to `target` near cube coordinates of a cell: a local minimum of the distance within the
-/// unit cube.
-template<std::size_t N, std::size_t D>
-void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
+/// unit cube. The coordinates that are held do not change.
+template<std::size_t N, std::size_t D, typename Patch>
+void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type, const Patch& patch,
                const Tensor<double, D>& target, Closest<D>& closest)
 {
     constexpr int maximumSteps = 40;
-    constexpr double shortestStep = 1e-14;
+    constexpr double shortestStep = 1e-12;
+    // Close to the minimum the distance hardly changes, and its rounding must not end the search.
+    constexpr double noise = 1.0 + 4.0 * std::numeric_limits<double>::epsilon();
     std::array<Tensor<double, D>, N> derivatives;
     Tensor<double, D> offset = patch.template evaluate<N>(at, derivatives) - target;
     double damping = 1e-4;
@@ -108,7 +148,7 @@ void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
         // Coordinates that descent would take out of the cube stay at its side.
         std::array<bool, N> isFixed;
         for (std::size_t axis = 0; axis < N; ++axis)
-            isFixed[axis] = (at[axis] <= 0.0 && descent[axis] < 0.0) ||
+            isFixed[axis] = isHeld[axis] || (at[axis] <= 0.0 && descent[axis] < 0.0) ||
                             (at[axis] >= 1.0 && descent[axis] > 0.0);
         Columns<N> matrix{};
         for (std::size_t i = 0; i < N; ++i)
@@ -134,7 +174,7 @@ void offerNear(Reference at, CellType type, const CellPatch<D>& patch,
             break;
         std::array<Tensor<double, D>, N> slopes;
         const Tensor<double, D> trial = patch.template evaluate<N>(next, slopes) - target;
-        if (dot(trial, trial) < dot(offset, offset))
+        if (dot(trial, trial) <= noise * dot(offset, offset))
         {
             at = next;
             offset = trial;
@@ -162,7 +202,7 @@ void offerOfParts(const CellPatch<D>& part, std::size_t depth, CellType type,
                   const CellPatch<D>& whole, const Tensor<double, D>& target, Closest<D>& closest)
 {
     if (depth == 2 * N)
-        return offerNear<N>(part.middle(), type, whole, target, closest);
+        return offerNear<N>(part.middle(), {}, type, whole, target, closest);
     const auto [first, second] = part.halves(depth % N);
     const double toFirst = distanceOf(first.box(), target);
     const double toSecond = distanceOf(second.box(), target);
@@ -174,6 +214,24 @@ void offerOfParts(const CellPatch<D>& part, std::size_t depth, CellType type,
     };
     offer(isFirstNearer ? first : second, isFirstNearer ? toFirst : toSecond);
     offer(isFirstNearer ? second : first, isFirstNearer ? toSecond : toFirst);
+}
+
+/// The edges of a cell of two dimensions. Where an edge of the cube collapses to a corner of the cell, the
+/// search of the parts may end at that corner, though the distance decreases along an edge from there.
+template<std::size_t D>
+void offerOfEdges(CellType type, const CellPatch<D>& patch, const Tensor<double, D>& target,
+                  Closest<D>& closest)
+{
+    const int numStarts = linearTypeOf(type) == type ? 1 : 4;
+    for (const std::size_t axis : {0U, 1U})
+        for (const double side : {0.0, 1.0})
+            for (int i = 0; i < numStarts; ++i)
+            {
+                Reference start{};
+                start[axis] = side;
+                start[1 - axis] = (i + 0.5) / numStarts;
+                offerNear<2>(start, {axis == 0, axis == 1}, type, patch, target, closest);
+            }
 }
 
 }
@@ -202,11 +260,25 @@ std::optional<ClosestPoint> closestPoint(CellType type, const Tensor<double, D>*
         closest.offer({}, -target);
         return closest.result();
     }
+    if (type == CellType::Quads)
+    {
+        const BilinearPatch<D> quad(vertices);
+        if (quad.hasOneMinimum(norm(target) + norm(vertices[2] - vertices[0])))
+        {
+            offerNear<2>(centerReference(type), {}, type, quad, target, closest);
+            return closest.result();
+        }
+    }
     const CellPatch<D> patch(type, vertices);
     if (dimension == 1)
         offerOfParts<1>(patch, 0, type, patch, target, closest);
     else if (dimension == 2)
+    {
         offerOfParts<2>(patch, 0, type, patch, target, closest);
+        const auto inside = closest.result();
+        if (!inside || distanceOutside(type, inside->at) >= 0.0)
+            offerOfEdges(type, patch, target, closest);
+    }
     else
         offerOfParts<3>(patch, 0, type, patch, target, closest);
     return closest.result();

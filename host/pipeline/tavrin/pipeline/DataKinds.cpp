@@ -21,14 +21,35 @@ using Reference = DataKind::Reference;
 using IsAccepted = DataKind::IsAccepted;
 using io::DataReference;
 
-Reference parseFileReference(const std::string& text)
+Reference parseGridReference(const std::string& text)
 {
+    if (MadeGrid::isMeant(text))
+        return MadeGrid::parse(text);
     return DataReference::parse(text);
 }
 
-std::vector<std::filesystem::path> dataFiles(const Reference& reference, io::Loader& loader)
+Reference parseFunctionReference(const std::string& text)
 {
-    return loader.filesOf(std::get<DataReference>(reference));
+    if (ConstantFunction::isMeant(text))
+        return ConstantFunction::parse(text);
+    if (MadeGrid::isMeant(text))
+        throw usage_error("\"" + text +
+                          "\" is a grid without values; a function is FILE#ARRAY or "
+                          "@constant:NUMBERS");
+    return DataReference::parse(text);
+}
+
+/// The files that are read for a reference of any kind.
+std::vector<std::filesystem::path> referencedFiles(const Reference& reference, io::Loader& loader)
+{
+    if (const auto* const file = std::get_if<DataReference>(&reference))
+        return loader.filesOf(*file);
+    if (const auto* const grid = std::get_if<MadeGrid>(&reference))
+        return grid->files(loader);
+    if (const auto* const map = std::get_if<ColorMapReference>(&reference);
+        map != nullptr && !map->file.empty())
+        return {map->file};
+    return {};
 }
 
 std::size_t dimensionOf(const DataObject& object)
@@ -40,27 +61,42 @@ std::size_t dimensionOf(const DataObject& object)
     return dynamic_cast<const PointSetBase&>(domain).dimension();
 }
 
-/// Loads an object. If the option does not take it, its grid gets further coordinates, which are 0,
-/// as long as that may help: a line along an axis has one dimension by itself. Returns the object
-/// with its own dimension if nothing helps.
+/// Makes an object. If the option does not take it, its grid gets further coordinates, which are 0, as
+/// long as that may help: a line along an axis has one dimension by itself. Returns the object with
+/// its own dimension if nothing helps.
+Object makeAccepted(const IsAccepted& isAccepted,
+                    const std::function<Object(std::optional<std::size_t> dimension)>& make)
+{
+    Object object = make(std::nullopt);
+    if (isAccepted(object))
+        return object;
+    for (std::size_t dimension = dimensionOf(*object) + 1; dimension <= 3; ++dimension)
+        if (Object raised = make(dimension); isAccepted(raised))
+            return raised;
+    return object;
+}
+
+/// Loads an object as `makeAccepted` does, unless the reference states its dimension.
 Object loadAccepted(DataReference reference, const IsAccepted& isAccepted,
                     const std::function<Object(const DataReference&)>& load)
 {
-    Object object = load(reference);
-    if (reference.dimension || isAccepted(object))
-        return object;
-    for (std::size_t dimension = dimensionOf(*object) + 1; dimension <= 3; ++dimension)
-    {
-        reference.dimension = dimension;
-        if (Object raised = load(reference); isAccepted(raised))
-            return raised;
-    }
-    return object;
+    if (reference.dimension)
+        return load(reference);
+    return makeAccepted(isAccepted,
+                        [&](std::optional<std::size_t> dimension)
+                        {
+                            reference.dimension = dimension;
+                            return load(reference);
+                        });
 }
 
 Objects makeGrid(const Reference& reference, const DataSources& sources, InputKind,
                  const IsAccepted& isAccepted)
 {
+    if (const auto* const grid = std::get_if<MadeGrid>(&reference))
+        return {makeAccepted(
+            isAccepted, [&](std::optional<std::size_t> dimension)
+            { return grid->make(sources.earlier, sources.loader, dimension.value_or(1)); })};
     return {loadAccepted(std::get<DataReference>(reference), isAccepted,
                          [&](const DataReference& known)
                          { return sources.loader.loadGrid(known); })};
@@ -75,6 +111,8 @@ Objects loadBlocks(const DataReference& reference, io::Loader& loader)
 Objects makeFunction(const Reference& reference, const DataSources& sources, InputKind option,
                      const IsAccepted& isAccepted)
 {
+    if (const auto* const constant = std::get_if<ConstantFunction>(&reference))
+        return {constant->make(sources.earlier)};
     const auto& known = std::get<DataReference>(reference);
     if (option == InputKind::Bundle)
         return loadBlocks(known, sources.loader);
@@ -93,6 +131,8 @@ Objects makeField(const Reference& reference, const DataSources& sources, InputK
         return blocks.size() == 1 ? blocks.front()
                                   : std::make_shared<DataObjectBundle>(std::move(blocks));
     };
+    if (std::holds_alternative<ConstantFunction>(reference))
+        return makeFunction(reference, sources, InputKind::Data, isAccepted);
     const auto& known = std::get<DataReference>(reference);
     return {loadAccepted(known, isAccepted, load)};
 }
@@ -100,12 +140,6 @@ Objects makeField(const Reference& reference, const DataSources& sources, InputK
 Reference parseColorMap(const std::string& text)
 {
     return ColorMapReference::parse(text);
-}
-
-std::vector<std::filesystem::path> colorMapFiles(const Reference& reference, io::Loader&)
-{
-    const auto& file = std::get<ColorMapReference>(reference).file;
-    return file.empty() ? std::vector<std::filesystem::path>{} : std::vector{file};
 }
 
 ValueRange rangeFor(const DataSources& sources)
@@ -131,13 +165,9 @@ bool refersToColorMap(const std::string& text)
 
 Reference parseAny(const std::string& text)
 {
-    return refersToColorMap(text) ? parseColorMap(text) : parseFileReference(text);
-}
-
-std::vector<std::filesystem::path> anyFiles(const Reference& reference, io::Loader& loader)
-{
-    return std::holds_alternative<ColorMapReference>(reference) ? colorMapFiles(reference, loader)
-                                                                : dataFiles(reference, loader);
+    if (ConstantFunction::isMeant(text))
+        return ConstantFunction::parse(text);
+    return refersToColorMap(text) ? parseColorMap(text) : parseGridReference(text);
 }
 
 Objects makeAny(const Reference& reference, const DataSources& sources, InputKind option,
@@ -145,6 +175,10 @@ Objects makeAny(const Reference& reference, const DataSources& sources, InputKin
 {
     if (std::holds_alternative<ColorMapReference>(reference))
         return makeColorMap(reference, sources, option, isAccepted);
+    if (std::holds_alternative<MadeGrid>(reference))
+        return makeGrid(reference, sources, option, isAccepted);
+    if (std::holds_alternative<ConstantFunction>(reference))
+        return makeFunction(reference, sources, option, isAccepted);
     const auto& known = std::get<DataReference>(reference);
     try
     {
@@ -162,26 +196,24 @@ Objects makeAny(const Reference& reference, const DataSources& sources, InputKin
 const std::vector<DataKind>& dataKinds()
 {
     static const std::vector<DataKind> kinds{
-        {Domain::classTypeId(), "grid", "FILE", {}, false, parseFileReference, dataFiles, makeGrid},
+        {Domain::classTypeId(), "grid", "FILE", {}, parseGridReference, referencedFiles, makeGrid},
         {FunctionBase::classTypeId(),
          "function",
          "FILE#ARRAY",
          {},
-         false,
-         parseFileReference,
-         dataFiles,
+         parseFunctionReference,
+         referencedFiles,
          makeFunction},
         {FieldBase::classTypeId(),
          "field",
          "FILE#ARRAY",
          {},
-         false,
-         parseFileReference,
-         dataFiles,
+         parseFunctionReference,
+         referencedFiles,
          makeField},
-        {ColorMapDataObject::classTypeId(), "color map", "COLORMAP", builtInColorMapNames(), true,
-         parseColorMap, colorMapFiles, makeColorMap},
-        {DataObject::classTypeId(), "object", "FILE#ARRAY", {}, false, parseAny, anyFiles, makeAny},
+        {ColorMapDataObject::classTypeId(), "color map", "COLORMAP", builtInColorMapNames(),
+         parseColorMap, referencedFiles, makeColorMap},
+        {DataObject::classTypeId(), "object", "FILE#ARRAY", {}, parseAny, referencedFiles, makeAny},
     };
     return kinds;
 }
@@ -195,12 +227,16 @@ bool isMadeFor(const DataKind& kind, const RTTI_TypeId& accepted)
 }
 
 /// Whether the reference suits the kind, for an option that accepts several kinds.
-bool suits(const DataKind& kind, const std::string& text, const DataReference& reference)
+bool suits(const DataKind& kind, const std::string& text)
 {
+    if (ConstantFunction::isMeant(text))
+        return kind.type == FunctionBase::classTypeId() || kind.type == FieldBase::classTypeId();
+    if (MadeGrid::isMeant(text))
+        return kind.type == Domain::classTypeId();
     const bool isColorMap = kind.type == ColorMapDataObject::classTypeId();
     if (isColorMap || refersToColorMap(text))
         return isColorMap && refersToColorMap(text);
-    return kind.type != Domain::classTypeId() || !reference.refersToArray();
+    return kind.type != Domain::classTypeId() || !DataReference::parse(text).refersToArray();
 }
 
 const RTTICollection& typesOf(const InputBase& input)
@@ -256,9 +292,8 @@ ObjectReference ObjectReference::parse(const std::string& text, const InputBase&
                           "\" takes data that cannot be given by a reference");
     if (kinds.size() == 1)
         return {kinds.front(), kinds.front()->parse(text), text};
-    const auto reference = DataReference::parse(text);
     for (const DataKind* const kind : kinds)
-        if (suits(*kind, text, reference))
+        if (suits(*kind, text))
             return {kind, kind->parse(text), text};
     return {kinds.back(), kinds.back()->parse(text), text};
 }
@@ -270,6 +305,13 @@ std::vector<double> ObjectReference::seriesTimes(io::Loader& loader) const
         return {};
     auto times = loader.timesOf(*reference);
     return times.size() > 1 || io::isSeries(reference->file) ? times : std::vector<double>{};
+}
+
+bool ObjectReference::dependsOnOthers() const
+{
+    const auto* const grid = std::get_if<MadeGrid>(&parsed);
+    return grid != nullptr ? grid->dependsOnOthers()
+                           : !std::holds_alternative<DataReference>(parsed);
 }
 
 bool ObjectReference::spansShownNorms() const

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <tavrin/pipeline/ConstantFunction.hpp>
+#include <tavrin/pipeline/MadeGrids.hpp>
+
 #include <tavrin/algorithm/Input.hpp>
 #include <tavrin/colormap/ColorMapReference.hpp>
 #include <tavrin/io/Loader.hpp>
@@ -11,6 +14,7 @@
 // messages, completion and runs all use this table: a new kind is a new row in DataKinds.cpp.
 //
 // An option may accept several kinds. A reference is then taken
+// - as a grid if it describes one, as in "@box:10x10", and as a function for "@constant:1";
 // - as a color map if it names a built-in map or a .json file;
 // - as a function if it has "#ARRAY" or a key that selects an array ("on" or "shape");
 // - otherwise as a grid if the option accepts grids, and as a function if it does not.
@@ -51,7 +55,8 @@ struct TAVRIN_API DataKind
 {
     using Object = std::shared_ptr<const DataObject>;
     using Objects = DataObjectBundle::Members;
-    using Reference = std::variant<io::DataReference, ColorMapReference>;
+    using Reference =
+        std::variant<io::DataReference, ColorMapReference, MadeGrid, ConstantFunction>;
     /// Tells whether an option accepts an object.
     using IsAccepted = std::function<bool(const Object& object)>;
 
@@ -63,9 +68,6 @@ struct TAVRIN_API DataKind
     const char* placeholder;
     /// References for completion that need no file: the built-in color maps.
     std::vector<std::string> offers;
-    /// Whether objects of other kinds may be needed to make one and are therefore made first.
-    bool dependsOnOthers;
-
     /// Parses a reference. Throws `usage_error` for a malformed one.
     Reference (*parse)(const std::string& text);
 
@@ -93,6 +95,10 @@ struct TAVRIN_API ObjectReference
     /// The times of the steps of a time series in a file that the reference does not restrict to one
     /// of them; empty for anything else.
     std::vector<double> seriesTimes(io::Loader& loader) const;
+
+    /// Whether other objects are needed to make it, and are therefore made first: the function whose
+    /// norms a color map spans, or the data whose bounds or domain is taken over.
+    bool dependsOnOthers() const;
 
     /// Whether it is a color map that spans the norms of the field shown.
     bool spansShownNorms() const;

@@ -19,7 +19,7 @@ ObjectPool::Members ObjectPool::make(const ObjectReference& reference, const Inp
     Members objects =
         reference.kind->make(reference.parsed, {mLoader, earlier, shown}, input.kind(), isAccepted);
     // What depends on other objects is different for every step.
-    if (!reference.kind->dependsOnOthers)
+    if (!reference.dependsOnOthers())
         mEntries.push_back({reference.kind, reference.text, input.kind(), objects});
     return objects;
 }

@@ -16,11 +16,6 @@ namespace
 
 using std::filesystem::path;
 
-bool isStandardOutput(const path& file)
-{
-    return file == "-" || file == "-.csv";
-}
-
 bool isSameFile(const path& a, const path& b)
 {
     std::error_code error;
@@ -108,7 +103,7 @@ void checkDestinations(const std::vector<path>& destinations, const std::vector<
 {
     for (std::size_t i = 0; i < destinations.size(); ++i)
     {
-        if (isStandardOutput(destinations[i]))
+        if (io::isStandardOutput(destinations[i]))
             continue;
         if (destinations[i].filename().empty())
             throw usage_error("\"" + destinations[i].string() + "\" names no file to write");

@@ -95,7 +95,7 @@ OutputReport OutputFiles::writePicture(const OutputRequest& request, const Algor
                                        const Context& context, const Iteration& iteration)
 {
     const auto file = request.fileFor(iteration);
-    auto scene = sceneOf(run.graphics(request.port), context.inputs);
+    auto scene = sceneOf(run.graphics(request.port), context.inputs, context.time);
     if (context.time)
         scene.timeLabel = "t = " + shortestText(*context.time);
     const auto format = graphics::pictureFormatOf(file.extension().string()).value();

@@ -1,6 +1,7 @@
 #include <tavrin/pipeline/Picture.hpp>
 
 #include <tavrin/colormap/ColorMapDataObject.hpp>
+#include <tavrin/colormap/NormRange.hpp>
 #include <tavrin/function/Function.hpp>
 #include <tavrin/value/LexicalCast.hpp>
 
@@ -65,14 +66,24 @@ graphics::Box boxOf(const PointSetBase& points)
 }
 
 graphics::ColorBar colorBarOf(const std::shared_ptr<const ColorMapDataObject>& map,
-                              const FunctionBase* function)
+                              const FunctionBase* function, std::optional<double> time)
 {
     const auto [low, high] = map->scaling();
-    const bool isNamed = function != nullptr && !function->name().empty();
-    return {.color = [map](double value) { return map->mapValueToColorScaled(value); },
-            .low = low,
-            .high = high,
-            .title = isNamed ? "|" + function->name() + "|" : ""};
+    graphics::ColorBar bar{.color = [map](double value)
+                           { return map->mapValueToColorScaled(value); },
+                           .low = low,
+                           .high = high};
+    if (function == nullptr)
+        return bar;
+    bar.title = function->name().empty() ? "norm" : "|" + function->name() + "|";
+    const auto norms = time ? finiteNormRangeAt(*function, *time) : finiteNormRange(*function);
+    if (!norms)
+        return bar;
+    // A range that was written with a few digits less is not meant to clamp.
+    const double tolerance = 1e-6 * (high - low);
+    bar.isClampedBelow = norms->low < low - tolerance;
+    bar.isClampedAbove = norms->high > high + tolerance;
+    return bar;
 }
 
 }
@@ -96,7 +107,7 @@ graphics::PictureOptions PictureWords::options() const
 }
 
 graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
-                        const DataObjectBundle::Members& inputs)
+                        const DataObjectBundle::Members& inputs, std::optional<double> time)
 {
     graphics::Scene scene;
     scene.drawables.push_back(std::move(drawable));
@@ -107,7 +118,7 @@ graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
     if (points != nullptr && points->numPoints() > 0)
         scene.outline = boxOf(*points);
     if (const auto map = firstOf<ColorMapDataObject>(inputs))
-        scene.colorBar = colorBarOf(map, function.get());
+        scene.colorBar = colorBarOf(map, function.get(), time);
     return scene;
 }
 

@@ -28,8 +28,11 @@ struct TAVRIN_API PictureWords
 };
 
 /// A scene with the drawable, the bounding box of the first domain among the inputs, and a color bar
-/// if a color map is among them.
+/// if a color map is among them. The bar has the name of the first function, and its ends are pointed
+/// where that has values beyond the map's range, at `time` if it has several time steps. Throws what
+/// loading a step of a series throws.
 TAVRIN_API graphics::Scene sceneOf(std::shared_ptr<const graphics::Drawable> drawable,
-                                   const DataObjectBundle::Members& inputs);
+                                   const DataObjectBundle::Members& inputs,
+                                   std::optional<double> time = std::nullopt);
 
 }

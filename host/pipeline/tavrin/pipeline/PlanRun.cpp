@@ -6,6 +6,7 @@
 #include <tavrin/pipeline/Words.hpp>
 
 #include <tavrin/colormap/NormRange.hpp>
+#include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/Writer.hpp>
 
 #include <algorithm>
@@ -283,6 +284,12 @@ void PlanRun::check(const std::vector<std::filesystem::path>& others) const
     checkDestinations(destinations,
                       inputFiles(mLoop.isOnce() ? plan.steps : mMakePlan({.time = 0.0}).steps,
                                  mSurroundings.loader));
+}
+
+bool PlanRun::printsData() const
+{
+    return std::ranges::any_of(planOf(mIterations.front()).outputs, [](const OutputRequest& request)
+                               { return io::isStandardOutput(request.file); });
 }
 
 void PlanRun::execute()

@@ -44,6 +44,9 @@ public:
     /// `others` can be written. Throws `usage_error` and `FileError`.
     void check(const std::vector<std::filesystem::path>& others = {}) const;
 
+    /// Whether an output is written to standard output.
+    bool printsData() const;
+
     /// Executes all iterations. The files of a loop that belong to one iteration appear when it ends,
     /// so that those of finished iterations stay if a later one fails. Throws what algorithms,
     /// reading and writing throw; the message says which iteration and which of several steps it is

@@ -95,7 +95,7 @@ std::vector<RunInputs::Members> RunInputs::loadData(const Step& step, const Show
         for (std::size_t i = 0; i < assignments.size(); ++i)
         {
             const auto& reference = assignments[i].reference;
-            if ((reference && reference->kind->dependsOnOthers) != dependsOnOthers)
+            if ((reference && reference->dependsOnOthers()) != dependsOnOthers)
                 continue;
             loaded[i] = objectsOf(assignments[i], shown);
             mObjects.insert(mObjects.end(), loaded[i].begin(), loaded[i].end());

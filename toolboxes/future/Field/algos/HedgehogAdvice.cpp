@@ -10,11 +10,12 @@
 namespace
 {
 
-/// Arrows are in proportion if they are at most this many times longer or shorter than their
-/// neighbors are away.
+/// Arrows are in proportion if the ratio of their length to the distance of neighboring samples, or its
+/// inverse, is at most this.
 constexpr double disproportion = 20.0;
 
-/// The direction of a line is kept if its length is at least this many steps of single precision.
+/// The direction of a line is preserved if its length is at least this number of steps of single
+/// precision.
 constexpr double fewestSteps = 32.0;
 
 /// A number with two significant digits, in its shortest form.
@@ -56,6 +57,15 @@ std::string hintOnPrecision(double lineLength, double farthestPosition)
     return "the longest lines have a length of " + rounded(lineLength) +
            ", and their ends are rounded to multiples of about " + rounded(step) +
            " here; the other representations are exact";
+}
+
+std::string hintOnOutlier(double extent, double reach, const tavrin::Tensor<double, 3>& position)
+{
+    if (!(extent > 0.0) || !(reach > disproportion * extent))
+        return {};
+    return "nearly all arrows lie within " + rounded(extent) + " of one another, but the one at (" +
+           rounded(position[0]) + ", " + rounded(position[1]) + ", " + rounded(position[2]) +
+           ") reaches " + rounded(reach) + " beyond them; a picture of all shows most of them tiny";
 }
 
 std::string hintOnTime(double time, double firstTime, double lastTime)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tavrin/value/Tensor.hpp>
+
 #include <cstddef>
 #include <string>
 
@@ -19,6 +21,11 @@ ScaleAdvice adviseOnScale(double arrowLength, double scale, double neighborDista
 /// A hint that lines, whose ends are in single precision, are too far from the origin to keep their
 /// directions; empty where they keep them.
 std::string hintOnPrecision(double lineLength, double farthestPosition);
+
+/// A hint that the arrow at `position` extends so far that a picture of all arrows shows the others tiny.
+/// `extent` is the size of the box that holds nearly all arrows, and `reach` the distance from that box
+/// to the far end of the arrow. Empty unless `reach` is much larger than `extent`.
+std::string hintOnOutlier(double extent, double reach, const tavrin::Tensor<double, 3>& position);
 
 /// A hint that a field has no values at a time, and that those of the first time are shown.
 std::string hintOnTime(double time, double firstTime, double lastTime);

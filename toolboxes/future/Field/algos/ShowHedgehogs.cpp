@@ -200,9 +200,9 @@ void removeInvalid(const FunctionBase& function, double time, LargeVector<Arrow>
         colors.resize(numKept);
 }
 
-/// The length that all but 5 % of the arrows stay below, so that a few outliers, such as marks for
-/// missing values, do not count; the length of the longest arrow if it is 0 otherwise. Looks at a
-/// bounded number of arrows that are finite, always the same ones. 0 without any.
+/// The 95th percentile of the lengths of the arrows, so that a few outliers, such as marks for missing
+/// values, do not count. If that is 0, the length of the longest arrow. Considers a bounded number of
+/// arrows, always the same ones, and ignores those that are not finite. 0 if there are no others.
 double typicalLengthOf(const LargeVector<Arrow>& arrows)
 {
     constexpr std::size_t maximumSamples = std::size_t{1} << 16;
@@ -240,6 +240,67 @@ Extent extentOf(const LargeVector<Arrow>& arrows)
         numNotFinite += std::isfinite(distance + norm(arrows[i].vector)) ? 0 : 1;
     }
     return {farthest, numNotFinite};
+}
+
+/// The largest distance along an axis from a box to an end of an arrow. 0 for ends that are inside or
+/// not finite.
+double reachOf(const Arrow& arrow, const Tensor<double, 3>& lower, const Tensor<double, 3>& upper)
+{
+    double reach = 0.0;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        for (const double end : {arrow.position[axis], arrow.position[axis] + arrow.vector[axis]})
+            if (std::isfinite(end))
+                reach = std::max({reach, lower[axis] - end, end - upper[axis]});
+    return reach;
+}
+
+/// The box between the 5th and the 95th percentile of the coordinates of the ends of the arrows.
+/// Considers a bounded number of arrows, always the same ones, and ignores ends that are not finite.
+std::pair<Tensor<double, 3>, Tensor<double, 3>> typicalBoxOf(const LargeVector<Arrow>& arrows)
+{
+    constexpr std::size_t maximumSamples = std::size_t{1} << 12;
+    const std::size_t numSamples = std::min(arrows.size(), maximumSamples);
+    Tensor<double, 3> lower{};
+    Tensor<double, 3> upper{};
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        std::vector<double> coordinates;
+        for (std::size_t i = 0; i < numSamples; ++i)
+        {
+            const auto& [position, vector] = arrows[i * arrows.size() / numSamples];
+            for (const double end : {position[axis], position[axis] + vector[axis]})
+                if (std::isfinite(end))
+                    coordinates.push_back(end);
+        }
+        if (coordinates.empty())
+            return {};
+        const std::size_t numBeyond = coordinates.size() / 20;
+        const auto nth = [&](std::size_t n)
+        {
+            const auto place = coordinates.begin() + static_cast<std::ptrdiff_t>(n);
+            std::ranges::nth_element(coordinates, place);
+            return *place;
+        };
+        lower[axis] = nth(numBeyond);
+        upper[axis] = nth(coordinates.size() - 1 - numBeyond);
+    }
+    return {lower, upper};
+}
+
+/// A hint on the arrow that extends farthest beyond the others; empty if none extends far.
+std::string hintOnFarArrow(const LargeVector<Arrow>& arrows)
+{
+    const auto [lower, upper] = typicalBoxOf(arrows);
+    const Tensor<double, 3> sides = upper - lower;
+    const double extent = *std::ranges::max_element(sides);
+    double farthest = 0.0;
+#pragma omp parallel for schedule(static) reduction(max : farthest)
+    for (std::size_t i = 0; i < arrows.size(); ++i)
+        farthest = std::max(farthest, reachOf(arrows[i], lower, upper));
+    const auto arrow =
+        std::ranges::find_if(arrows, [&](const Arrow& candidate)
+                             { return reachOf(candidate, lower, upper) == farthest; });
+    return arrow == arrows.end() ? "" : hintOnOutlier(extent, farthest, arrow->position);
 }
 
 class ShowHedgehogsAlgorithmlgorithm : public VisAlgorithm
@@ -304,7 +365,7 @@ private:
               const PointSet<D>& domain, const std::shared_ptr<const ColorMapDataObject>& colorMap,
               LargeVector<Arrow>& arrows, Colors& colors);
 
-    /// Gives a hint unless it is empty.
+    /// Passes a hint on unless it is empty.
     void tell(const std::string& text) const
     {
         if (!text.empty())
@@ -359,6 +420,7 @@ void ShowHedgehogsAlgorithmlgorithm::execute(const tavrin::Options& options, con
     const double arrowLength = typicalLengthOf(arrows);
     const auto advice = adviseOnScale(arrowLength, scale, neighborDistance);
     tell(advice.hint);
+    tell(hintOnFarArrow(arrows));
     if (!advice.suggestion.empty())
         suggest("Scale", advice.suggestion);
     if (representation == "line")

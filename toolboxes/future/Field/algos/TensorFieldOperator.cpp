@@ -30,6 +30,24 @@ std::string formatted(double number)
     return text.str();
 }
 
+/// The text of a product in the name of a result.
+std::string times(const std::string& factor, double number)
+{
+    return number == 1.0 ? factor : factor + " * " + formatted(number);
+}
+
+/// A name made of the operation and the names of its operands, or that of the operation alone where an
+/// operand has no name, or the result would have an unwieldy one.
+template<typename Operation, std::derived_from<FunctionBase>... Fields>
+std::string nameOfResult(const Operation& operation, const Fields&... fields)
+{
+    constexpr std::size_t maximumLength = 100;
+    if ((fields.name().empty() || ...))
+        return operation.name();
+    const std::string name = operation.nameOfResult(fields.name()...);
+    return name.size() > maximumLength ? operation.name() : name;
+}
+
 /// The number that is compared with a band: a scalar itself, with its sign, or the norm of any other
 /// value.
 template<typename T>
@@ -118,6 +136,8 @@ struct TensorFieldOperatorAlgorithm::norm_op
 {
     std::string name() const { return "Norm"; }
 
+    std::string nameOfResult(const std::string& a) const { return "Norm of " + a; }
+
     template<typename T>
     Scalar operator()(const T& a) const
     {
@@ -130,6 +150,8 @@ struct TensorFieldOperatorAlgorithm::normalize_op
 {
     std::string name() const { return "normalize"; }
 
+    std::string nameOfResult(const std::string& a) const { return "normalized " + a; }
+
     template<typename T>
     T operator()(const T& a) const
     {
@@ -141,6 +163,8 @@ struct TensorFieldOperatorAlgorithm::normalize_op
 struct TensorFieldOperatorAlgorithm::trace_op
 {
     std::string name() const { return "trace"; }
+
+    std::string nameOfResult(const std::string& a) const { return "trace of " + a; }
 
     template<IsMatrix T>
     Scalar operator()(const T& a) const
@@ -162,6 +186,11 @@ struct TensorFieldOperatorAlgorithm::scale_op
 
     std::string name() const { return "scaled by " + formatted(c); }
 
+    std::string nameOfResult(const std::string& a) const
+    {
+        return a + " scaled by " + formatted(c);
+    }
+
     template<typename T>
     T operator()(const T& a) const
     {
@@ -177,6 +206,8 @@ struct TensorFieldOperatorAlgorithm::clip_op
     double d;
 
     std::string name() const { return "clipped"; }
+
+    std::string nameOfResult(const std::string& a) const { return "clipped " + a; }
 
     template<typename T>
     Scalar operator()(const T& a) const
@@ -196,6 +227,8 @@ struct TensorFieldOperatorAlgorithm::mask_op
 
     Scalar operator()(const Scalar& a) const { return a[0] < c || a[0] > d ? Scalar(0.0) : a; }
 
+    std::string nameOfResult(const std::string& a) const { return "masked " + a; }
+
     template<typename T>
     T operator()(const T& a) const
     {
@@ -210,6 +243,11 @@ struct TensorFieldOperatorAlgorithm::inner_op
     double c;
 
     std::string name() const { return "Inner Product of " + formatted(c); }
+
+    std::string nameOfResult(const std::string& a, const std::string& b) const
+    {
+        return times(a + " * " + b, c);
+    }
 
     template<typename T>
     T operator()(const T& a, const Scalar& b) const
@@ -241,6 +279,11 @@ struct TensorFieldOperatorAlgorithm::lin_op
         return "Linear combination A*" + formatted(c) + " + B*" + formatted(d);
     }
 
+    std::string nameOfResult(const std::string& a, const std::string& b) const
+    {
+        return times(a, c) + " + " + times(b, d);
+    }
+
     template<typename T>
     T operator()(const T& a, const T& b) const
     {
@@ -262,6 +305,11 @@ struct TensorFieldOperatorAlgorithm::maskTwo_op
     double d;
 
     std::string name() const { return "masked by secondary field"; }
+
+    std::string nameOfResult(const std::string& a, const std::string& b) const
+    {
+        return a + " masked by " + b;
+    }
 
     template<typename A, typename B>
     A operator()(const A& a, const B& b) const
@@ -294,7 +342,7 @@ public:
             if (mAbortFlag)
                 mAlgorithm.clearResult("Field");
             else
-                mAlgorithm.add(mOperation.name(), std::move(result));
+                mAlgorithm.add(nameOfResult(mOperation, fieldA), std::move(result));
         }
         else
             mOperation.template refuse<T>();
@@ -323,7 +371,7 @@ public:
     {
         if constexpr (std::invocable<const Operation&, const A&, const B&>)
         {
-            apply(*fieldA.values(), *fieldB.values());
+            apply(fieldA, fieldB);
             return true;
         }
         else if constexpr (requires { mOperation.template refuse<A, B>(); })
@@ -334,8 +382,10 @@ public:
 
 private:
     template<typename A, typename B>
-    void apply(const ValueArray<A>& a, const ValueArray<B>& b) const
+    void apply(const Function<A>& fieldA, const Function<B>& fieldB) const
     {
+        const ValueArray<A>& a = *fieldA.values();
+        const ValueArray<B>& b = *fieldB.values();
         using Result = std::invoke_result_t<const Operation&, const A&, const B&>;
         if (a.size() != b.size())
             throw runtime_error("data sizes of the input fields do not match");
@@ -344,7 +394,7 @@ private:
         if (mAbortFlag)
             mAlgorithm.clearResult("Field");
         else
-            mAlgorithm.add(mOperation.name(), std::move(result));
+            mAlgorithm.add(nameOfResult(mOperation, fieldA, fieldB), std::move(result));
     }
 
     TensorFieldOperatorAlgorithm& mAlgorithm;

@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 namespace
 {
 
+int standardOutput = STDOUT_FILENO;
+
 /// The number of the open stream that a path such as "/proc/self/fd/1" stands for.
 std::optional<int> streamOf(const fs::path& file)
 {
@@ -102,6 +104,11 @@ int create(const fs::path& file, const fs::path& existing)
 
 }
 
+void setStandardOutput(int descriptor)
+{
+    standardOutput = descriptor;
+}
+
 bool isStandardOutput(const fs::path& file)
 {
     return file == "-" || file == "-.csv";
@@ -110,7 +117,7 @@ bool isStandardOutput(const fs::path& file)
 fs::path followLinks(fs::path file)
 {
     if (isStandardOutput(file))
-        return "/proc/self/fd/1";
+        return "/proc/self/fd/" + std::to_string(standardOutput);
     // As many links as the system follows.
     constexpr int maximumLinks = 40;
     for (int link = 0; link < maximumLinks && !streamOf(file); ++link)

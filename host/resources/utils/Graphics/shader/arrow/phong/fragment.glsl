@@ -1,6 +1,8 @@
 uniform vec3 u_right;
 uniform vec3 u_up;
 uniform float u_isFlat;
+// How bright a flat arrow is drawn.
+uniform float u_brightness;
 
 in vec3 v_normal;
 in vec3 v_towardsEye;
@@ -22,6 +24,7 @@ void main()
     // Darker where the surface turns away, so that bright colors stand out from a bright background.
     float rim = mix(0.7, 1.0, smoothstep(0.0, 0.4, facing));
 
-    vec3 color = v_color.rgb * (0.5 + 0.55 * diffuse) * rim + vec3(0.16 * specular * (1.0 - u_isFlat));
-    writeColorOfPass(vec4(min(color, 1.0), v_color.a));
+    vec3 shaded = v_color.rgb * (0.5 + 0.55 * diffuse) * rim + vec3(0.16 * specular);
+    // A flat arrow keeps its color, so that it agrees with the color bar.
+    writeColorOfPass(vec4(min(mix(shaded, v_color.rgb * u_brightness, u_isFlat), 1.0), v_color.a));
 }

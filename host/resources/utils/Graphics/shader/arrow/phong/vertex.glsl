@@ -7,8 +7,6 @@ uniform float u_pixelsPerUnit;
 // The number of pixels that lengths in the picture are multiples of.
 uniform float u_unit;
 uniform vec3 u_right;
-// 1 for a mesh that faces the eye, or 0.
-uniform float u_isFlat;
 
 // Vertex of the mesh: across the arrow and toward the eye in units of its width, along it in units of its length.
 in vec3 in_position;
@@ -47,10 +45,7 @@ void main()
 
     vec3 position = middle + arrowWidth * (in_position.x * side + in_position.y * front)
                     + arrowLength * (in_position.z - 0.5) * axis;
-    // Otherwise a flat arrow that points at the eye would be dark.
-    vec3 shadedFront = mix(front, towardsEye, 0.75 * u_isFlat);
-    v_normal = arrowLength * (in_normal.x * side + in_normal.y * shadedFront)
-               + arrowWidth * in_normal.z * axis;
+    v_normal = arrowLength * (in_normal.x * side + in_normal.y * front) + arrowWidth * in_normal.z * axis;
     // The squares of the tiny normals of a tiny arrow would underflow.
     v_normal /= max(arrowLength, arrowWidth);
     v_towardsEye = u_isParallel > 0.5 ? u_eye : u_eye - position;
