@@ -215,7 +215,7 @@ std::string statisticsTable(const std::vector<ArrayStatistics>& all, std::size_t
     {
         addRows(statistics, numSteps, rows);
         if (statistics.components.empty())
-            notes += fmt::format("{} has {} components; only its norm is told.\n",
+            notes += fmt::format("{} has {} components; only its norm is shown.\n",
                                  oneLine(statistics.array.name), statistics.array.components);
     }
     if (numSteps == 1)
