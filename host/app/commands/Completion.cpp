@@ -27,8 +27,9 @@ using Option = AlgorithmDescription::Option;
 using Output = AlgorithmDescription::Output;
 using Texts = std::vector<std::string>;
 
-/// The part of a command's usage for the word at an index, such as "FILE". What is repeated, as in
-/// "ALGORITHM [NAME=VALUE]...", stands for all words from there. Empty where no word is expected.
+/// The part of a command's usage for the word at an index, such as "FILE", without the brackets of an
+/// optional part. What is repeated, as in "ALGORITHM [NAME=VALUE]...", stands for all words from there.
+/// Empty where no word is expected.
 std::string placeholderAt(std::size_t index, const std::string& usage)
 {
     std::size_t first = 0;
@@ -37,7 +38,10 @@ std::string placeholderAt(std::size_t index, const std::string& usage)
         const std::size_t end = std::min(usage.find(' ', first), usage.size());
         const std::string part = usage.substr(first, end - first);
         if (index == 0 || part.ends_with("..."))
-            return part;
+        {
+            const std::size_t begin = part.starts_with('[') ? 1 : 0;
+            return part.substr(begin, part.find(']') - begin);
+        }
         if (end == usage.size())
             return {};
         first = end + 1;
@@ -195,11 +199,11 @@ Candidates Completion::commandCandidates(const std::string& typed) const
 Candidates Completion::wordCandidates(const std::string& typed)
 {
     const std::string placeholder = placeholderAt(mWords.size(), mCommand->text.words);
-    if (placeholder == "[COMMAND]")
+    if (placeholder == "COMMAND")
         return commandCandidates(typed);
     if (placeholder == "ALGORITHM")
         return algorithmCandidates(typed);
-    if (placeholder == "[NAME=VALUE]...")
+    if (placeholder == "NAME=VALUE")
         return assignmentCandidates(typed);
     if (placeholder == "FILE")
         return referenceCandidates(typed, false, mSession.abortFlag);
