@@ -36,7 +36,8 @@ void prepareProcess(Console& console)
     alarm(secondsAtMost);
 }
 
-bool beginsWith(const std::string& typed, const std::string& text)
+/// Whether a text begins with what was typed, in any letter case.
+bool beginsWith(std::string_view text, std::string_view typed)
 {
     return typed.size() <= text.size() && std::equal(typed.begin(), typed.end(), text.begin(),
                                                      [](unsigned char a, unsigned char b) {
