@@ -393,6 +393,31 @@ TEST_F(ShowHedgehogsTest, TellsWhatIsNotShown)
                   "the field has values from time 0 to 2, none at 3; those at 0 are shown"}));
 }
 
+TEST_F(ShowHedgehogsTest, TellsWhichArrowMakesAllOthersLookTiny)
+{
+    std::vector<Vector2> values(200, Vector2(0.0, 1.0));
+    arrowsOf(fieldOf(values));
+    EXPECT_TRUE(run.hints().empty());
+    values[7] = Vector2(3e6, 0.0);
+    arrowsOf(fieldOf(values));
+    EXPECT_EQ(
+        run.hints(),
+        (std::vector<std::string>{
+            "nearly all arrows lie within 180 of one another, but the one at (7, 0, 0) reaches "
+            "3e+06 beyond them; a picture of all shows most of them tiny"}));
+
+    std::vector<Vector3> points(100, Vector3(1.0, 2.0, 3.0));
+    for (std::size_t i = 0; i < 99; ++i)
+        points[i] += 0.01 * static_cast<double>(i) * Vector3(1.0, 1.0, 1.0);
+    points[99] = Vector3(0.0, -5000.0, 0.0);
+    arrowsOf(
+        fieldOf<Vector3>(std::vector<Vector3>(100, Vector3(0.01, 0.0, 0.0)), cloudOf<3>(points)));
+    EXPECT_EQ(run.hints(),
+              (std::vector<std::string>{
+                  "nearly all arrows lie within 0.9 of one another, but the one at (0, -5000, 0) "
+                  "reaches 5000 beyond them; a picture of all shows most of them tiny"}));
+}
+
 TEST_F(ShowHedgehogsTest, LeavesOutValuesThatAreMarkedAsInvalid)
 {
     // Two steps of three values: the first is invalid in the first step, the last in the second.

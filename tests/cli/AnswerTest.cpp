@@ -61,8 +61,8 @@ TEST(List, IsSortedAndAligned)
     EXPECT_NE(columnOf("Trial/Wait", "Waits"), std::string::npos);
     EXPECT_EQ(columnOf("Trial/Wait", "Waits"), columnOf("Trial/Throw", "Throws"));
 
-    const json list =
-        json::parse(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list --json)")).at("algorithms");
+    const json list = json::parse(answerOf(workshop, R"(tavrin --plugin "$PLUGIN" list --json)"))
+                          .at("algorithms");
     EXPECT_EQ(list.size(), lines.size());
     EXPECT_EQ(list.back(), json({{"name", "Trial/Wait"}, {"description", "Waits"}}));
 }

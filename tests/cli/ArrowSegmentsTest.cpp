@@ -22,8 +22,8 @@ namespace
 
 using namespace support;
 using namespace tavrin;
-using pipeline::arrowSegments;
 using graphics::GraphicsSystem;
+using pipeline::arrowSegments;
 
 constexpr Color half{1.0F, 0.5F, 0.0F, 0.25F};
 

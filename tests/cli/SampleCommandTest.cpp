@@ -125,8 +125,9 @@ TEST(SampleCommand, RefusesAFormatBeforeItSamples)
     const Workshop workshop;
     const std::string start = "timeout 10 " + sample + "Field=double_gyre.pvd ";
     for (const auto& [rest, error] :
-         {std::pair("Grid=double_gyre/double_gyre_0000.vti 'Time=[0:10#0.001]' -o out.vti",
-                    "error: out.vti: a function with 10001 time steps is written as .pvd or .csv\n"),
+         {std::pair(
+              "Grid=double_gyre/double_gyre_0000.vti 'Time=[0:10#0.001]' -o out.vti",
+              "error: out.vti: a function with 10001 time steps is written as .pvd or .csv\n"),
           std::pair("Grid=flow.vtu -o out.vti",
                     "error: out.vti: an unstructured grid is written as .vtu, .pvd or .csv\n")})
     {

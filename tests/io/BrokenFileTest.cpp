@@ -33,7 +33,7 @@ TEST_F(BrokenFile, IsMissingOrNoFile)
     EXPECT_EQ(complaintAbout("empty.vtu", ""), "empty.vtu: is empty");
     EXPECT_EQ(complaintAbout("a.stl", "solid"),
               "a.stl: a file with the extension .stl is not supported; supported "
-              "are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd and .series");
+              "are .vti, .vtr, .vts, .vtu, .vtp, .vtk, .vtm, .pvd, .csv and .series");
     EXPECT_EQ(complaintAbout("a.pvtu", vtkFile("PUnstructuredGrid", "")),
               "a.pvtu: a file that lists the pieces of one grid is not supported; list the pieces "
               "as blocks in a .vtm file");

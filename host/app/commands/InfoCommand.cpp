@@ -2,16 +2,18 @@
 #include "../console/Warnings.hpp"
 #include "../run/Threads.hpp"
 #include "../text/Layout.hpp"
+#include "ArrayStatistics.hpp"
 #include "Commands.hpp"
 #include "Session.hpp"
-#include <tavrin/pipeline/Json.hpp>
 
-#include <tavrin/io/Loader.hpp>
+#include <tavrin/pipeline/Json.hpp>
+#include <tavrin/value/LexicalCast.hpp>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavrin::app
 {
@@ -170,6 +172,86 @@ Json toJson(const FileInfo& info)
     return json;
 }
 
+/// The times as a set expression that holds exactly them.
+std::string setOf(const std::vector<double>& times)
+{
+    std::vector<std::string> texts;
+    std::ranges::transform(times, std::back_inserter(texts),
+                           [](double time) { return toText(time); });
+    return '{' + joined(texts, ",") + '}';
+}
+
+std::string shown(double number)
+{
+    return std::isnan(number) ? "-" : fmt::format("{:.9g}", number);
+}
+
+/// The rows of an array, one for each component and one for the norm.
+void addRows(const ArrayStatistics& statistics, std::size_t numSteps, Rows& rows)
+{
+    const auto addRow = [&](const std::string& component, const NumberStatistics& numbers)
+    {
+        const bool hasFinite = numbers.finite > 0;
+        rows.push_back({statistics.array.name, std::string(nameOf(statistics.array.association)),
+                        component, hasFinite ? shown(numbers.least) : "-",
+                        hasFinite ? shown(numbers.greatest) : "-", shown(numbers.mean()),
+                        std::to_string(numbers.notANumber), std::to_string(numbers.infinite),
+                        std::to_string(statistics.invalid),
+                        fmt::format("{} of {}", statistics.steps, numSteps)});
+    };
+    for (std::size_t i = 0; i < statistics.components.size(); ++i)
+        addRow(statistics.componentNames[i].empty() ? "-" : statistics.componentNames[i],
+               statistics.components[i]);
+    if (statistics.norm)
+        addRow("norm", *statistics.norm);
+}
+
+std::string statisticsTable(const std::vector<ArrayStatistics>& all, std::size_t numSteps)
+{
+    Rows rows{{"ARRAY", "ON", "COMPONENT", "MINIMUM", "MAXIMUM", "MEAN", "NAN", "INFINITE",
+               "INVALID", "STEPS"}};
+    std::string notes;
+    for (const ArrayStatistics& statistics : all)
+    {
+        addRows(statistics, numSteps, rows);
+        if (statistics.components.empty())
+            notes += fmt::format("{} has {} components; only its norm is told.\n",
+                                 oneLine(statistics.array.name), statistics.array.components);
+    }
+    if (numSteps == 1)
+        for (auto& row : rows)
+            row.pop_back();
+    return all.empty() ? "" : '\n' + alignedColumns(rows, 0, LastColumn::Unwrapped) + notes;
+}
+
+Json toJson(const NumberStatistics& numbers)
+{
+    const bool hasFinite = numbers.finite > 0;
+    return {{"minimum", hasFinite ? Json(numbers.least) : Json(nullptr)},
+            {"maximum", hasFinite ? Json(numbers.greatest) : Json(nullptr)},
+            {"mean", hasFinite ? Json(numbers.mean()) : Json(nullptr)},
+            {"finite", numbers.finite},
+            {"notANumber", numbers.notANumber},
+            {"infinite", numbers.infinite}};
+}
+
+Json toJson(const ArrayStatistics& statistics)
+{
+    Json components = Json::array();
+    for (std::size_t i = 0; i < statistics.components.size(); ++i)
+    {
+        Json& one = components.emplace_back(toJson(statistics.components[i]));
+        one["name"] = statistics.componentNames[i];
+    }
+    return {{"name", statistics.array.name},
+            {"on", nameOf(statistics.array.association)},
+            {"steps", statistics.steps},
+            {"values", statistics.values},
+            {"invalid", statistics.invalid},
+            {"components", std::move(components)},
+            {"norm", statistics.norm ? toJson(*statistics.norm) : Json(nullptr)}};
+}
+
 class InfoCommand final : public Command
 {
 public:
@@ -181,16 +263,30 @@ public:
                .summary = "Shows the content of a data file: grid, arrays, time steps",
                .details =
                    "The last column of the array table is the reference for a run. FILE may be "
-                   "followed by ?dimension=D or ?time=T.\n\n"
-                   "The JSON is one object with file, format, grid, dimension, points, "
+                   "followed by ?dimension=D, ?time=T or ?block=NAME.\n\n"
+                   "--stats reads all arrays of all time steps. Minimum, maximum and mean are those "
+                   "of the finite numbers; values that are marked as invalid are left out.\n\n"
+                   "The JSON is one object with formatVersion, file, format, grid, dimension, points, "
                    "cells, size (points along each axis of a structured grid, else null), "
                    "cellTypes {name: number}, bounds [[lower, upper]] (empty without points), "
                    "timeSteps, arrays [{name, on, components, precision, valueType, reference}], "
                    "and blocks, an array of such objects with a name each. If there are several "
-                   "blocks, everything else describes all of them together, and grid is null.",
-               .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."}}})
+                   "blocks, everything else describes all of them together, and grid is null. "
+                   "With --stats there is statistics, an array of {name, on, steps, values, invalid, "
+                   "components [{minimum, maximum, mean, finite, notANumber, infinite, name}], norm}, "
+                   "where norm is like a component, and null for scalars. With --times there is times, "
+                   "the set expression.",
+               .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."},
+                            {"tavrin info run.pvd --stats", "The ranges of all arrays over time."},
+                            {"tavrin run sample Field=run.pvd#U Grid=g.vtu "
+                             "\"Time=$(tavrin info run.pvd --times)\" -o out.pvd",
+                             "All time steps of a series on another grid."}}})
     {
         syntax().add_flag("--json", mWantsJson, "prints JSON");
+        syntax().add_flag("--stats", mWantsStatistics,
+                          "adds range, mean and counts of each array and component");
+        syntax().add_flag("--times", mWantsTimes,
+                          "prints the times as a set expression, alone unless --stats is given");
     }
 
     void execute(const Words& words, Session& session) override
@@ -199,13 +295,43 @@ public:
         startThreads();
         Warnings warnings(session.console);
         io::Loader loader([&](const std::string& line) { warnings.add(line); }, session.abortFlag);
+        if (mWantsTimes && !mWantsStatistics && !mWantsJson)
+            return session.console.print(setOf(loader.timesOf(reference)) + '\n');
         const FileInfo info = loader.inspect(reference);
+        std::vector<ArrayStatistics> statistics;
+        if (mWantsStatistics)
+        {
+            ProgressBar bar(session.console, session.progressMode);
+            statistics = arrayStatistics(reference, info.arrays, loader, bar, session.abortFlag);
+        }
+        const std::string times = setOf(loader.timesOf(reference));
         warnings.print();
-        session.console.print(mWantsJson ? jsonText(toJson(info)) : sheet(info));
+        if (mWantsJson)
+            return session.console.print(jsonText(json(info, statistics, times)));
+        const std::size_t numSteps = std::max<std::size_t>(1, loader.timesOf(reference).size());
+        session.console.print(sheet(info) + statisticsTable(statistics, numSteps) +
+                              (mWantsTimes ? "\ntimes  " + times + '\n' : ""));
     }
 
 private:
+    Json json(const FileInfo& info, const std::vector<ArrayStatistics>& statistics,
+              const std::string& times) const
+    {
+        constexpr int formatVersion = 1;
+        Json object{{"formatVersion", formatVersion}};
+        object.update(toJson(info));
+        if (mWantsStatistics)
+            object["statistics"] = Json::array();
+        for (const ArrayStatistics& one : statistics)
+            object["statistics"].push_back(toJson(one));
+        if (mWantsTimes)
+            object["times"] = times;
+        return object;
+    }
+
     bool mWantsJson = false;
+    bool mWantsStatistics = false;
+    bool mWantsTimes = false;
 };
 
 }

@@ -12,17 +12,18 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// This many triangles are collected before they are drawn.
+/// The number of triangles that are collected for one draw call.
 constexpr std::size_t trianglesPerDraw = 100'000;
-/// Above this number of arrows, each is drawn coarser: they hide one another and fill the picture.
+/// Above this number, arrows are drawn with coarser meshes, because each is small or mostly hidden.
 constexpr double fewArrows = 1e5;
-/// Arrows that cover the tile more often than this are dense: it pays to find out which are hidden.
+/// Arrows that cover the tile more often than this are dense, and hidden ones are worth finding.
 constexpr double sparseCover = 4.0;
-/// Hidden arrows are looked for anew whenever others have covered the tile this many times.
+/// The occlusion map is updated whenever the arrows drawn since have covered the tile this often.
 constexpr double coverBetweenUpdates = 2.0;
-/// Dense arrows are drawn coarser still.
+/// A further factor of the coarseness of dense arrows.
 constexpr double denseCoarseness = 1.5;
-/// The least width and length of an arrow in the picture, and the rounding of edges to pixels.
+/// A bound on how far an arrow extends beyond its exact outline, because of the least width and length
+/// and of rounding to pixels; in pixels.
 constexpr double pixelSlack = 3.0;
 
 /// A tube without visible shading is as bright as a shaded one is on average.

@@ -17,11 +17,12 @@
 namespace tavrin::graphics::painter
 {
 
-/// Draws arrows as instances of a few meshes, coarser ones where an arrow is thin in the picture.
+/// Draws arrows as instances of a few meshes, with coarser meshes for arrows that are thin in the
+/// picture.
 ///
-/// Where arrows cover the picture many times over, they are drawn from the nearest to the farthest,
-/// and those that are hidden by then are left out: without this, a scene of many long arrows takes
-/// as long as filling the picture thousands of times.
+/// Where arrows cover the picture many times, they are drawn from the nearest to the farthest, and
+/// arrows that are hidden by then are left out. Otherwise a scene of many long arrows would take as
+/// long as filling the picture thousands of times.
 class ArrowPainter
 {
 public:
@@ -44,7 +45,7 @@ private:
     /// A mesh on the graphics system, and the instances of it that are drawn next.
     struct Level
     {
-        /// The least width in pixels of the arrows that are drawn so; see `mCoarseness`.
+        /// The least width in pixels of the arrows that are drawn with this mesh; see `mCoarseness`.
         double smallestWidth;
         bool isTube;
         bool isFlat;
@@ -57,7 +58,7 @@ private:
         Level(double smallestWidth, bool isTube, const ArrowMesh& mesh, const Program& program);
     };
 
-    /// From where, and which part of a scene is drawn.
+    /// What an arrow's place in a tile depends on.
     struct Sight
     {
         const Placement& placement;
@@ -82,9 +83,9 @@ private:
 
     struct Crowd
     {
-        /// Those of the candidates.
+        /// The indices of the arrows that lie in the tile.
         std::vector<std::uint32_t> indices;
-        /// Whether many of them hide one another; the nearest ones then come first.
+        /// Whether many arrows hide one another. The indices are then sorted by distance, nearest first.
         bool isDense = false;
     };
 

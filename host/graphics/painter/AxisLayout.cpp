@@ -153,7 +153,7 @@ public:
     void write(const Edge& edge, std::size_t axis, const Ticks& ticks, double mostBeyond)
     {
         const double tickLength = 0.35 * mFontSize;
-        // Where the scene reaches hardly beyond the edge, there is room for it before the numbers.
+        // A scene that extends only slightly beyond the edge ends before the numbers.
         const bool isApart = edge.beyond > 0.7 * mFontSize;
         const double apart = isApart ? std::min(edge.beyond, mostBeyond) + tickLength : 0.0;
         if (isApart)
@@ -218,11 +218,11 @@ struct Scale
     Ticks ticks;
 };
 
-/// Gives all axes the exponent of the largest one and the same number of decimals, as far as their
-/// labels stay short.
+/// Gives all axes the exponent of the largest one and the same number of decimals, unless this makes
+/// labels too long.
 void harmonize(std::vector<Scale>& scales, const AxisWriter& writer)
 {
-    /// More decimals than other axes need.
+    /// The most decimals that an axis takes over from the others.
     constexpr int mostDecimals = 3;
     Ticks::Format format{.exponent = std::numeric_limits<int>::lowest(), .leastDecimals = 0};
     for (const Scale& scale : scales)

@@ -12,7 +12,7 @@ namespace
 
 /// Tangent of half the opening angle along the shorter side of the frame, which is 24 degrees.
 const double opening = std::tan(12.0 * std::numbers::pi / 180.0);
-/// Least extent of a scene; one without extent would be enlarged without bound.
+/// The least extent that a scene is taken to have, so that its magnification is finite.
 constexpr double smallestExtent = 1e-2;
 
 /// Cosine and sine of an angle in degrees; exact for quarter turns.
@@ -91,7 +91,7 @@ Camera::Camera(const View& view, std::span<const Position> extremes, const Frame
         mEye[2] = std::max(mEye[2], nearestBack + smallestExtent);
     }
 
-    // Glyphs reach beyond the extremes because they are thick.
+    // Thick glyphs extend beyond the extremes.
     const double slack = 0.5 + 0.5 * (nearestBack - farthestBack);
     mNearest = std::max(mEye[2] - nearestBack - slack, 0.1 * (mEye[2] - nearestBack));
     mFarthest = mEye[2] - farthestBack + slack;

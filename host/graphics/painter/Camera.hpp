@@ -41,8 +41,8 @@ struct Frame
     }
 };
 
-/// Maps the user's coordinates to placed coordinates, in which the scene is drawn: relative to the
-/// middle of the scene and in units of its size, so that single precision is enough.
+/// Maps the user's coordinates to placed coordinates, which are relative to the middle of the scene and
+/// in units of its size. Scenes are drawn in placed coordinates, for which single precision suffices.
 struct Placement
 {
     Position center{};
@@ -51,7 +51,7 @@ struct Placement
     Position operator()(const Position& position) const { return scale * (position - center); }
 };
 
-/// Looks at a scene so that it just fills a frame of the picture.
+/// A camera that shows a scene as large as a frame of the picture allows.
 class Camera
 {
 public:

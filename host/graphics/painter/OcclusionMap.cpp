@@ -10,11 +10,11 @@ namespace tavrin::graphics::painter
 namespace
 {
 
-/// Eight steps of a depth buffer of 24 bits: what rounding in single precision may add up to on the
-/// way of a vertex to its depth.
+/// Eight steps of a depth buffer of 24 bits, a bound on the rounding errors when the depth of a vertex
+/// is computed in single precision.
 constexpr double depthTolerance = 8.0 / (1 << 24);
 
-/// Larger than every depth: not even the background hides anything there.
+/// Larger than every depth, for blocks in which the background is visible.
 constexpr float openDepth = std::numeric_limits<float>::infinity();
 
 std::size_t numBlocks(double pixels, std::size_t blockSize)
@@ -51,7 +51,8 @@ void OcclusionMap::update(const std::vector<float>& depths)
 
 bool OcclusionMap::hides(const Strip& strip) const
 {
-    // Goes along the segment in slabs of blocks, across the axis along which it is longer.
+    // Visits the slabs of blocks that the segment crosses. A slab is one block thick along the axis
+    // along which the segment is longer.
     const std::array origin{strip.from[0] - mTile.left, strip.from[1] - mTile.top};
     const std::array extent{strip.to[0] - strip.from[0], strip.to[1] - strip.from[1]};
     const std::array numBlocks{mColumns, mRows};

@@ -7,34 +7,34 @@
 namespace tavrin::graphics::painter
 {
 
-/// How far away the farthest visible surface is in each block of a tile: what lies behind it
-/// everywhere in its reach is hidden and need not be drawn.
+/// The distance of the farthest visible surface in each block of pixels of a tile. A glyph that lies
+/// behind it in every block that it meets is hidden and need not be drawn.
 ///
 /// A hierarchical depth buffer of one level, as in N. Greene, M. Kass, G. Miller, "Hierarchical
 /// Z-Buffer Visibility", SIGGRAPH 1993.
 class OcclusionMap
 {
 public:
-    /// The surroundings of a segment.
+    /// All pixels within a radius of a segment.
     struct Strip
     {
         /// Pixels of the picture.
         std::array<double, 2> from;
         std::array<double, 2> to;
         double radius;
-        /// What the depth buffer holds for the nearest surface around both ends.
+        /// The depth buffer's values for the nearest surface around each end.
         double depthFrom;
         double depthTo;
     };
 
-    /// Nothing is hidden.
+    /// A map in which nothing is hidden.
     explicit OcclusionMap(const Frame& tile);
 
     /// `depths` are those of the tile's pixels, 0 (near) to 1, rows from below.
     void update(const std::vector<float>& depths);
 
-    /// Whether something that fills a strip is hidden. What is nearer by less than the depth buffer
-    /// tells apart counts as hidden, so that of coplanar things the first one drawn is on top.
+    /// Whether a glyph that fills a strip is hidden. A glyph that is nearer by less than the resolution
+    /// of the depth buffer counts as hidden: of coplanar glyphs, the first one drawn is on top.
     bool hides(const Strip& strip) const;
 
 private:
@@ -49,7 +49,7 @@ private:
     Frame mTile;
     std::size_t mColumns;
     std::size_t mRows;
-    /// Of each block, rows from above.
+    /// The depths of the blocks, rows from the top.
     std::vector<float> mFarthest;
 };
 

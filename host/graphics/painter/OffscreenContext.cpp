@@ -72,7 +72,7 @@ std::vector<EGLDisplay> displays()
 OffscreenContext::OffscreenContext()
 {
     needLibraries();
-    // The exception says what the user needs to know; messages of the driver would only add to it.
+    // The exception describes the failure; further messages of the driver would be noise.
     setenv("EGL_LOG_LEVEL", "fatal", 0);
     std::string firstCause;
     for (const EGLDisplay display : displays())

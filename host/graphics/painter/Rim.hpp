@@ -8,13 +8,13 @@ namespace tavrin::graphics::painter
 /// Lines around a glyph. The glyph itself keeps its color, so that it agrees with the color bar.
 struct Rim
 {
-    /// Toward the background, around a glyph whose color is too close to that. It lies below all glyphs.
+    /// Separates a glyph from a background of a similar color. Drawn below all glyphs.
     Color outerColor;
     /// Pixels, at most those of the picture's unit and less than half of the glyph; 0 for a color that
     /// contrasts enough.
     double outerWidth = 0.0;
-    /// Toward glyphs below it, narrow compared to the glyph. Where glyphs cover the picture several
-    /// times, these lines would be most of what is seen.
+    /// Separates a glyph from the glyphs below it, and is narrow compared to the glyph. Left out where
+    /// glyphs cover the picture several times, because the picture would consist mostly of rims.
     Color innerColor;
     double innerWidth = 0.0;
 };

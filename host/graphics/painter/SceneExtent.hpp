@@ -14,10 +14,11 @@ struct SceneExtent
     std::optional<Box> outline;
     Placement placement;
     bool hasTransparent = false;
-    /// The requested view; otherwise along the axis in which the scene is flat, or from the front
-    /// right above.
+    /// The requested view. By default it is along the axis in which the scene is flat, or otherwise from
+    /// above the front right corner.
     View view;
-    /// Placed positions that are farthest toward all sides of the view; the origin in an empty scene.
+    /// The placed positions that are farthest in each of several directions of the view; the origin for
+    /// an empty scene.
     std::vector<Position> extremes;
 
     /// Considers everything that is finite. Throws `logic_error` for a drawable of unknown kind.

@@ -95,7 +95,7 @@ Ticks Ticks::between(double low, double high, unsigned mostSteps, const Format& 
     ticks.decimals = decimals;
     for (double i = first(); i <= last(); ++i)
     {
-        // Rounding must not show in the label, nor the sign of a zero.
+        // Labels show neither rounding errors nor a negative zero.
         const double value = i * step;
         const double shown = (value - offset) / unit;
         const double smallest = 0.5 * std::pow(10.0, -decimals);

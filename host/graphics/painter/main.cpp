@@ -14,9 +14,8 @@ using namespace tavrin::graphics;
 using process::JobState;
 using process::SharedBytes;
 
-/// The process that started this one decides when it ends, so signals that a terminal sends to both
-/// are ignored, and the end of that process is the end of this one. A crashed driver leaves no core
-/// file.
+/// Makes this process end when its parent ends. It ignores signals that a terminal sends to both
+/// processes, because the parent decides what they mean. A crashed driver leaves no core file.
 void followParent()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -59,6 +58,6 @@ int main()
         result.append(std::as_bytes(std::span(message)));
         state.outcome = JobState::Failed;
     }
-    // Drivers leave threads and exit handlers behind.
+    // Skips the exit handlers of graphics drivers, which may hang.
     _exit(0);
 }

@@ -24,10 +24,11 @@ enum class DrawableKind
     Primitive
 };
 
-/// The color function of a color bar is sent as this many samples, more than a bar usually has rows.
+/// The number of samples in which the color function of a color bar is sent. Bars usually have fewer
+/// rows of pixels.
 constexpr std::size_t numBarColors = 4096;
 
-/// Every item begins at a multiple of this, so that arrays can be used where they lie.
+/// Every item begins at a multiple of this number of bytes, so that arrays can be used in place.
 constexpr std::size_t alignment = 16;
 
 template<typename T>

@@ -26,7 +26,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// How long an abort may go unnoticed.
+/// The time between two checks of the abort flag.
 constexpr int pollMilliseconds = 20;
 
 [[noreturn]] void fail(const std::string& cause)
@@ -34,7 +34,7 @@ constexpr int pollMilliseconds = 20;
     throw runtime_error("the picture cannot be painted: " + cause);
 }
 
-/// In the folder tavrin beside the library that this code is in.
+/// The program in the folder tavrin beside this library.
 fs::path painterProgram()
 {
     Dl_info info{};
@@ -44,7 +44,7 @@ fs::path painterProgram()
     return fs::absolute(info.dli_fname).parent_path() / "tavrin" / "tavrin-painter";
 }
 
-/// The running program, which is killed if it still runs at the end of the object's life.
+/// The running program, which is killed when the object is destroyed.
 class Child
 {
 public:

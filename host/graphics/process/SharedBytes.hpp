@@ -14,7 +14,7 @@ class TAVRIN_API SharedBytes
 public:
     /// An empty one. Throws `runtime_error` where the system provides none.
     SharedBytes();
-    /// The one behind a descriptor that was inherited, which this object closes.
+    /// Takes over a descriptor that this process inherited.
     explicit SharedBytes(int descriptor);
     SharedBytes(const SharedBytes&) = delete;
     SharedBytes& operator=(const SharedBytes&) = delete;

@@ -19,7 +19,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// In bytes, far above any file of color maps: a larger file is of another kind.
+/// The largest size in bytes of a file that is read. Files of color maps are far smaller.
 constexpr std::uintmax_t largestFile = std::uintmax_t{16} << 20;
 
 /// Components in a file may leave 0..1 by this much, because of rounding.

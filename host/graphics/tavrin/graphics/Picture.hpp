@@ -31,8 +31,8 @@ struct PictureOptions
     std::size_t height = 960;
     /// May be transparent.
     Color background{1.0F, 1.0F, 1.0F, 1.0F};
-    /// By default, a scene that is flat along an axis is seen along it, and any other from the front
-    /// right above. A view along an axis is a parallel projection, all others are in perspective.
+    /// By default, a scene that is flat along an axis is seen along it, and any other from above the
+    /// front right corner. A view along an axis is a parallel projection, any other is in perspective.
     std::optional<View> view = std::nullopt;
     /// UTF-8, drawn above the scene, with the scene's time below it in a smaller font. Each is truncated
     /// if it is too long for the picture.
@@ -40,8 +40,8 @@ struct PictureOptions
     /// Factor of the size of all texts, which otherwise follows from the size of the picture; see
     /// `checkFontScale`.
     double fontScale = 1.0;
-    /// Whether the picture is reduced to its content and a small margin. Its size is then at most the
-    /// given one, unless texts do not fit into that.
+    /// Whether the picture is cropped to its content and a small margin. It is then not larger than
+    /// `width` x `height`, unless texts are.
     bool crop = false;
 };
 
@@ -73,7 +73,7 @@ TAVRIN_API Image paint(const Scene& scene, const PictureOptions& options,
                        const volatile bool& abortFlag, ProgressObserver* observer = nullptr);
 
 /// The format of a picture file. The scalable formats, SVG and PDF, hold text, axes and color bar as
-/// vectors, and so the glyphs up to 10,000 of them. A larger number is embedded as an image.
+/// vectors. They hold up to 10,000 glyphs as vectors; a larger number is embedded as an image.
 enum class PictureFormat
 {
     Png,

@@ -25,7 +25,7 @@ struct Box
 /// The legend for the colors of a scene.
 struct ColorBar
 {
-    /// The color of any finite value.
+    /// Returns the color of a finite value, which may be outside of `low` ... `high`.
     std::function<Color(double)> color;
     double low = 0.0;
     double high = 1.0;

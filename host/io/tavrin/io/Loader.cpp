@@ -87,9 +87,14 @@ public:
 private:
     FunctionPointer load(const Block& block, const DataReference& reference);
     /// Loads a block whose first file is open already.
-    FunctionPointer load(const Block& block, DataFile& first, const DataReference& reference);
-    FunctionPointer loadSingle(const Block& block, DataFile& file, const DataReference& reference);
+    FunctionPointer load(const Block& block, const std::shared_ptr<DataFile>& first,
+                         const DataReference& reference);
+    FunctionPointer loadSingle(const Block& block, const std::shared_ptr<DataFile>& file,
+                               const DataReference& reference);
     FunctionPointer loadSeries(const Block& block, DataFile& first, const DataReference& reference);
+    /// The grid of a file, which is built once for several arrays if one of them is still there.
+    BuiltGrid gridOf(const std::shared_ptr<DataFile>& file, const Block& block,
+                     const DataReference& reference);
     void warnOfLeftOut(const std::string& what, const std::vector<std::string>& names,
                        std::size_t numBlocks, const DataReference& reference);
     bool isEmpty(const Block& block);
@@ -101,6 +106,15 @@ private:
 
     std::shared_ptr<FileAccess> mAccess;
     std::vector<std::weak_ptr<const Domain>> mDomains;
+    struct LastGrid
+    {
+        std::weak_ptr<DataFile> file;
+        std::optional<std::size_t> dimension;
+        std::weak_ptr<const Domain> domain;
+        /// Without its domain, so that it keeps none alive.
+        BuiltGrid grid;
+    };
+    LastGrid mLastGrid;
     /// The grids of the steps that were loaded last, by the file of the series, the block and the
     /// wanted dimension.
     std::map<std::tuple<std::filesystem::path, std::string, std::optional<std::size_t>>,
@@ -127,16 +141,36 @@ std::shared_ptr<const Domain> Loader::Implementation::shareInSeries(
     return domain;
 }
 
-FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile& file,
+BuiltGrid Loader::Implementation::gridOf(const std::shared_ptr<DataFile>& file, const Block& block,
+                                         const DataReference& reference)
+{
+    const bool isFromSameFile =
+        mLastGrid.file.lock() == file && mLastGrid.dimension == reference.dimension;
+    if (auto domain = mLastGrid.domain.lock(); isFromSameFile && domain != nullptr)
+    {
+        BuiltGrid grid = mLastGrid.grid;
+        grid.domain = std::move(domain);
+        return grid;
+    }
+    BuiltGrid grid = mAccess->build(*file, block.steps.front().place, reference.dimension);
+    grid.domain = shareInSeries(std::move(grid.domain), block, reference);
+    mLastGrid = {file, reference.dimension, grid.domain, grid};
+    mLastGrid.grid.domain.reset();
+    return grid;
+}
+
+FunctionPointer Loader::Implementation::loadSingle(const Block& block,
+                                                   const std::shared_ptr<DataFile>& opened,
                                                    const DataReference& reference)
 {
+    DataFile& file = *opened;
     const Block::Step& step = block.steps.front();
     return naming(step.place,
                   [&]
                   {
                       const DataFile::Array& array = chooseArray(file.arrays, reference);
                       const ArrayReading reading = chooseReading(array, reference);
-                      const BuiltGrid grid = mAccess->build(file, step.place, reference.dimension);
+                      const BuiltGrid grid = gridOf(opened, block, reference);
                       const StoredArray values = readValues(file, array, grid);
                       requireReadable(values, reading);
                       const auto validity = validityOf(readValidity(file, array, grid));
@@ -148,10 +182,9 @@ FunctionPointer Loader::Implementation::loadSingle(const Block& block, DataFile&
                                  [&]<typename T>()
                                  {
                                      function = std::make_shared<const Function<T>>(
-                                         shareInSeries(grid.domain, block, reference),
-                                         partOf(array.association), wrapValues<T>(values, reading),
-                                         times, reading.name, validity,
-                                         originOf(grid, array.association),
+                                         grid.domain, partOf(array.association),
+                                         wrapValues<T>(values, reading), times, reading.name,
+                                         validity, originOf(grid, array.association),
                                          reference.reach.value_or(0.0));
                                  });
                       return function;
@@ -182,16 +215,17 @@ FunctionPointer Loader::Implementation::loadSeries(const Block& block, DataFile&
     return function;
 }
 
-FunctionPointer Loader::Implementation::load(const Block& block, DataFile& first,
+FunctionPointer Loader::Implementation::load(const Block& block,
+                                             const std::shared_ptr<DataFile>& first,
                                              const DataReference& reference)
 {
-    return block.steps.size() > 1 ? loadSeries(block, first, reference)
+    return block.steps.size() > 1 ? loadSeries(block, *first, reference)
                                   : loadSingle(block, first, reference);
 }
 
 FunctionPointer Loader::Implementation::load(const Block& block, const DataReference& reference)
 {
-    return load(block, *openFirst(*mAccess, block, reference), reference);
+    return load(block, openFirst(*mAccess, block, reference), reference);
 }
 
 FunctionPointer Loader::Implementation::loadFunction(const DataReference& reference)
@@ -222,7 +256,7 @@ std::vector<FunctionPointer> Loader::Implementation::loadFunctions(const DataRef
         const auto file = openFirst(*mAccess, block, reference);
         addNew(file->arrays, arrays);
         if (hasArray(file->arrays, reference))
-            loaded.push_back({&block, load(block, *file, reference)});
+            loaded.push_back({&block, load(block, file, reference)});
         else if (!isEmpty(block))
             withoutArray.push_back('"' + block.name + '"');
     }
@@ -288,12 +322,7 @@ std::shared_ptr<const Domain> Loader::Implementation::loadGrid(const DataReferen
     requireOneBlock(blocks, reference, "grid");
     const FilePlace& place = blocks.front().steps.front().place;
     const auto file = openFirst(*mAccess, blocks.front(), reference);
-    return naming(place,
-                  [&]
-                  {
-                      return shareInSeries(mAccess->build(*file, place, reference.dimension).domain,
-                                           blocks.front(), reference);
-                  });
+    return naming(place, [&] { return gridOf(file, blocks.front(), reference).domain; });
 }
 
 Loader::Loader(Warn warn, const volatile bool& abortFlag)

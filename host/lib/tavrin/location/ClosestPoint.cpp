@@ -85,11 +85,49 @@ void offerOfTriangle(const Tensor<double, D>* vertices, const Tensor<double, D>&
     closest.offer({1.0 - onThird, onThird, 0.0}, first + onThird * third - target);
 }
 
+/// A quad as a polynomial of its reference coordinates, relative to the first vertex.
+template<std::size_t D>
+class BilinearPatch
+{
+public:
+    using Position = Tensor<double, D>;
+
+    explicit BilinearPatch(const Position* vertices)
+        : mFirst(vertices[1] - vertices[0]), mSecond(vertices[3] - vertices[0]),
+          mTwist(vertices[2] - vertices[1] - mSecond)
+    {
+    }
+
+    template<std::size_t N>
+    Position evaluate(const Reference& at, std::array<Position, N>& derivatives) const
+    {
+        derivatives = {mFirst + at[1] * mTwist, mSecond + at[0] * mTwist};
+        return at[0] * derivatives[0] + at[1] * mSecond;
+    }
+
+    /// Whether the distance from any position no farther than `reach` has one local minimum. Its second
+    /// derivatives by the coordinates are then positive definite within that distance, since the
+    /// twist adds less than half to what they are for a parallelogram.
+    bool hasOneMinimum(double reach) const
+    {
+        const double first = norm(mFirst);
+        const double second = norm(mSecond);
+        const double area = first * second - std::abs(dot(mFirst, mSecond));
+        const double twist = norm(mTwist);
+        return 8.0 * twist * std::max(first, second) < area && 2.0 * twist * reach < area;
+    }
+
+private:
+    Position mFirst;
+    Position mSecond;
+    Position mTwist;
+};
+
 /// The closest point to `target` near cube coordinates of a cell: a local minimum of the distance within the
 /// unit cube. The coordinates that are held do not change.
-template<std::size_t N, std::size_t D>
-void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type,
-               const CellPatch<D>& patch, const Tensor<double, D>& target, Closest<D>& closest)
+template<std::size_t N, std::size_t D, typename Patch>
+void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type, const Patch& patch,
+               const Tensor<double, D>& target, Closest<D>& closest)
 {
     constexpr int maximumSteps = 40;
     constexpr double shortestStep = 1e-12;
@@ -221,6 +259,15 @@ std::optional<ClosestPoint> closestPoint(CellType type, const Tensor<double, D>*
     {
         closest.offer({}, -target);
         return closest.result();
+    }
+    if (type == CellType::Quads)
+    {
+        const BilinearPatch<D> quad(vertices);
+        if (quad.hasOneMinimum(norm(target) + norm(vertices[2] - vertices[0])))
+        {
+            offerNear<2>(centerReference(type), {}, type, quad, target, closest);
+            return closest.result();
+        }
     }
     const CellPatch<D> patch(type, vertices);
     if (dimension == 1)

@@ -37,8 +37,8 @@ public:
         for (std::size_t i = 0; i < mText.steps.size(); ++i)
             plan.steps.push_back(step(i));
         const auto order = executionOrder(plan);
-        for (const auto& [target, value] : mText.section("outputs").entriesOf("\"outputs\""))
-            addOutput(target, value, plan);
+        for (const auto& [name, value] : mText.section("outputs").entriesOf("\"outputs\""))
+            addOutput(name, value, plan);
         return reordered(std::move(plan), order);
     }
 
@@ -118,13 +118,10 @@ private:
         const YamlNode* const unchecked = value.find("unchecked");
         if (value.kind == YamlNode::Kind::Map)
             value.requireKeys({"unchecked"}, what);
-        auto assignment = at(value.place,
-                             [&]
-                             {
-                                 return OptionAssignment::make(
-                                     option, text(unchecked != nullptr ? *unchecked : value, what),
-                                     unchecked != nullptr, run);
-                             });
+        const std::string given = text(unchecked != nullptr ? *unchecked : value, what);
+        auto assignment =
+            at(value.place,
+               [&] { return OptionAssignment::make(option, given, unchecked != nullptr, run); });
         if (unchecked == nullptr && !assignment.isAutomatic)
             at(value.place, [&] { run.checkText(option, assignment.value); });
         step.assignments.push_back(std::move(assignment));
@@ -257,25 +254,25 @@ private:
         return plan;
     }
 
-    void addOutput(const YamlNode& target, const YamlNode& value, Plan& plan) const
+    void addOutput(const YamlNode& name, const YamlNode& value, Plan& plan) const
     {
-        const auto dot = target.text.find('.');
+        const auto dot = name.text.find('.');
         const auto step =
-            std::ranges::find(mText.steps, target.text.substr(0, dot), &PipelineText::StepText::id);
+            std::ranges::find(mText.steps, name.text.substr(0, dot), &PipelineText::StepText::id);
         if (dot == std::string::npos || step == mText.steps.end())
         {
             Names names;
             for (const PipelineText::StepText& known : mText.steps)
                 names.push_back(known.id);
-            target.place.refuse("\"" + target.text + "\" is not of the form STEP.OUTPUT" +
-                                suggestionFor(target.text.substr(0, dot), names));
+            name.place.refuse("\"" + name.text + "\" is not of the form STEP.OUTPUT" +
+                              suggestionFor(name.text.substr(0, dot), names));
         }
         const auto index = static_cast<std::size_t>(step - mText.steps.begin());
-        const auto output = outputOf(index, target.text.substr(dot + 1), target.place);
+        const auto output = outputOf(index, name.text.substr(dot + 1), name.place);
         const bool isMap = value.kind == YamlNode::Kind::Map;
         const YamlNode& file = isMap ? value.required("file", "an output") : value;
-        auto request =
-            at(file.place, [&] { return OutputRequest::make(output, text(file, "a file")); });
+        const std::string target = text(file, "a file");
+        auto request = at(file.place, [&] { return OutputRequest::make(output, target); });
         request.step = index;
         if (isMap)
             applySettings(value, request, plan.steps[index]);

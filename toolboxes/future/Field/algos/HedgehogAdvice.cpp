@@ -10,11 +10,12 @@
 namespace
 {
 
-/// Arrows are in proportion if they are at most this many times longer or shorter than their
-/// neighbors are away.
+/// Arrows are in proportion if the ratio of their length to the distance of neighboring samples, or its
+/// inverse, is at most this.
 constexpr double disproportion = 20.0;
 
-/// The direction of a line is kept if its length is at least this many steps of single precision.
+/// The direction of a line is preserved if its length is at least this number of steps of single
+/// precision.
 constexpr double fewestSteps = 32.0;
 
 /// A number with two significant digits, in its shortest form.

@@ -22,9 +22,9 @@ ScaleAdvice adviseOnScale(double arrowLength, double scale, double neighborDista
 /// directions; empty where they keep them.
 std::string hintOnPrecision(double lineLength, double farthestPosition);
 
-/// A hint that one arrow, at `position`, reaches so far that all others are shown small: `extent` is the
-/// size of the space that nearly all arrows fill, `reach` how far that one is away from it. Empty where
-/// it is not much farther.
+/// A hint that the arrow at `position` extends so far that a picture of all arrows shows the others tiny.
+/// `extent` is the size of the box that holds nearly all arrows, and `reach` the distance from that box
+/// to the far end of the arrow. Empty unless `reach` is much larger than `extent`.
 std::string hintOnOutlier(double extent, double reach, const tavrin::Tensor<double, 3>& position);
 
 /// A hint that a field has no values at a time, and that those of the first time are shown.

@@ -200,9 +200,9 @@ void removeInvalid(const FunctionBase& function, double time, LargeVector<Arrow>
         colors.resize(numKept);
 }
 
-/// The length that all but 5 % of the arrows stay below, so that a few outliers, such as marks for
-/// missing values, do not count; the length of the longest arrow if it is 0 otherwise. Looks at a
-/// bounded number of arrows that are finite, always the same ones. 0 without any.
+/// The 95th percentile of the lengths of the arrows, so that a few outliers, such as marks for missing
+/// values, do not count. If that is 0, the length of the longest arrow. Considers a bounded number of
+/// arrows, always the same ones, and ignores those that are not finite. 0 if there are no others.
 double typicalLengthOf(const LargeVector<Arrow>& arrows)
 {
     constexpr std::size_t maximumSamples = std::size_t{1} << 16;
@@ -242,8 +242,8 @@ Extent extentOf(const LargeVector<Arrow>& arrows)
     return {farthest, numNotFinite};
 }
 
-/// How far the ends of an arrow are outside of a box along an axis; 0 where they are inside or not
-/// finite.
+/// The largest distance along an axis from a box to an end of an arrow. 0 for ends that are inside or
+/// not finite.
 double reachOf(const Arrow& arrow, const Tensor<double, 3>& lower, const Tensor<double, 3>& upper)
 {
     double reach = 0.0;
@@ -254,8 +254,8 @@ double reachOf(const Arrow& arrow, const Tensor<double, 3>& lower, const Tensor<
     return reach;
 }
 
-/// The box that holds nearly all ends of the arrows, from a bounded number of arrows that
-/// are finite, always the same ones.
+/// The box between the 5th and the 95th percentile of the coordinates of the ends of the arrows.
+/// Considers a bounded number of arrows, always the same ones, and ignores ends that are not finite.
 std::pair<Tensor<double, 3>, Tensor<double, 3>> typicalBoxOf(const LargeVector<Arrow>& arrows)
 {
     constexpr std::size_t maximumSamples = std::size_t{1} << 12;
@@ -287,7 +287,7 @@ std::pair<Tensor<double, 3>, Tensor<double, 3>> typicalBoxOf(const LargeVector<A
     return {lower, upper};
 }
 
-/// A hint on the arrow that reaches farthest beyond the others; empty if none reaches far.
+/// A hint on the arrow that extends farthest beyond the others; empty if none extends far.
 std::string hintOnFarArrow(const LargeVector<Arrow>& arrows)
 {
     const auto [lower, upper] = typicalBoxOf(arrows);
@@ -365,7 +365,7 @@ private:
               const PointSet<D>& domain, const std::shared_ptr<const ColorMapDataObject>& colorMap,
               LargeVector<Arrow>& arrows, Colors& colors);
 
-    /// Gives a hint unless it is empty.
+    /// Passes a hint on unless it is empty.
     void tell(const std::string& text) const
     {
         if (!text.empty())
