@@ -73,7 +73,7 @@ TEST(Completion, OffersWhatComesNextInBash)
         {"tavrin run Trial/Everything choi=t", "two |"},
         {"tavrin run Trial/Everything Field=flo", "flow.vtu |"},
         {R"(tavrin run 'Field/Show Hedgehogs' "Color Map=pl)", "Color Map=plasma|"},
-        {R"(tavrin run tens "Operator"=scalart)", R"(Scalar\ Times\ Field\ A |)"},
+        {R"(tavrin run tens "Operator"=normof)", R"(Norm\ of\ Field\ A |)"},
         {"tavrin run Trial/Wait -o F", "Field=|"},
         {"tavrin run Trial/Wait -o Field=flo", "flow.vtu |"},
         {"tavrin info double", "double_gyre.pvd |double_gyre/|"},
@@ -110,7 +110,8 @@ TEST(Completion, OffersWhatFilesHold)
         {"Field=flow.vtu#velocity?on=", "Field=flow.vtu#velocity?on=points|"
                                         "Field=flow.vtu#velocity?on=cells|"},
         {"Field=flow.vtu#velocity?on=points&o", "Field=flow.vtu#velocity?on=points&order=|"},
-        {"Field=double_gyre.pvd?time=0", "Field=double_gyre.pvd?time=0|"},
+        {"Field=double_gyre.pvd?time=0",
+         "Field=double_gyre.pvd?time=0|Field=double_gyre.pvd?time=0.5|"},
         {"Field=damaged.vtu#", ""},
         {"Field=missing.vtu#", ""},
         {"Grid=flow.vtu", "Grid=flow.vtu|"},
@@ -201,7 +202,7 @@ TEST(Completion, WorksInFish)
         GTEST_SKIP() << "fish is not installed";
     workshop.run("tavrin completion fish >tavrin.fish");
     const std::string complete = "HOME=$PWD fish --no-config -c 'source tavrin.fish; complete -C ";
-    EXPECT_EQ(answerOf(workshop, complete + "\"tavrin run hedge colorm\"'"),
+    EXPECT_EQ(answerOf(workshop, complete + "\"tavrin run hedge map\"'"),
               "Color Map=\tColor transfer function|");
     EXPECT_EQ(answerOf(workshop, complete + R"("tavrin run hedge \"Color Map=pl"')"),
               "Color Map=plasma|");
