@@ -36,11 +36,12 @@ std::string placeholderAt(std::size_t index, const std::string& usage)
     for (;; --index)
     {
         const std::size_t end = std::min(usage.find(' ', first), usage.size());
-        const std::string part = usage.substr(first, end - first);
-        if (index == 0 || part.ends_with("..."))
+        std::string part = usage.substr(first, end - first);
+        const bool isRepeated = part.ends_with("...");
+        if (index == 0 || isRepeated)
         {
-            const std::size_t begin = part.starts_with('[') ? 1 : 0;
-            return part.substr(begin, part.find(']') - begin);
+            part.resize(part.size() - (isRepeated ? 3 : 0));
+            return part.starts_with('[') ? part.substr(1, part.size() - 2) : part;
         }
         if (end == usage.size())
             return {};
