@@ -13,6 +13,7 @@ pkg_check_modules(epoxy REQUIRED IMPORTED_TARGET epoxy)
 pkg_check_modules(egl REQUIRED IMPORTED_TARGET egl)
 pkg_check_modules(cairo REQUIRED IMPORTED_TARGET cairo)
 pkg_check_modules(libpng REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
 
 find_package(benchmark REQUIRED)
 if(BUILD_TESTING)

@@ -5,16 +5,16 @@
 #include <tavrin/io/TextNumbers.hpp>
 
 #include <vtkCallbackCommand.h>
-#include <vtkLZ4DataCompressor.h>
-#include <vtkLZMADataCompressor.h>
 #include <vtkObjectFactory.h>
 #include <vtkXMLDataElement.h>
 #include <vtkXMLDataParser.h>
-#include <vtkZLibDataCompressor.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <map>
+
+#include <omp.h>
 
 namespace tavrin::io
 {
@@ -94,17 +94,6 @@ std::string causeOf(const std::string& complaint)
     return "not a whole XML file";
 }
 
-vtkSmartPointer<vtkDataCompressor> makeCompressor(const std::string& name)
-{
-    if (name == "vtkZLibDataCompressor")
-        return vtkSmartPointer<vtkZLibDataCompressor>::New();
-    if (name == "vtkLZ4DataCompressor")
-        return vtkSmartPointer<vtkLZ4DataCompressor>::New();
-    if (name == "vtkLZMADataCompressor")
-        return vtkSmartPointer<vtkLZMADataCompressor>::New();
-    throw Malformed("unknown compressor \"" + name + "\"");
-}
-
 /// How messages name an array. Points and coordinates need not have a name of their own.
 std::string describe(vtkXMLDataElement& array)
 {
@@ -142,6 +131,9 @@ constexpr std::size_t bestCompression = 10000;
 
 constexpr std::size_t plainBytesPerRound = std::size_t{4} << 20;
 
+/// The memory for compressed blocks.
+constexpr std::size_t compressedBytesPerRound = std::size_t{16} << 20;
+
 }
 
 XmlValues::XmlValues(InputFile file, const volatile bool& abortFlag)
@@ -168,7 +160,11 @@ XmlValues::XmlValues(InputFile file, const volatile bool& abortFlag)
     mIsBigEndian = attribute(*mRoot, "byte_order") == "BigEndian";
     mHeaderNumberBytes = attribute(*mRoot, "header_type") == "UInt64" ? 8 : 4;
     if (const auto compressor = attribute(*mRoot, "compressor"); compressor && !compressor->empty())
-        mCompressor = makeCompressor(*compressor);
+    {
+        // Throws for an unknown one.
+        makeInflater(*compressor);
+        mCompressor = *compressor;
+    }
     if (vtkXMLDataElement* const appended = mRoot->FindNestedElementWithName("AppendedData"))
         mAppendedIsRaw = attribute(*appended, "encoding") == "raw";
 }
@@ -305,7 +301,7 @@ void XmlValues::requireUnnamed(vtkXMLDataElement& array, std::size_t numbers)
     const auto bytes = open(array);
     const std::size_t available = remainingBytes();
     const bool text = isText(array);
-    if (numbers > available && (text || mCompressor == nullptr))
+    if (numbers > available && (text || mCompressor.empty()))
         throw Malformed("declares " + std::to_string(numbers) +
                         " numbers, more than the file can hold");
     if (numbers == 0 || text)
@@ -313,7 +309,7 @@ void XmlValues::requireUnnamed(vtkXMLDataElement& array, std::size_t numbers)
     if (numbers > static_cast<std::size_t>(-1) / bytesPerNumber)
         throw Malformed("declares more numbers than can be handled");
     const std::size_t needed = numbers * bytesPerNumber;
-    if (mCompressor != nullptr)
+    if (!mCompressor.empty())
         readBlockSizes(*bytes, needed);
     else
     {
@@ -336,22 +332,47 @@ void XmlValues::readPlain(ByteSource& bytes, std::span<std::byte> target) const
 void XmlValues::readCompressed(ByteSource& bytes, std::span<std::byte> target)
 {
     const Blocks blocks = readBlockSizes(bytes, target.size());
-    std::string complaint;
-    const auto listener = listenTo(*mCompressor, complaint);
-    std::vector<unsigned char> input;
-    auto* output = reinterpret_cast<unsigned char*>(target.data());
-    for (std::size_t block = 0; block < blocks.plain.size(); ++block)
+    const auto numThreads = static_cast<std::size_t>(omp_get_max_threads());
+    std::vector<std::unique_ptr<BlockInflater>> inflaters;
+    for (std::size_t i = 0; i < std::min(numThreads, blocks.plain.size()); ++i)
+        inflaters.push_back(makeInflater(mCompressor));
+    std::vector<std::byte> input;
+    // Successive blocks are read together, and inflated by all threads.
+    for (std::size_t first = 0; first < blocks.plain.size();)
     {
-        if (mAbortFlag)
-            throw Aborted();
-        input.resize(blocks.compressed[block]);
-        bytes.read(std::as_writable_bytes(std::span(input)));
-        const std::size_t plain = blocks.plain[block];
-        if (mCompressor->Uncompress(input.data(), input.size(), output, plain) != plain)
-            throw Malformed("the compressed data is damaged");
-        output += plain;
+        std::vector<InflatedBlock> round;
+        std::size_t inputSize = 0;
+        for (; first < blocks.plain.size() && inputSize < compressedBytesPerRound; ++first)
+        {
+            round.push_back(
+                {inputSize, blocks.compressed[first], target.subspan(0, blocks.plain[first])});
+            target = target.subspan(blocks.plain[first]);
+            inputSize += blocks.compressed[first];
+        }
+        input.resize(inputSize);
+        bytes.read(input);
+        inflate(input, round, inflaters);
     }
-    mCompressor->RemoveObserver(listener);
+}
+
+void XmlValues::inflate(std::span<const std::byte> input, std::span<const InflatedBlock> blocks,
+                        std::span<const std::unique_ptr<BlockInflater>> inflaters) const
+{
+    std::atomic<bool> isDamaged = false;
+#pragma omp parallel for schedule(dynamic) num_threads(static_cast<int>(inflaters.size()))
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+    {
+        const InflatedBlock& block = blocks[i];
+        if (mAbortFlag || isDamaged)
+            continue;
+        BlockInflater& inflater = *inflaters[static_cast<std::size_t>(omp_get_thread_num())];
+        if (!inflater.inflate(input.subspan(block.first, block.size), block.output))
+            isDamaged = true;
+    }
+    if (mAbortFlag)
+        throw Aborted();
+    if (isDamaged)
+        throw Malformed("the compressed data is damaged");
 }
 
 void XmlValues::read(vtkXMLDataElement& array, const StoredArray& target)
@@ -374,7 +395,7 @@ void XmlValues::readUnnamed(vtkXMLDataElement& array, const StoredArray& target)
     }
     const std::size_t bytesPerNumber = sizeOf(target.precision);
     const std::span memory(target.data, target.numbers() * bytesPerNumber);
-    if (mCompressor != nullptr)
+    if (!mCompressor.empty())
     {
         readCompressed(*bytes, memory);
     }

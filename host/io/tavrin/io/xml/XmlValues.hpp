@@ -3,13 +3,13 @@
 #include <tavrin/io/ByteSource.hpp>
 #include <tavrin/io/InputFile.hpp>
 #include <tavrin/io/StoredArray.hpp>
+#include <tavrin/io/xml/BlockInflater.hpp>
 
 #include <vtkSmartPointer.h>
 
 #include <optional>
 #include <string>
 
-class vtkDataCompressor;
 class vtkXMLDataElement;
 class vtkXMLDataParser;
 
@@ -65,7 +65,16 @@ private:
     std::size_t remainingBytes();
     std::size_t readHeaderNumber(ByteSource& bytes) const;
     Blocks readBlockSizes(ByteSource& bytes, std::size_t neededBytes);
+    /// A block in the memory of a round, and where it is inflated to.
+    struct InflatedBlock
+    {
+        std::size_t first;
+        std::size_t size;
+        std::span<std::byte> output;
+    };
     void readCompressed(ByteSource& bytes, std::span<std::byte> target);
+    void inflate(std::span<const std::byte> input, std::span<const InflatedBlock> blocks,
+                 std::span<const std::unique_ptr<BlockInflater>> inflaters) const;
     void readPlain(ByteSource& bytes, std::span<std::byte> target) const;
 
     std::ifstream mStream;
@@ -73,7 +82,8 @@ private:
     const volatile bool& mAbortFlag;
     vtkSmartPointer<vtkXMLDataParser> mParser;
     vtkXMLDataElement* mRoot = nullptr;
-    vtkSmartPointer<vtkDataCompressor> mCompressor;
+    /// Empty where arrays are not compressed.
+    std::string mCompressor;
     bool mIsBigEndian = false;
     std::size_t mHeaderNumberBytes = 4;
     bool mAppendedIsRaw = false;
