@@ -1,5 +1,6 @@
 #include "ArrowPainter.hpp"
 
+#include "Rim.hpp"
 #include "ViewUniforms.hpp"
 
 #include <algorithm>
@@ -106,18 +107,19 @@ ArrowPainter::Level& ArrowPainter::levelFor(const ArrowGlyph& arrow, double widt
 std::optional<ArrowPainter::Candidate> ArrowPainter::candidateFor(const ArrowGlyph& arrow,
                                                                   const Sight& sight)
 {
-    const auto& [placement, camera, tile, pass] = sight;
+    const auto& [placement, camera, style, tile, pass] = sight;
     const std::uint8_t alpha = byteOf(arrow.color.alpha);
     if (alpha == 0 || (alpha < 255) != (pass == Pass::OnlyTransparent))
         return {};
     const Position start = placement(arrow.start);
     const Position direction = placement.scale * arrow.direction;
     const double width = placement.scale * std::abs(arrow.width);
-    const Instance instance{.start = narrowed(start),
-                            .direction = narrowed(direction),
-                            .width = static_cast<float>(width),
-                            .color = {byteOf(arrow.color.red), byteOf(arrow.color.green),
-                                      byteOf(arrow.color.blue), alpha}};
+    const Color color = arrow.tube ? tubeColorFor(arrow.color, style) : arrow.color;
+    const Instance instance{
+        .start = narrowed(start),
+        .direction = narrowed(direction),
+        .width = static_cast<float>(width),
+        .color = {byteOf(color.red), byteOf(color.green), byteOf(color.blue), alpha}};
     if (!isFinite(instance.start) || !isFinite(instance.direction) ||
         !std::isfinite(instance.width))
         return {};
@@ -230,7 +232,7 @@ void ArrowPainter::paint(const ArrowBatch& batch, const PictureLayout& layout, R
     glEnable(GL_CULL_FACE);
 
     const auto& arrows = batch.arrows();
-    const Sight sight{layout.extent().placement, camera, tile, pass};
+    const Sight sight{layout.extent().placement, camera, layout.style(), tile, pass};
     mCoarseness = std::max(1.0, std::sqrt(static_cast<double>(arrows.size()) / fewArrows));
     const Crowd crowd = crowdOf(arrows, sight);
     if (crowd.isDense)

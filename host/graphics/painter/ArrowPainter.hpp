@@ -63,6 +63,7 @@ private:
     {
         const Placement& placement;
         const Camera& camera;
+        const Style& style;
         const Frame& tile;
         Pass pass;
     };

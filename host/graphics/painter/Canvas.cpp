@@ -52,6 +52,8 @@ Canvas::Canvas(std::size_t width, std::size_t height, const Style& style,
     if (mFormat == PictureFormat::Pdf)
         cairo_scale(mContext.get(), pointsPerPixel, pointsPerPixel);
     cairo_set_line_join(mContext.get(), CAIRO_LINE_JOIN_MITER);
+    // Rims of sharp tips end bluntly.
+    cairo_set_miter_limit(mContext.get(), 3.0);
     if (style.background.alpha > 0.0F)
     {
         useColor(style.background);

@@ -51,8 +51,10 @@ struct FlatGlyph
     {
         const auto bytesOf = [](const Color& from)
         {
-            const auto byte = [](float part)
-            { return static_cast<std::uint8_t>(std::clamp(part, 0.0F, 1.0F) * 255.0F + 0.5F); };
+            const auto byte = [](float part) {
+                return static_cast<std::uint8_t>(
+                    std::lround(std::clamp(part, 0.0F, 1.0F) * 255.0F));
+            };
             return Bytes{byte(from.red), byte(from.green), byte(from.blue)};
         };
         std::ranges::transform(

@@ -22,6 +22,10 @@ struct Rim
 /// The contrast of two colors, 1 to 21: Web Content Accessibility Guidelines 2.1, with a gamma of 2.2.
 double contrastOf(const Color& a, const Color& b);
 
+/// The color of a tube: brighter than its own on a dark background from which it would not stand out.
+/// Shading darkens tubes, so that they stand out from every bright background.
+Color tubeColorFor(const Color& color, const Style& style);
+
 /// Glyphs that cover the picture more often have no inner rims.
 constexpr double mostCoverWithInnerRims = 1.5;
 

@@ -103,11 +103,12 @@ private:
     {
         // A dark line separates tubes that overlap.
         constexpr float rimBrightness = 0.55F;
-        const Color rim = dimmed(arrow.color, rimBrightness);
+        const Color color = tubeColorFor(arrow.color, mStyle);
+        const Color rim = dimmed(color, rimBrightness);
         for (const auto& part : mProjector.tube(arrow))
         {
             mCanvas.outlinePolygon(part.corners, rim, 0.8 * mStyle.unit);
-            mCanvas.fillPolygon(part.corners, dimmed(arrow.color, part.brightness));
+            mCanvas.fillPolygon(part.corners, dimmed(color, part.brightness));
         }
     }
 

@@ -197,10 +197,14 @@ public:
             return {mCandidates.front()};
         // Extents of several magnitudes need steps of ratios.
         double tooFine = coarse * 1e-12;
-        for (int i = 0; i < numBisections; ++i)
+        std::size_t numChosen = 0;
+        for (int i = 0; i < numBisections && numChosen < closeEnough(maximum); ++i)
         {
             const double middle = std::sqrt(tooFine * coarse);
-            (hasAtMost(maximum, middle) ? coarse : tooFine) = middle;
+            const std::size_t numCubes = countCubes(middle, maximum);
+            (numCubes <= maximum ? coarse : tooFine) = middle;
+            if (numCubes <= maximum)
+                numChosen = numCubes;
         }
         return elementsAt(coarse);
     }
@@ -227,13 +231,17 @@ private:
         return cube;
     }
 
-    bool hasAtMost(std::size_t maximum, double size) const
+    /// The number of samples with which the search for a size ends.
+    static std::size_t closeEnough(std::size_t maximum) { return maximum - maximum / 50; }
+
+    /// The number of cubes of a size with samples, of which at most `maximum` + 1 are counted.
+    std::size_t countCubes(double size, std::size_t maximum) const
     {
         std::unordered_set<Cube, CubeHash> cubes;
         for (const Position& position : mPositions)
             if (cubes.insert(cubeOf(position, size)).second && cubes.size() > maximum)
-                return false;
-        return true;
+                break;
+        return cubes.size();
     }
 
     Indices elementsAt(double size) const
