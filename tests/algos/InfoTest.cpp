@@ -222,6 +222,72 @@ TEST_F(InfoTest, ReportsAtFullPrecision)
     EXPECT_EQ(run.results(), expected);
 }
 
+TEST_F(InfoTest, ReportsTheSameOfEveryValueType)
+{
+    using Types =
+        TypeList<Scalar, Vector1, Vector2, Vector3, Vector4, Matrix1, Matrix2, Matrix3, Matrix4>;
+    const auto namesOf = [](const ReportValue::Members& members)
+    {
+        std::vector<std::string> names;
+        for (const ReportMember& member : members)
+            names.push_back(member.name);
+        return names;
+    };
+    const auto numbersIn = [](const ReportValue::Members& members, std::size_t member)
+    { return std::get<ReportValue::Numbers>(members[member].value.content()); };
+    visitTypes<Types>(
+        [&]<typename T>()
+        {
+            // A value outside, one that is not a number, an infinite one, and 1 and 2.
+            std::vector<T> values(5);
+            for (std::size_t i = 0; i < values.size(); ++i)
+                values[i][T::size - 1] = static_cast<double>(i) - 2.0;
+            values[1][T::size - 1] = nan;
+            values[2][T::size - 1] = -std::numeric_limits<double>::infinity();
+            const auto mask = std::make_shared<ValidityMask>(ValidityMask{0, 1, 1, 1, 1});
+            const auto field =
+                addData(std::shared_ptr<const Domain>(lineOf(5)), PointSetBase::Points, values,
+                        Precision::Float64, {}, "f", mask);
+            SCOPED_TRACE(valueTypeName<T>());
+            const ReportMember counts{"counts",
+                                      {{"values", std::size_t{4}},
+                                       {"invalid", std::size_t{1}},
+                                       {"notANumber", std::size_t{1}},
+                                       {"infinite", std::size_t{1}}}};
+            static_cast<void>(reportOf(field, true, true));
+            const auto all = run.results();
+            EXPECT_EQ(namesOf(all),
+                      (std::vector<std::string>{"box", "minimum", "maximum", "median", "counts"}));
+            for (const std::size_t extreme : {1, 2})
+            {
+                EXPECT_EQ(namesOf(*all[extreme].value.members()),
+                          (std::vector<std::string>{"norm", "value", "index", "position"}));
+                EXPECT_EQ(numbersIn(*all[extreme].value.members(), 1).size(), T::size);
+                EXPECT_EQ(numbersIn(*all[extreme].value.members(), 3).size(), 1U);
+            }
+            EXPECT_EQ(numbersIn(*all[3].value.members(), 0).size(), T::size);
+            EXPECT_EQ(all[4], counts);
+            static_cast<void>(reportOf(field, false, true));
+            EXPECT_EQ(namesOf(run.results()),
+                      (std::vector<std::string>{"box", "median", "counts"}));
+            EXPECT_EQ(run.results()[2], counts);
+            static_cast<void>(reportOf(field, true, false));
+            EXPECT_EQ(namesOf(run.results()),
+                      (std::vector<std::string>{"box", "minimum", "maximum", "counts"}));
+            return false;
+        });
+    const auto outside = std::make_shared<ValidityMask>(ValidityMask{0, 0});
+    static_cast<void>(
+        statisticsOf(addData(std::shared_ptr<const Domain>(lineOf(2)), PointSetBase::Points,
+                             std::vector<Scalar>(2), Precision::Float64, {}, "f", outside),
+                     true, true));
+    EXPECT_EQ(run.results(), (ReportValue::Members{{"counts",
+                                                    {{"values", std::size_t{0}},
+                                                     {"invalid", std::size_t{2}},
+                                                     {"notANumber", std::size_t{0}},
+                                                     {"infinite", std::size_t{0}}}}}));
+}
+
 TEST_F(InfoTest, AnAbortEndsAMedianInTheMiddle)
 {
     // The flag is set by the progress report, which is opened after the list is filled.

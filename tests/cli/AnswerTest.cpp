@@ -273,7 +273,7 @@ TEST(Help, ExamplesWork)
     const Workshop workshop;
     int examples = 0;
     for (const char* const command :
-         {"list", "describe", "info", "run", "examples", "completion", "man"})
+         {"list", "describe", "info", "run", "pipeline", "schema", "examples", "completion", "man"})
         for (const std::string& line :
              linesOf(answerOf(workshop, "tavrin " + std::string(command) + " --help")))
             if (line.starts_with("  tavrin "))

@@ -82,7 +82,7 @@ TEST(Info, TellsOnlyTheNormOfWideVectors)
         ">w.csv; tavrin info w.csv --stats | tail -3");
     EXPECT_EQ(outcome.standardOutput.substr(0, 5), "ARRAY");
     EXPECT_NE(outcome.standardOutput.find("norm"), std::string::npos);
-    EXPECT_NE(outcome.standardOutput.find("w has 242 components; only its norm is told.\n"),
+    EXPECT_NE(outcome.standardOutput.find("w has 242 components; only its norm is shown.\n"),
               std::string::npos);
 }
 

@@ -238,11 +238,13 @@ TEST(ExampleData, IsWrittenSmallAndReadWithoutNamingAnArray)
     const TemporaryFolder temporary;
     const std::filesystem::path folder = temporary / "new/folder";
     const auto files = writeExamples(folder, ExistingFiles::Refuse, neverAbort);
-    EXPECT_EQ(files.size(), 7U);
+    EXPECT_EQ(files.size(), 9U);
     io::Loader loader([](const std::string& line) { ADD_FAILURE() << line; }, neverAbort);
     for (const ExampleFile& file : files)
     {
         SCOPED_TRACE(file.name);
+        if (file.name.ends_with(".yaml"))
+            continue;
         io::DataReference reference;
         reference.file = folder / file.name;
         EXPECT_NE(loader.loadFunction(reference), nullptr);

@@ -2,6 +2,9 @@
 
 #include <support/smallData.hpp>
 
+#include <tavrin/domain/CurvilinearGrid.hpp>
+#include <tavrin/domain/RectilinearGrid.hpp>
+#include <tavrin/domain/UniformGrid.hpp>
 #include <tavrin/domain/UnstructuredGrid.hpp>
 #include <tavrin/location/ShapeFunctions.hpp>
 #include <tavrin/location/locatorOf.hpp>
@@ -123,6 +126,36 @@ Points<D> distortedCell(CellType type, double distortion, std::mt19937& random)
         vertices.push_back(firstCoordinates<D>({moved[0], moved[1], moved[2]}));
     }
     return vertices;
+}
+
+/// One grid of n points per axis of the same box, as every kind of grid.
+inline std::vector<Grid<3>> sameGrids(std::size_t n, const Vector3& origin, const Vector3& spacing)
+{
+    const auto uniform = std::make_shared<UniformGrid<3>>(UniformGrid<3>::Layout{
+        .size = {n, n, n}, .origin = origin, .spacing = spacing, .firstIndex = {3, 0, -2}});
+    const auto turned = std::make_shared<UniformGrid<3>>(
+        UniformGrid<3>::Layout{.size = {n, n, n},
+                               .origin = origin,
+                               .spacing = {-spacing[0], spacing[1], spacing[2]},
+                               .firstIndex = {3, 0, -2},
+                               .direction = {-1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}});
+    RectilinearGrid<3>::Coordinates coordinates;
+    Mesh<3> mesh;
+    for (std::size_t i = 0; i < uniform->numPoints(); ++i)
+        mesh.points.push_back(uniform->point(i));
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        for (std::size_t i = 0, step = axis == 0 ? 1 : axis == 1 ? n : n * n; i < n; ++i)
+            coordinates[axis].push_back(mesh.points[i * step][axis]);
+    for (std::size_t i = 0; i < uniform->numCells(); ++i)
+    {
+        const Cell cell = uniform->cell(i);
+        const auto indices = cell.pointIndices();
+        mesh.addCell(CellType::Hexahedra,
+                     std::vector<std::int64_t>(indices.begin(), indices.end()));
+    }
+    return {uniform, turned, std::make_shared<RectilinearGrid<3>>(coordinates),
+            std::make_shared<CurvilinearGrid<3>>(uniform->size(), stored(mesh.points)),
+            mesh.grid()};
 }
 
 }

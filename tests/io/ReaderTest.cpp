@@ -397,12 +397,11 @@ TEST_F(Reader, TakesOneComponentOfAnArray)
         EXPECT_EQ(valuesOf<Scalar>(*function)[1][0], second) << text;
     }
     EXPECT_EQ(usageErrorOf("a.vti#v?component=u"),
-              "a.vti: \"v\" has 3 components, 0 to 2, and no \"u\"; there are \"x\", \"y\", \"z\"");
-    EXPECT_EQ(
-        usageErrorOf("a.vti#named?component=radal"),
-        "a.vti: \"named\" has 3 components, 0 to 2, and no \"radal\"; did you mean \"Radial\"?");
+              "a.vti: \"v\" has no component \"u\"; there are \"x\", \"y\", \"z\"");
+    EXPECT_EQ(usageErrorOf("a.vti#named?component=radal"),
+              "a.vti: \"named\" has no component \"radal\"; did you mean \"Radial\"?");
     EXPECT_EQ(usageErrorOf("a.vti#odd?component=7"),
-              "a.vti: \"odd\" has 7 components, 0 to 6, and no \"7\"");
+              "a.vti: \"odd\" has no component \"7\"; they are numbered 0 to 6");
 }
 
 TEST_F(Reader, ReadsSixComponentsInTheOrderOfTheFile)

@@ -194,8 +194,9 @@ TEST_F(Table, SaysWhereItIsWrong)
               "bad.csv: line 4: column 2, \"p q\": \"4 m\" is not a number");
     EXPECT_EQ(complaint("x;p\n1;2,5\n"),
               "bad.csv: line 2: column 2, \"p\": \"2,5\" is not a number");
-    EXPECT_EQ(complaint("1,2\n3,4\n"),
-              "bad.csv: line 1 holds numbers; the names of the columns have to stand before them");
+    EXPECT_EQ(
+        complaint("1,2\n3,4\n"),
+        "bad.csv: line 1 holds numbers; a header line with the names of the columns is missing");
     EXPECT_EQ(complaint("# nothing\n\n"), "bad.csv: holds no table");
     EXPECT_EQ(complaint("time,x,p\nnan,1,1\n"), "bad.csv: row 1 has no finite time");
     EXPECT_EQ(complaint("x,p\n,1\n"), "bad.csv: 1 point has coordinates that are not finite");

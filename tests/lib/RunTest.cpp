@@ -130,7 +130,7 @@ TEST(AlgorithmRun, SaysWhatWasAskedWrongly)
     const auto bundle = std::make_shared<DataObjectBundle>(
         DataObjectBundle::Members{lineOf(2), lineOf(2), lineOf(2)});
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Grid", bundle); }),
-              "option \"Grid\": it takes a grid or point set, not this object");
+              "option \"Grid\": it takes a grid or point set, not a bundle of 3 objects");
     EXPECT_EQ(errorOf<usage_error>([&] { run.connect("Bundle", bundle); }),
               "option \"Bundle\": it does not take a bundle of 3 objects");
     run.connect("Bundle", lineOf(2));

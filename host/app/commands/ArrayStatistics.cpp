@@ -18,11 +18,11 @@ constexpr std::size_t valuesPerBlock = 512;
 /// Blocks that one thread works through at a time, so that threads seldom meet.
 constexpr int blocksAtOnce = 64;
 
-/// Vectors with more components than any matrix are told by their norm alone.
+/// For values with more components than any matrix has, only the norm is examined.
 constexpr std::size_t maximumComponents = 16;
 
 template<typename T>
-inline constexpr std::size_t toldComponents = T::size <= maximumComponents ? T::size : 0;
+inline constexpr std::size_t examinedComponents = T::size <= maximumComponents ? T::size : 0;
 
 /// The number of values whose components have sums of their own, for vector code.
 constexpr std::size_t lanes = 4;
@@ -71,7 +71,7 @@ TAVRIN_FOR_SEVERAL_PROCESSORS void addNumbers(const double* numbers, std::size_t
 template<typename T>
 struct BlockStatistics
 {
-    std::array<NumberStatistics, toldComponents<T>> components;
+    std::array<NumberStatistics, examinedComponents<T>> components;
     NumberStatistics norm;
 
     void add(const BlockStatistics& other)
@@ -85,7 +85,7 @@ struct BlockStatistics
     {
         if (values.empty())
             return;
-        if constexpr (toldComponents<T> > 0)
+        if constexpr (examinedComponents<T> > 0)
             addNumbers<T::size>(values.front().begin(), values.size(), components.data());
         if constexpr (T::rank > 0)
         {
@@ -144,13 +144,14 @@ BlockStatistics<T> stepStatistics(const ValueArray<T>& values, std::span<const s
     return all;
 }
 
-/// The components of a value that are told, by their names. A symmetric matrix is stored as six.
+/// Names and indices of the components that are examined. A matrix that is stored as six components is
+/// symmetric, and its upper half is enough.
 template<typename T>
 std::vector<std::pair<std::string, std::size_t>> componentsOf(std::size_t stored)
 {
     const std::string axes = "xyzw";
     std::vector<std::pair<std::string, std::size_t>> components;
-    for (std::size_t c = 0; c < toldComponents<T>; ++c)
+    for (std::size_t c = 0; c < examinedComponents<T>; ++c)
     {
         if constexpr (T::rank == 2)
         {
@@ -178,13 +179,13 @@ void addFunction(const Function<T>& function, ArrayStatistics& result,
         const BlockStatistics<T> found = stepStatistics(*values, mask, abortFlag);
         result.values += values->size();
         result.invalid += static_cast<std::size_t>(std::ranges::count(mask, 0));
-        const auto told = componentsOf<T>(result.array.components);
-        result.components.resize(told.size());
-        result.componentNames.resize(told.size());
-        for (std::size_t i = 0; i < told.size(); ++i)
+        const auto examined = componentsOf<T>(result.array.components);
+        result.components.resize(examined.size());
+        result.componentNames.resize(examined.size());
+        for (std::size_t i = 0; i < examined.size(); ++i)
         {
-            result.componentNames[i] = told[i].first;
-            result.components[i].add(found.components[told[i].second]);
+            result.componentNames[i] = examined[i].first;
+            result.components[i].add(found.components[examined[i].second]);
         }
         if constexpr (T::rank > 0)
         {

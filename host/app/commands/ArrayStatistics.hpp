@@ -8,7 +8,7 @@
 namespace tavrin::app
 {
 
-/// What some numbers have in common. Bounds and mean are those of the finite ones.
+/// Bounds, mean and counts of numbers. Bounds and mean are those of the finite ones.
 struct NumberStatistics
 {
     double least = std::numeric_limits<double>::infinity();
@@ -33,11 +33,11 @@ struct ArrayStatistics
     std::size_t steps = 0;
     std::size_t values = 0;
     std::size_t invalid = 0;
-    /// One for each component; for a symmetric matrix of six components those. Empty for vectors with
-    /// many components, of which only the norm is told.
+    /// The statistics of each component. A matrix that is stored as six components has six. Empty for
+    /// vectors with many components, which have statistics of the norm only.
     std::vector<std::string> componentNames;
     std::vector<NumberStatistics> components;
-    /// Nothing for scalars.
+    /// Not set for scalars.
     std::optional<NumberStatistics> norm;
 };
 

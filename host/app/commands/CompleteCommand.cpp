@@ -36,7 +36,8 @@ void prepareProcess(Console& console)
     alarm(secondsAtMost);
 }
 
-bool isShorterThan(const std::string& typed, const std::string& text)
+/// Whether a text begins with what was typed, in any letter case.
+bool beginsWith(std::string_view text, std::string_view typed)
 {
     return typed.size() <= text.size() && std::equal(typed.begin(), typed.end(), text.begin(),
                                                      [](unsigned char a, unsigned char b) {
@@ -52,7 +53,7 @@ bool loseTypedText(const std::vector<std::string>& texts, std::string_view typed
     for (const std::string& text : texts)
         common.resize(
             static_cast<std::size_t>(std::ranges::mismatch(common, text).in1 - common.begin()));
-    return texts.size() > 1 && !common.empty() && !isShorterThan(std::string(typed), common);
+    return texts.size() > 1 && !common.empty() && !beginsWith(common, typed);
 }
 
 std::string bashAnswer(const Candidates& candidates, const TypedWord& typed)
@@ -88,11 +89,17 @@ std::string describedLine(const std::string& text, const Candidate& candidate)
 
 std::string zshAnswer(const Candidates& candidates, const TypedWord& typed)
 {
+    const std::string endOfQuote(typed.quote == 0 ? 0 : 1, typed.quote);
+    std::vector<std::string> plainTexts;
     std::string answer;
     for (const Candidate& candidate : candidates)
         if (const std::string text = typed.replacement(candidate.word, ""); !text.empty())
-            answer += describedLine(text + (candidate.isWhole ? " " : ""), candidate);
-    return answer;
+        {
+            answer += describedLine(text + (candidate.isWhole ? endOfQuote + ' ' : ""), candidate);
+            plainTexts.push_back(candidate.word.substr(typed.kept));
+        }
+    // An empty candidate tells the script to insert nothing.
+    return loseTypedText(plainTexts, typed.replaced()) ? answer + "\t\n" : answer;
 }
 
 /// This shell quotes the candidates itself.

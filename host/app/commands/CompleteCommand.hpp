@@ -19,7 +19,8 @@ bool isCompletion(int argc, const char* const* argv);
 ///                                                     without quotes and the name of the program
 ///
 /// Candidates for bash and zsh are quoted, and end with a blank where the word ends. For zsh and fish
-/// a tab and a description follow. Prints no message and ends after a few seconds, whatever happens.
+/// a tab and a description follow. A blank candidate for bash, or an empty one for zsh, says that the
+/// common beginning of the others must not replace what was typed. Prints no message and ends after a few seconds, whatever happens.
 void complete(int argc, const char* const* argv, const Program& program, Console& console);
 
 }

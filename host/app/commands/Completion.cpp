@@ -27,17 +27,22 @@ using Option = AlgorithmDescription::Option;
 using Output = AlgorithmDescription::Output;
 using Texts = std::vector<std::string>;
 
-/// The part of a command's usage for the word at an index, such as "FILE". What is repeated, as in
-/// "ALGORITHM [NAME=VALUE]...", stands for all words from there. Empty where no word is expected.
+/// The part of a command's usage for the word at an index, such as "FILE", without the brackets of an
+/// optional part. What is repeated, as in "ALGORITHM [NAME=VALUE]...", stands for all words from there.
+/// Empty where no word is expected.
 std::string placeholderAt(std::size_t index, const std::string& usage)
 {
     std::size_t first = 0;
     for (;; --index)
     {
         const std::size_t end = std::min(usage.find(' ', first), usage.size());
-        const std::string part = usage.substr(first, end - first);
-        if (index == 0 || part.ends_with("..."))
-            return part;
+        std::string part = usage.substr(first, end - first);
+        const bool isRepeated = part.ends_with("...");
+        if (index == 0 || isRepeated)
+        {
+            part.resize(part.size() - (isRepeated ? 3 : 0));
+            return part.starts_with('[') ? part.substr(1, part.size() - 2) : part;
+        }
         if (end == usage.size())
             return {};
         first = end + 1;
@@ -195,11 +200,11 @@ Candidates Completion::commandCandidates(const std::string& typed) const
 Candidates Completion::wordCandidates(const std::string& typed)
 {
     const std::string placeholder = placeholderAt(mWords.size(), mCommand->text.words);
-    if (placeholder == "[COMMAND]")
+    if (placeholder == "COMMAND")
         return commandCandidates(typed);
     if (placeholder == "ALGORITHM")
         return algorithmCandidates(typed);
-    if (placeholder == "[NAME=VALUE]...")
+    if (placeholder == "NAME=VALUE")
         return assignmentCandidates(typed);
     if (placeholder == "FILE")
         return referenceCandidates(typed, false, mSession.abortFlag);

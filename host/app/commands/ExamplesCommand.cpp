@@ -18,7 +18,7 @@ public:
     explicit ExamplesCommand(CLI::App& program)
         : Command(program, {.name = "examples",
                             .words = "FOLDER",
-                            .summary = "Writes example data sets made from formulas",
+                            .summary = "Writes example data sets made from formulas, and pipelines",
                             .details = "The folder is created if it does not exist. An existing "
                                        "file is never replaced unless --force is given.",
                             .examples = {{"tavrin examples .",

@@ -215,7 +215,7 @@ std::string statisticsTable(const std::vector<ArrayStatistics>& all, std::size_t
     {
         addRows(statistics, numSteps, rows);
         if (statistics.components.empty())
-            notes += fmt::format("{} has {} components; only its norm is told.\n",
+            notes += fmt::format("{} has {} components; only its norm is shown.\n",
                                  oneLine(statistics.array.name), statistics.array.components);
     }
     if (numSteps == 1)
@@ -276,11 +276,12 @@ public:
                    "components [{minimum, maximum, mean, finite, notANumber, infinite, name}], norm}, "
                    "where norm is like a component, and null for scalars. With --times there is times, "
                    "the set expression.",
-               .examples = {{"tavrin info flow.vtu", "The grid of a file and its arrays."},
-                            {"tavrin info run.pvd --stats", "The ranges of all arrays over time."},
-                            {"tavrin run sample Field=run.pvd#U Grid=g.vtu "
-                             "\"Time=$(tavrin info run.pvd --times)\" -o out.pvd",
-                             "All time steps of a series on another grid."}}})
+               .examples = {
+                   {"tavrin info flow.vtu", "The grid of a file and its arrays."},
+                   {"tavrin info double_gyre.pvd --stats", "The ranges of all arrays over time."},
+                   {"tavrin run sample Field=double_gyre.pvd Grid=@line:0.5,0:0.5,1:50 "
+                    "\"Time=$(tavrin info double_gyre.pvd --times)\" -o profile.csv",
+                    "A profile at all time steps of a series."}}})
     {
         syntax().add_flag("--json", mWantsJson, "prints JSON");
         syntax().add_flag("--stats", mWantsStatistics,

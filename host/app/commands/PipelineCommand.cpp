@@ -39,11 +39,14 @@ public:
                    "--report writes an object with formatVersion and steps, a list of what \"run\" "
                    "reports, with an id each; with \"for\" it is a list of such objects, with time or "
                    "variables {name: value} each.",
-               .examples = {{"tavrin pipeline difference.yaml --set a=run1.vtu --set b=run2.vtu",
-                             "The difference of two runs, by a pipeline of \"tavrin examples\"."},
-                            {"tavrin pipeline difference.yaml --set a=run1.vtu --set b=run2.vtu "
-                             "--dry-run",
-                             "What this would do."}}})
+               .examples = {
+                   {"tavrin pipeline von_mises.yaml --set stress=plate_with_hole.vts "
+                    "--set array=stress",
+                    "The von Mises equivalent of a stress, by a pipeline of \"tavrin "
+                    "examples\"."},
+                   {"tavrin pipeline difference.yaml --set a=flow.vtu --set b=abc_flow.vti "
+                    "--dry-run",
+                    "What another pipeline would do."}}})
     {
         syntax()
             .add_option("--set", mSettings, "sets a variable; repeatable")

@@ -17,19 +17,19 @@ class SchemaCommand final : public Command
 {
 public:
     explicit SchemaCommand(CLI::App& program)
-        : Command(
-              program,
-              {.name = "schema",
-               .words = "[NAME]",
-               .summary = "Prints a JSON schema of pipelines, or of what the program prints",
-               .details = "Without NAME, or for \"pipeline\", the schema describes pipeline files, "
-                          "with the options of all algorithms. The other names are " +
-                          joined(outputSchemaNames(), ", ") +
-                          ": what --json prints for these commands, and what --report writes. "
-                          "The JSON carries a formatVersion, which grows when the meaning of a "
-                          "part changes or a part is removed.",
-               .examples = {{"tavrin schema", "For the check of pipelines in an editor."},
-                            {"tavrin schema report", "For programs that read reports."}}})
+        : Command(program,
+                  {.name = "schema",
+                   .words = "[pipeline|" + joined(outputSchemaNames(), "|") + "]",
+                   .summary = "Prints a JSON schema of pipelines, or of what the program prints",
+                   .details =
+                       "Without a name, or for \"pipeline\", the schema describes pipeline files, "
+                       "with the options of all algorithms. The other names are " +
+                       joined(outputSchemaNames(), ", ") +
+                       ": what --json prints for these commands, and what --report writes. "
+                       "The JSON carries a formatVersion, which grows when the meaning of a "
+                       "part changes or a part is removed.",
+                   .examples = {{"tavrin schema", "For the check of pipelines in an editor."},
+                                {"tavrin schema report", "For programs that read reports."}}})
     {
     }
 

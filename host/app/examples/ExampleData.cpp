@@ -1,7 +1,9 @@
 #include "ExampleData.hpp"
 
 #include "ExampleFields.hpp"
+#include "ExamplePipelines.hpp"
 
+#include <tavrin/io/OutputFile.hpp>
 #include <tavrin/io/Writer.hpp>
 
 #include <array>
@@ -51,6 +53,8 @@ void refuseExisting(const std::filesystem::path& folder)
         if (file.extension() == ".pvd")
             refuse(std::filesystem::path(file).replace_extension());
     }
+    for (const auto& pipeline : examples::examplePipelines())
+        refuse(folder / pipeline.file);
 }
 
 }
@@ -65,12 +69,19 @@ std::vector<ExampleFile> writeExamples(const std::filesystem::path& folder, Exis
     if (error)
         throw io::FileError(folder, error.message());
     std::vector<ExampleFile> files;
-    files.reserve(dataSets.size());
+    files.reserve(dataSets.size() + examples::examplePipelines().size());
     for (const DataSet& set : dataSets)
     {
         const examples::Field field = set.make();
         io::writeFunction(*field, field->name(), folder / set.file, abortFlag);
         files.push_back({set.file, set.description});
+    }
+    for (const auto& [file, description, text] : examples::examplePipelines())
+    {
+        io::OutputFile output(folder / file, abortFlag);
+        output.stream() << text;
+        output.publish();
+        files.push_back({file, description});
     }
     return files;
 }

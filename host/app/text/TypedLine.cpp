@@ -46,7 +46,8 @@ std::string TypedWord::replacement(const std::string& candidate, std::string_vie
     for (std::size_t i = kept; i < candidate.size(); ++i)
     {
         // The shell replaces a tilde by the home folder only if it is not quoted.
-        const bool isHome = i == kept && quote == 0 && replaced().starts_with('~');
+        const bool isHome = quote == 0 && i < plain.size() && candidate[i] == '~' &&
+                            (i == kept || candidate[i - 1] == '=');
         const bool isHarmless = i > 0 && harmless.find(candidate[i]) != std::string_view::npos;
         text += isHome || isHarmless ? std::string(1, candidate[i]) : quoted(candidate[i], quote);
     }

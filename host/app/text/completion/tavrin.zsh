@@ -6,6 +6,10 @@ _tavrin()
     local -a candidates descriptions
     for line in "${(@f)$("${(Q)words[1]/#\~\//$HOME/}" complete zsh "$QIPREFIX$PREFIX" "${(@Q)words[2,CURRENT-1]}" 2>/dev/null)}"; do
         [[ -n $line ]] || continue
+        if [[ $line == $'\t' ]]; then
+            compstate[insert]= compstate[list]=list
+            continue
+        fi
         candidates+=("${line%%$'\t'*}")
         descriptions+=("${${line%%$'\t'*}% }${${line#*$'\t'}:+  -- ${line#*$'\t'}}")
     done

@@ -104,9 +104,11 @@ ArrayReading readComponent(const DataFile::Array& array, const DataReference& re
     if (!index || *index >= array.components)
     {
         const bool isNamed = !array.componentNames.empty() && !array.componentNames.front().empty();
-        throw usage_error(describe(array) + ", 0 to " + std::to_string(array.components - 1) +
-                          ", and no \"" + wanted + "\"" +
-                          suggestionFor(wanted, isNamed ? array.componentNames : usual));
+        const Names& names = isNamed ? array.componentNames : usual;
+        throw usage_error("\"" + array.name + "\" has no component \"" + wanted + "\"" +
+                          (names.empty()
+                               ? "; they are numbered 0 to " + std::to_string(array.components - 1)
+                               : suggestionFor(wanted, names)));
     }
     const auto nameIn = [&](const Names& names)
     { return *index < names.size() ? names[*index] : std::string(); };

@@ -54,8 +54,8 @@ struct TAVRIN_API DataReference
     std::optional<double> time;
     /// `block=NAME` or `block=0`: one block of a multi-block file, by its name or its number.
     std::optional<std::string> block;
-    /// `reach=R`: cells of a lower dimension than the grid also have the positions within this
-    /// distance of them.
+    /// `reach=R`: positions beside a surface or line get its nearest value up to this distance, in the
+    /// unit of the coordinates.
     std::optional<double> reach;
 
     /// Whether a key or the name chooses an array or what is read of it.

@@ -271,7 +271,8 @@ template<std::size_t D>
 bool CellGeometry<D>::touches(const Position& position, Reference& at) const
 {
     const auto closest = closestPoint<D>(mType, mVertices, position, 3.0 * largestRounding());
-    if (!closest || closest->distance > 3.0 * roundingAt(closest->at))
+    if (!closest || closest->distance > 3.0 * roundingAt(closest->at) ||
+        !bounds().contains(position))
         return false;
     at = closest->at;
     return true;

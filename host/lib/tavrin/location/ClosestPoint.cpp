@@ -130,9 +130,7 @@ void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type, c
                const Tensor<double, D>& target, Closest<D>& closest)
 {
     constexpr int maximumSteps = 40;
-    constexpr double shortestStep = 1e-12;
-    // Close to the minimum the distance hardly changes, and its rounding must not end the search.
-    constexpr double noise = 1.0 + 4.0 * std::numeric_limits<double>::epsilon();
+    constexpr double rounding = 4.0 * std::numeric_limits<double>::epsilon();
     std::array<Tensor<double, D>, N> derivatives;
     Tensor<double, D> offset = patch.template evaluate<N>(at, derivatives) - target;
     double damping = 1e-4;
@@ -169,12 +167,13 @@ void offerNear(Reference at, const std::array<bool, N>& isHeld, CellType type, c
             next[axis] = std::clamp(at[axis] + change[axis], 0.0, 1.0);
             length = std::max(length, std::abs(next[axis] - at[axis]));
         }
-        // False for steps that are not a number, too.
-        if (!(length > shortestStep))
+        // Ends with steps that rounding causes, and with those that are not a number.
+        if (!(length > rounding * (1.0 + norm(offset) / std::sqrt(largest))))
             break;
         std::array<Tensor<double, D>, N> slopes;
         const Tensor<double, D> trial = patch.template evaluate<N>(next, slopes) - target;
-        if (dot(trial, trial) <= noise * dot(offset, offset))
+        // Close to the minimum the distance changes by less than its rounding.
+        if (dot(trial, trial) <= (1.0 + rounding) * dot(offset, offset))
         {
             at = next;
             offset = trial;

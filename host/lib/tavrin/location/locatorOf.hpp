@@ -26,8 +26,8 @@ namespace tavrin
 /// - The positions of a lattice go another way to `CellCandidates`: `LatticeSweep` visits the leaves
 ///   of the tree and looks up the positions in the box of each cell (`SortedCoordinates`).
 ///
-/// - Where a function reaches beside surfaces and lines, `NearestCell` goes through the tree a second time,
-///   for the positions in no cell, and computes the `closestPoint` of the cells nearby.
+/// - For a function that reaches beside surfaces and lines, `NearestCell` searches the tree again for the
+///   positions in no cell, and computes the `closestPoint` of the cells nearby.
 ///
 /// `GridCells` gives all of them the vertices of a cell; `Tolerance.hpp` says when a position belongs
 /// to a cell.

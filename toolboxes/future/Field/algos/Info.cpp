@@ -139,14 +139,15 @@ NormBounds boundNorms(const CountedValues<T>& values, const volatile bool& abort
     return bounds;
 }
 
-/// The number of values with an infinite component. Values are looked at only where a norm is
-/// infinite.
+/// The number of values with an infinite component. Values are looked at only where a norm is not
+/// finite.
 template<typename T>
 std::size_t countInfinite(const CountedValues<T>& values, const NormBounds& bounds,
                           const volatile bool& abortFlag)
 {
     std::size_t count = 0;
-    if (!std::isinf(bounds.greatest))
+    // The bounds are NaN where the first norm is.
+    if (std::isfinite(bounds.greatest) && bounds.notANumber == 0)
         return count;
     const auto isInfinite = [](const T& value)
     { return std::ranges::any_of(value, [](double component) { return std::isinf(component); }); };
@@ -304,10 +305,17 @@ void InfoAlgorithm::exec(const Function<T>& field, bool computeMedian, bool comp
     if (numInvalid > 0)
         hint(std::to_string(numInvalid) + " of " + std::to_string(values.size()) +
              " values are marked as outside and left out");
+    const auto reportCounts = [&](std::size_t notANumber, std::size_t infinite)
+    {
+        report("counts", {{"values", values.numCounted()},
+                          {"invalid", numInvalid},
+                          {"notANumber", notANumber},
+                          {"infinite", infinite}});
+    };
     if (values.numCounted() == 0)
     {
         infoLog() << "Field does not contain any values" << std::endl;
-        return;
+        return reportCounts(0, 0);
     }
     if (field.numTimeSteps() > 1)
         hint("of " + std::to_string(field.numTimeSteps()) +
@@ -331,10 +339,7 @@ void InfoAlgorithm::exec(const Function<T>& field, bool computeMedian, bool comp
              (computeMedian ? "; the median depends on where they stand" : ""));
     if (numInfinite > 0)
         hint(share(numInfinite) + "infinite");
-    report("counts", {{"values", values.numCounted()},
-                      {"invalid", numInvalid},
-                      {"notANumber", bounds.notANumber},
-                      {"infinite", numInfinite}});
+    reportCounts(bounds.notANumber, numInfinite);
 }
 
 /// Returns the bounds of the norms.

@@ -205,7 +205,7 @@ void TableReader::readHeader()
     mTable.columns = namesIn(comment, mSeparator);
     if (mTable.columns.size() != count || holdsNumbers(mTable.columns))
         throw Malformed("line " + std::to_string(mLine) +
-                        " holds numbers; the names of the columns have to stand before them");
+                        " holds numbers; a header line with the names of the columns is missing");
 }
 
 std::vector<Chunk> TableReader::findChunks()

@@ -38,7 +38,7 @@ std::optional<std::size_t> findColumn(const Names& names, const std::string& wan
 
 std::array<std::optional<std::size_t>, 3> findCoordinates(const Names& names)
 {
-    // The better sign comes first: an array "position" may stand beside x, y and z.
+    // The clearest convention comes first: a table may have an array "position" beside x, y and z.
     static const std::vector<std::array<std::string, 3>> conventions{
         {"x", "y", "z"},
         {"points:0", "points:1", "points:2"},
@@ -189,7 +189,7 @@ TableColumns findColumns(const std::vector<std::string>& names)
         columns.validity = names.size() - 1 - *column;
     const auto others = static_cast<std::size_t>(std::ranges::count(isTaken, false)) -
                         (columns.time ? 1 : 0) - (columns.validity ? 1 : 0);
-    // A quantity may have the name of such a column. Times stand before the coordinates.
+    // An array may be called "time" or "valid". Times are written before the coordinates.
     const bool hasTimesInFront = columns.time && *columns.time < *columns.coordinates.front();
     if (others == 0 && columns.validity && (!columns.time || hasTimesInFront))
         columns.validity.reset();
