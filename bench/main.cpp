@@ -1,3 +1,4 @@
+#include "CommandBench.hpp"
 #include "HedgehogBench.hpp"
 #include "InfoBench.hpp"
 #include "LocatorBench.hpp"
@@ -20,6 +21,7 @@ int main(int argc, char** argv)
     tavrin::bench::addInfoRows();
     tavrin::bench::addLocatorRows();
     tavrin::bench::addSampleRows();
+    tavrin::bench::addCommandRows();
 
     std::vector<char*> arguments(argv, argv + argc);
     std::string interleave = "--benchmark_enable_random_interleaving=true";

@@ -156,7 +156,7 @@ TEST(Completion, LoadsThePluginsOfTheLine)
               "Field/Info|");
     EXPECT_EQ(answerOf(workshop, "tavrin complete"), "");
     EXPECT_EQ(answerOf(workshop, "tavrin complete bash"), "");
-    EXPECT_EQ(workshop.run("tavrin --help | grep 'complete '").standardOutput, "");
+    EXPECT_EQ(workshop.run("tavrin --help | grep '^  complete '").standardOutput, "");
 }
 
 TEST(Completion, DescribesCandidatesInZsh)

@@ -130,7 +130,8 @@ TEST(Reach, TakesTheLowestOfEquallyCloseCells)
             values.emplace_back(static_cast<double>(i));
         const Function<Scalar> function(grid, detail::Cells, stored(values), {}, "", nullptr,
                                         nullptr, 1.0);
-        const auto evaluator = Field<3, Scalar>::applyTo(function)->makeEvaluator();
+        const auto field = Field<3, Scalar>::applyTo(function);
+        const auto evaluator = field->makeEvaluator();
         for (const double height : {0.2, 0.5, 0.9})
         {
             evaluator->reset(0.0, far + height * Vector3(0.1, 0.3, 1.1) + Vector3(-0.2, -0.3, 0.1));

@@ -6,6 +6,11 @@
 #include "TilePainter.hpp"
 #include "VectorPainter.hpp"
 
+#include <omp.h>
+
+#include <latch>
+#include <thread>
+
 namespace tavrin::graphics::painter
 {
 
@@ -14,6 +19,26 @@ namespace
 
 /// The most glyphs that a scalable picture holds as vectors; viewers take long to show more.
 constexpr std::size_t mostVectorGlyphs = 10'000;
+
+/// The given number of threads if they can be started now, otherwise 1. OpenMP would end the process
+/// where it cannot start a thread.
+int startable(int numThreads)
+{
+    std::latch end(1);
+    std::vector<std::jthread> threads;
+    int result = numThreads;
+    try
+    {
+        for (int i = 1; i < numThreads; ++i)
+            threads.emplace_back([&] { end.wait(); });
+    }
+    catch (const std::exception&)
+    {
+        result = 1;
+    }
+    end.count_down();
+    return result;
+}
 
 /// Draws glyphs as pixels.
 void paintPixels(const Scene& scene, const PictureLayout& layout, Canvas& canvas, WorkMeter& meter)
@@ -44,7 +69,8 @@ void paintScalable(const Scene& scene, const PictureLayout& layout, Canvas& canv
 
 PictureFile paint(const process::Job& job, process::JobState& state)
 {
-    const auto& [scene, options, format] = job;
+    const auto& [scene, options, format, numThreads] = job;
+    omp_set_num_threads(startable(numThreads));
     const PictureLayout layout(scene, options);
     const Style& style = layout.style();
     Canvas canvas(layout.width(), layout.height(), style, format);

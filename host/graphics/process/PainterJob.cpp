@@ -4,6 +4,8 @@
 #include <tavrin/graphics/ArrowBatch.hpp>
 #include <tavrin/graphics/Primitive.hpp>
 
+#include <omp.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -285,6 +287,7 @@ void writeJob(SharedBytes& bytes, const Scene& scene, const PictureOptions& opti
     JobWriter writer(bytes, abortFlag);
     writer.add(JobState{.painting = {.total = numElements(scene)}});
     addOptional(writer, format);
+    writer.add(omp_get_max_threads());
     writer.add(options.width);
     writer.add(options.height);
     writer.add(options.background);
@@ -308,6 +311,7 @@ Job readJob(std::span<const std::byte> bytes)
     JobReader reader(bytes);
     Job job;
     job.format = takeOptional<PictureFormat>(reader);
+    job.numThreads = reader.take<int>();
     job.options.width = reader.take<std::size_t>();
     job.options.height = reader.take<std::size_t>();
     job.options.background = reader.take<Color>();

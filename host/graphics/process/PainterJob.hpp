@@ -51,6 +51,8 @@ struct Job
     PictureOptions options;
     /// The result is a file of this format, or otherwise the pixels as in `Image`.
     std::optional<PictureFormat> format;
+    /// The number of threads that the process uses which wrote the job.
+    int numThreads = 1;
 };
 
 /// Appends the state and the description of a picture to be painted. Throws `logic_error` for a

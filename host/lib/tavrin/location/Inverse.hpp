@@ -37,6 +37,24 @@ Number maximumNorm(const Tensor<Number, N>& vector)
     return largest;
 }
 
+/// The maximum norm of the matrix with these rows: a bound on the growth of the largest component of a
+/// vector that it is applied to.
+template<std::size_t Size, std::size_t N, typename Number>
+Number growthBy(const std::array<Tensor<Number, Size>, N>& rows)
+{
+    using std::abs;
+    using std::max;
+    Number largest = 0.0;
+    for (const auto& row : rows)
+    {
+        Number sum = 0.0;
+        for (const Number& component : row)
+            sum += abs(component);
+        largest = max(largest, sum);
+    }
+    return largest;
+}
+
 /// The inverse of a small matrix.
 template<std::size_t N, typename Number = double>
 class Inverse
@@ -77,21 +95,8 @@ public:
         return result;
     }
 
-    /// The maximum norm of the inverse: a bound on the growth of the largest component of a vector.
-    Number growth() const
-    {
-        using std::abs;
-        using std::max;
-        Number largest = 0.0;
-        for (const auto& row : mRows)
-        {
-            Number sum = 0.0;
-            for (const Number& component : row)
-                sum += abs(component);
-            largest = max(largest, sum);
-        }
-        return largest;
-    }
+    /// A bound on the growth of the largest component of a vector by the inverse.
+    Number growth() const { return growthBy(mRows); }
 
 private:
     Columns<N, Number> mRows;

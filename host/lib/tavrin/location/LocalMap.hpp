@@ -127,18 +127,7 @@ public:
         return result;
     }
 
-    double growth() const
-    {
-        double largest = 0.0;
-        for (const auto& row : mRows)
-        {
-            double sum = 0.0;
-            for (const double component : row)
-                sum += std::abs(component);
-            largest = std::max(largest, sum);
-        }
-        return largest;
-    }
+    double growth() const { return growthBy(mRows); }
 
 private:
     /// A cell that is thinner than this in units of its length counts as flat: of the sixteen digits of
