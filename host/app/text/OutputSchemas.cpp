@@ -115,7 +115,43 @@ constexpr const char* infoSchema = R"({
         "required": ["name", "on", "components", "precision", "valueType", "reference"]
       }
     },
-    "blocks": {"type": "array", "items": {"type": "object"}}
+    "blocks": {"type": "array", "items": {"type": "object"}},
+    "statistics": {
+      "description": "with --stats: over all time steps",
+      "type": "array",
+      "items": {
+        "type": "object",
+        "properties": {
+          "name": {"type": "string"},
+          "on": {"enum": ["points", "cells"]},
+          "steps": {"type": "integer"},
+          "values": {"type": "integer"},
+          "invalid": {"type": "integer"},
+          "components": {"type": "array", "items": {"$ref": "#/$defs/range"}},
+          "norm": {"anyOf": [{"$ref": "#/$defs/range"}, {"type": "null"}]}
+        },
+        "required": ["name", "on", "steps", "values", "invalid", "components", "norm"],
+        "additionalProperties": false
+      }
+    },
+    "times": {"description": "with --times: a set expression", "type": "string"}
+  },
+  "$defs": {
+    "range": {
+      "description": "of the finite values",
+      "type": "object",
+      "properties": {
+        "name": {"type": "string"},
+        "minimum": {"type": ["number", "null"]},
+        "maximum": {"type": ["number", "null"]},
+        "mean": {"type": ["number", "null"]},
+        "finite": {"type": "integer"},
+        "notANumber": {"type": "integer"},
+        "infinite": {"type": "integer"}
+      },
+      "required": ["minimum", "maximum", "mean", "finite", "notANumber", "infinite"],
+      "additionalProperties": false
+    }
   },
   "required": ["formatVersion", "file", "format", "dimension", "points", "cells", "bounds", "timeSteps", "arrays"]
 })";

@@ -2,12 +2,9 @@
 
 #include <tavrin/pipeline/OutputChecks.hpp>
 #include <tavrin/pipeline/RunFailure.hpp>
-#include <tavrin/pipeline/SilentOutput.hpp>
-#include <tavrin/pipeline/Words.hpp>
+#include <tavrin/pipeline/StepExecution.hpp>
 
-#include <tavrin/colormap/NormRange.hpp>
 #include <tavrin/io/OutputFile.hpp>
-#include <tavrin/io/Writer.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -25,152 +22,6 @@ void timed(double& seconds, const Work& work)
     const auto start = std::chrono::steady_clock::now();
     work();
     seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// Does a piece of work and adds the place to the message of an error, unless that names a file.
-template<typename Work>
-auto at(const std::string& place, const Work& work)
-{
-    if (place.empty())
-        return work();
-    try
-    {
-        return work();
-    }
-    catch (const usage_error& error)
-    {
-        throw usage_error(place + error.what());
-    }
-    catch (const io::FileError&)
-    {
-        throw;
-    }
-    catch (const io::Aborted&)
-    {
-        throw;
-    }
-    catch (const ColorMapFileError&)
-    {
-        throw;
-    }
-    catch (const std::bad_alloc&)
-    {
-        throw;
-    }
-    catch (const std::exception& error)
-    {
-        throw RunFailure(place + error.what());
-    }
-}
-
-/// Passes on what happens in an algorithm, and ends its run if it announces a result that a requested
-/// file cannot hold.
-class StepFollower final : public RunObserver
-{
-public:
-    StepFollower(RunObserver& observer, const std::vector<const OutputRequest*>& requests)
-        : mObserver(observer), mRequests(requests)
-    {
-    }
-
-    void opened(const ProgressReport& report) override { mObserver.opened(report); }
-    void closed(const ProgressReport& report) override { mObserver.closed(report); }
-    void infoLine(const std::string& line) override { mObserver.infoLine(line); }
-    void debugLine(const std::string& line) override { mObserver.debugLine(line); }
-    void hinted(const std::string& text) override { mObserver.hinted(text); }
-
-    void announced(const std::string& port, const Domain& domain, std::size_t numTimeSteps) override
-    {
-        for (const OutputRequest* const request : mRequests)
-            if (request->port == port)
-                io::requireSuitable(request->file, domain, numTimeSteps);
-        mObserver.announced(port, domain, numTimeSteps);
-    }
-
-private:
-    RunObserver& mObserver;
-    const std::vector<const OutputRequest*>& mRequests;
-};
-
-/// Shows only the progress of a run that is made in advance, not what it prints.
-class ProgressFollower final : public RunObserver
-{
-public:
-    explicit ProgressFollower(RunObserver& observer) : mObserver(observer) {}
-    void opened(const ProgressReport& report) override { mObserver.opened(report); }
-    void closed(const ProgressReport& report) override { mObserver.closed(report); }
-
-private:
-    RunObserver& mObserver;
-    SilentOutput mSilence;
-};
-
-void executeFollowed(AlgorithmRun& run, RunObserver& observer, const volatile bool& abortFlag)
-{
-    try
-    {
-        run.execute(abortFlag, &observer);
-    }
-    catch (const Options::missing_option_error& error)
-    {
-        throw usage_error(error.what());
-    }
-    if (abortFlag)
-        throw io::Aborted();
-}
-
-std::vector<const OutputRequest*> requestsFor(std::size_t step, const Plan& plan)
-{
-    std::vector<const OutputRequest*> requests;
-    for (const OutputRequest& request : plan.outputs)
-        if (request.step == step)
-            requests.push_back(&request);
-    return requests;
-}
-
-std::string lastLineOf(const std::string& log)
-{
-    const auto lines = linesOf(log);
-    return lines.empty() ? "" : lines.back();
-}
-
-/// Throws `RunFailure` if a result that is needed was not published, or if an algorithm without
-/// outputs had nothing to report. If the algorithm gave no hint, the last line of its logs becomes
-/// part of the message.
-void requireResults(const AlgorithmRun& run, std::size_t index, const Plan& plan,
-                    PlanObserver& observer)
-{
-    std::vector<std::string> missing;
-    for (const OutputRequest* const request : requestsFor(index, plan))
-        if (!isPublished(*request, run))
-            missing.push_back("\"" + request->port + "\"");
-    for (const Step& step : plan.steps)
-        for (const OptionAssignment& assignment : step.assignments)
-            if (assignment.source && assignment.source->step == index &&
-                run.result(assignment.source->port) == nullptr)
-                missing.push_back("\"" + assignment.source->port + "\"");
-    const AlgorithmDescription description = run.describe();
-    const bool isSilent = description.outputs.empty() && run.infoLog().empty() &&
-                          run.results().empty() && !run.debugLog().empty();
-    if (missing.empty() && !isSilent)
-        return;
-    observer.failed(run);
-    const std::string& log = run.infoLog().empty() ? run.debugLog() : run.infoLog();
-    const std::string reason = run.hints().empty() ? lastLineOf(log) : "";
-    throw RunFailure(
-        "\"" + description.name + "\" " +
-        (isSilent ? "reported nothing" : "published nothing on " + joined(missing, ", ")) +
-        (reason.empty() ? "" : ": " + reason));
-}
-
-/// Throws `usage_error` if a required option takes no object.
-void requireInputs(const Step& step, const AlgorithmRun& run)
-{
-    for (const auto& option : run.describe().options)
-        if (option.isRequired &&
-            std::ranges::find(step.assignments, option.name, &OptionAssignment::option) ==
-                step.assignments.end())
-            throw usage_error(Options::missing_option_error(option.name).what());
 }
 
 /// Puts a member at the beginning of an object.
@@ -271,8 +122,10 @@ void PlanRun::check(const std::vector<std::filesystem::path>& others) const
     // A single algorithm finds out by itself, before any time is lost.
     if (plan.steps.size() > 1)
         for (const Step& step : plan.steps)
-            at(placeOf({}, step), [&]
-               { requireInputs(step, AlgorithmRun(mSurroundings.algorithms, step.algorithm)); });
+            atPlace(placeOf({}, step),
+                    [&] {
+                        requireInputs(step, AlgorithmRun(mSurroundings.algorithms, step.algorithm));
+                    });
     checkNumberPlaces(plan.outputs, mLoop);
 
     std::vector<std::filesystem::path> destinations;
@@ -323,7 +176,6 @@ void PlanRun::survey()
 
 void PlanRun::surveyIteration(const Plan& plan, const std::set<std::size_t>& steps)
 {
-    ProgressFollower follower(mSurroundings.observer);
     for (const std::size_t index : steps)
     {
         const Step& step = plan.steps[index];
@@ -335,7 +187,7 @@ void PlanRun::surveyIteration(const Plan& plan, const std::set<std::size_t>& ste
         if (LoopSurvey::needsRange(step))
             if (const auto norms = current.inputs.shownNorms(step))
                 mSurvey.addNorms(index, *norms);
-        executeFollowed(current.run, follower, mSurroundings.abortFlag);
+        executeInAdvance(current.run, mSurroundings.observer, mSurroundings.abortFlag);
         if (LoopSurvey::needsSuggestions(step))
             mSurvey.addSuggestions(index, current.run.suggestions());
         keepResults(current.run, plan, index);
@@ -354,22 +206,23 @@ Json PlanRun::executeIteration(const Iteration& iteration)
                         [this](const StepOutput& source) {
                             return mResults.at({source.step, source.port});
                         });
-        at(placeOf(iteration, step),
-           [&]
-           {
-               load(current, plan, index, mSurvey.norms(index));
-               run(current, plan, index);
-               timed(current.measurements.seconds.write,
-                     [&]
-                     {
-                         const OutputFiles::Context context{
-                             current.inputs.objects(),
-                             iteration.time ? iteration.time : current.inputs.timeOfSeries(step)};
-                         for (const OutputRequest* const request : requestsFor(index, plan))
-                             current.measurements.outputs.push_back(
-                                 mOutputs.write(*request, current.run, context, iteration));
-                     });
-           });
+        atPlace(placeOf(iteration, step),
+                [&]
+                {
+                    load(current, plan, index, mSurvey.norms(index));
+                    run(current, plan, index);
+                    timed(current.measurements.seconds.write,
+                          [&]
+                          {
+                              const OutputFiles::Context context{
+                                  current.inputs.objects(),
+                                  iteration.time ? iteration.time
+                                                 : current.inputs.timeOfSeries(step)};
+                              for (const OutputRequest* const request : requestsFor(index, plan))
+                                  current.measurements.outputs.push_back(
+                                      mOutputs.write(*request, current.run, context, iteration));
+                          });
+                });
         const Json report = reportOn(current.run, step, plan, current.measurements);
         reports.push_back(step.id.empty() ? report : withFirst("id", step.id, report));
         keepResults(current.run, plan, index);
@@ -425,16 +278,13 @@ void PlanRun::run(StepRun& current, const Plan& plan, std::size_t index)
               if (LoopSurvey::needsSuggestions(step))
               {
                   if (mLoop.isOnce())
-                  {
-                      ProgressFollower follower(mSurroundings.observer);
-                      executeFollowed(current.run, follower, mSurroundings.abortFlag);
-                  }
+                      executeInAdvance(current.run, mSurroundings.observer,
+                                       mSurroundings.abortFlag);
                   setSuggested(current, step,
                                mLoop.isOnce() ? current.run.suggestions()
                                               : mSurvey.suggestions(index));
               }
-              StepFollower follower(mSurroundings.observer, requests);
-              executeFollowed(current.run, follower, mSurroundings.abortFlag);
+              executeStep(current.run, requests, mSurroundings.observer, mSurroundings.abortFlag);
           });
     requireResults(current.run, index, plan, mSurroundings.observer);
 }
