@@ -68,6 +68,7 @@ const Case cases[] = {
     {"LoopOverNothing", "for: each step\nsteps: [{id: a, algorithm: Field/Info}]\n", "", 2, "error: p.yaml:1:6: \"for\" is each-step or {VARIABLE: SET}\n"},
     {"LoopOverUnknownVariable", "for: {x: 1}\nsteps: [{id: a, algorithm: Field/Info}]\n", "", 2, "error: p.yaml:1:7: unknown variable \"x\"\n"},
     {"LoopOverVariable", "variables: {c: 1}\nfor: {c: \"1,3\"}\nsteps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu, Operator: Scale ( A * C ), Scalar C: \"${c}\"}}, {id: b, algorithm: Field/Info, options: {Field: a.Field}}]\noutputs: {a.Field: \"scaled_%d.vtu\"}\n", "| grep -c maximal >&2; ls scaled_* >&2", 0, "2\nscaled_0.vtu\nscaled_1.vtu\n"},
+    {"LoopOverFilesReadsWhatItWrites", "variables: {n: }\nfor: {n: \"0,1\"}\nsteps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: \"s_${n}.vtu\"}}]\noutputs: {a.Field: \"s_%d.vtu\"}\n", "", 2, "error: s_0.vtu: is an input, and would be overwritten\n"},
     // clang-format on
 };
 

@@ -148,6 +148,23 @@ void checkNumberPlaces(const std::vector<OutputRequest>& requests, const Loop& l
     }
 }
 
+void checkNumberedFiles(const std::vector<OutputRequest>& requests,
+                        const std::vector<Iteration>& iterations, const std::vector<path>& inputs)
+{
+    const auto resolved = [](const path& file)
+    {
+        std::error_code ignored;
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(file, ignored), ignored);
+    };
+    std::set<path> known;
+    std::ranges::transform(inputs, std::inserter(known, known.end()), resolved);
+    for (const OutputRequest& request : requests)
+        if (hasNumberPlace(request.file))
+            for (const Iteration& iteration : iterations)
+                if (const path file = request.fileFor(iteration); known.contains(resolved(file)))
+                    throw usage_error(file.string() + ": is an input, and would be overwritten");
+}
+
 void checkFormats(const std::vector<OutputRequest>& requests,
                   const DataObjectBundle::Members& inputs, const Loop& loop)
 {

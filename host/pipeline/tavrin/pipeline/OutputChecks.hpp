@@ -15,6 +15,11 @@ TAVRIN_API void checkDestinations(const std::vector<std::filesystem::path>& dest
 /// file that every iteration would replace.
 TAVRIN_API void checkNumberPlaces(const std::vector<OutputRequest>& requests, const Loop& loop);
 
+/// Checks before a loop that no file of an iteration is one of the inputs. Throws `usage_error`.
+TAVRIN_API void checkNumberedFiles(const std::vector<OutputRequest>& requests,
+                                   const std::vector<Iteration>& iterations,
+                                   const std::vector<std::filesystem::path>& inputs);
+
 /// Checks before a run that each format can hold at least one of the grids and numbers of time steps
 /// of the inputs. Throws `usage_error` that names the formats that can. Without inputs every format
 /// passes. In a loop over time steps every number of steps does.

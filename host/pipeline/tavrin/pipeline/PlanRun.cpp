@@ -129,14 +129,26 @@ void PlanRun::check(const std::vector<std::filesystem::path>& others) const
     checkNumberPlaces(plan.outputs, mLoop);
 
     std::vector<std::filesystem::path> destinations;
-    for (const Iteration& iteration : mIterations)
-        for (const OutputRequest& request : plan.outputs)
-            if (iteration.index == 0 || hasNumberPlace(request.file))
-                destinations.push_back(request.fileFor(iteration));
+    for (const OutputRequest& request : plan.outputs)
+        destinations.push_back(request.fileFor(mIterations.front()));
     std::ranges::copy(others, std::back_inserter(destinations));
-    checkDestinations(destinations,
-                      inputFiles(mLoop.isOnce() ? plan.steps : mMakePlan({.time = 0.0}).steps,
-                                 mSurroundings.loader));
+    const auto inputs = allInputFiles();
+    checkDestinations(destinations, inputs);
+    checkNumberedFiles(plan.outputs, mIterations, inputs);
+}
+
+/// The files that any iteration reads.
+std::vector<std::filesystem::path> PlanRun::allInputFiles() const
+{
+    if (mLoop.kind == Loop::Kind::EachStep)
+        return inputFiles(mMakePlan({.time = 0.0}).steps, mSurroundings.loader);
+    std::vector<std::filesystem::path> files;
+    for (const Iteration& iteration : mIterations)
+        std::ranges::move(inputFiles(planOf(iteration).steps, mSurroundings.loader),
+                          std::back_inserter(files));
+    std::ranges::sort(files);
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    return files;
 }
 
 bool PlanRun::printsData() const

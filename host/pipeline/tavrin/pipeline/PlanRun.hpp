@@ -72,6 +72,7 @@ private:
 
     void findIterations();
     std::vector<double> findSeries(const Plan& plan);
+    std::vector<std::filesystem::path> allInputFiles() const;
     void survey();
     void surveyIteration(const Plan& plan, const std::set<std::size_t>& steps);
     Json executeIteration(const Iteration& iteration);
