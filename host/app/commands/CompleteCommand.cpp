@@ -89,13 +89,13 @@ std::string describedLine(const std::string& text, const Candidate& candidate)
 
 std::string zshAnswer(const Candidates& candidates, const TypedWord& typed)
 {
-    const std::string endOfQuote(typed.quote == 0 ? 0 : 1, typed.quote);
+    const std::string end = std::string(typed.quote == 0 ? 0 : 1, typed.quote) + ' ';
     std::vector<std::string> plainTexts;
     std::string answer;
     for (const Candidate& candidate : candidates)
         if (const std::string text = typed.replacement(candidate.word, ""); !text.empty())
         {
-            answer += describedLine(text + (candidate.isWhole ? endOfQuote + ' ' : ""), candidate);
+            answer += describedLine(candidate.isWhole ? text + end : text, candidate);
             plainTexts.push_back(candidate.word.substr(typed.kept));
         }
     // An empty candidate tells the script to insert nothing.

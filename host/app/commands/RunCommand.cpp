@@ -39,7 +39,8 @@ public:
                    "fielda=flow.vtu op=norm\".\n\n"
                    "The extension of an output file selects the format and must suit the grid: " +
                    io::enumerate(io::writableExtensions(), "or") +
-                   "; several time steps need .pvd or .csv. FILE#NAME names the array. Graphics is "
+                   "; several time steps need .pvd or .csv. FILE#NAME names the array, and -.csv is "
+                   "a table on standard output. Graphics is "
                    "painted as a .png, .svg or .pdf picture, or written as line segments to a .vtp "
                    "file: in double precision for the arrow representations \"arrow\" and \"tube "
                    "arrow\", in single precision for \"line\". Files appear under their names when "

@@ -77,15 +77,28 @@ const std::vector<Topic>& helpTopics()
          "one array. A grid is FILE alone; for an option that takes both grids and functions, FILE "
          "alone is the grid. The keys:\n"
          "  on=points|cells     selects the array if points and cells have one of that name\n"
-         "  shape=scalar|3|2x2  reads the components of an array as this shape\n"
+         "  shape=scalar|3|2x2  reads the components of an array as this shape; 2 reads planar\n"
+         "                      vectors, whose third component is 0\n"
+         "  component=x|0       only this component, by name or number from 0\n"
+         "  order=voigt         the order of the six components of a symmetric matrix;\n"
+         "                      xx,yy,zz,xy,yz,xz by default\n"
          "  dimension=1|2|3     the number of coordinates of the grid's points\n"
          "  time=T              only this step of a time series\n"
+         "  block=NAME|0        only this block of a multi-block file\n"
+         "  reach=DISTANCE      positions this near to a surface or line take its nearest value\n"
          "Files are read that hold grids (" +
              readableExtensions(io::FileContent::Grid) + "), time series (" +
              readableExtensions(io::FileContent::TimeSteps) + ") or several blocks (" +
              readableExtensions(io::FileContent::Blocks) +
              "), which may be steps of a series. An option for several fields takes all blocks as "
              "one field.\n"},
+        {"Data without a file",
+         "  @line:0,0,0:1,0,0:100  100 points between two positions, for a grid\n"
+         "  @box:50x25             a uniform grid over the bounds of the other data\n"
+         "  @box:50x25x10:FILE     the same over the bounds of a file\n"
+         "  @box:9x9:0,0:1,1       the same between two corners\n"
+         "  @points:FILE.csv       the points of a file\n"
+         "  @constant:1,0,0        the same value everywhere, on the grid of the other data\n"},
         {"Color maps and colors",
          "A COLORMAP is viridis, plasma, coolwarm, gray or another built-in name, or a JSON file as "
          "desktop tools export it. It spans the norms of the field unless @LOW:HIGH follows. A "
