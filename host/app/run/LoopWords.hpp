@@ -5,6 +5,7 @@
 
 #include <optional>
 
+// NOLINTNEXTLINE(readability-identifier-naming): named by the library
 namespace CLI
 {
 class App;

@@ -56,8 +56,8 @@ void requireOneBlock(const std::vector<Block>& blocks, const DataReference& refe
                      const std::string& wanted)
 {
     std::vector<std::string> names;
-    for (const Block& block : blocks)
-        names.push_back('"' + block.name + '"');
+    std::ranges::transform(blocks, std::back_inserter(names),
+                           [](const Block& block) { return '"' + block.name + '"'; });
     if (blocks.size() > 1)
         throw usage_error(reference.file.string() + ": has " + std::to_string(blocks.size()) +
                           " blocks, and one " + wanted +
@@ -89,7 +89,7 @@ private:
     /// Loads a block whose first file is open already.
     FunctionPointer load(const Block& block, const std::shared_ptr<DataFile>& first,
                          const DataReference& reference);
-    FunctionPointer loadSingle(const Block& block, const std::shared_ptr<DataFile>& file,
+    FunctionPointer loadSingle(const Block& block, const std::shared_ptr<DataFile>& opened,
                                const DataReference& reference);
     FunctionPointer loadSeries(const Block& block, DataFile& first, const DataReference& reference);
     /// The grid of a file, which is built once for several arrays if one of them is still there.

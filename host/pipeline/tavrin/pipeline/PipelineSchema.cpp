@@ -27,7 +27,7 @@ Json anyOf(Json alternatives)
 Json valueSchema(const Option& option)
 {
     const Json suggested{{"const", "auto"}};
-    const Json text{{"type", "string"}};
+    Json text{{"type", "string"}};
     switch (option.kind)
     {
     case InputKind::Boolean:

@@ -103,8 +103,8 @@ const YamlNode& PipelineText::section(const std::string& name) const
 std::vector<std::string> PipelineText::variableNames() const
 {
     std::vector<std::string> names;
-    for (const auto& [name, value] : variables)
-        names.push_back(name);
+    std::ranges::transform(variables, std::back_inserter(names),
+                           [](const auto& variable) { return variable.first; });
     return names;
 }
 

@@ -129,8 +129,9 @@ void PlanRun::check(const std::vector<std::filesystem::path>& others) const
     checkNumberPlaces(plan.outputs, mLoop);
 
     std::vector<std::filesystem::path> destinations;
-    for (const OutputRequest& request : plan.outputs)
-        destinations.push_back(request.fileFor(mIterations.front()));
+    std::ranges::transform(plan.outputs, std::back_inserter(destinations),
+                           [&](const OutputRequest& request)
+                           { return request.fileFor(mIterations.front()); });
     std::ranges::copy(others, std::back_inserter(destinations));
     const auto inputs = allInputFiles();
     checkDestinations(destinations, inputs);
@@ -266,13 +267,11 @@ void PlanRun::load(StepRun& step, const Plan& plan, std::size_t index,
 void PlanRun::setSuggested(StepRun& current, const Step& step,
                            const std::map<std::string, std::string>& suggestions)
 {
-    // A copy, because setting an option may drop the suggestions of the run.
-    const std::map<std::string, std::string> values = suggestions;
     for (const OptionAssignment& assignment : step.assignments)
     {
         if (!assignment.isAutomatic)
             continue;
-        if (const auto value = values.find(assignment.option); value != values.end())
+        if (const auto value = suggestions.find(assignment.option); value != suggestions.end())
             current.run.setText(assignment.option, value->second);
         else
             mSurroundings.observer.hinted("no value is suggested for \"" + assignment.option +

@@ -82,7 +82,7 @@ private:
                       const std::map<std::string, std::string>& suggestions);
     void run(StepRun& current, const Plan& plan, std::size_t index);
     void keepResults(const AlgorithmRun& run, const Plan& plan, std::size_t index);
-    void releaseUnused(const Plan& plan, std::size_t index);
+    void releaseUnused(const Plan& plan, std::size_t next);
     std::string placeOf(const Iteration& iteration, const Step& step) const;
 
     MakePlan mMakePlan;

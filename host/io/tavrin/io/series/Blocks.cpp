@@ -124,7 +124,7 @@ void arrange(std::vector<Member>& members, const std::vector<Block>& blocks, dou
 std::vector<Block::Step> stepsOf(FileAccess& access, const FilePlace& place,
                                  const std::optional<double>& wanted)
 {
-    const std::vector<Block::Step> single{{std::nullopt, place}};
+    std::vector<Block::Step> single{{std::nullopt, place}};
     if (const FileFormat* const format = findFormat(place.path);
         format == nullptr || !format->mayHoldSteps())
         return single;

@@ -213,7 +213,7 @@ std::vector<std::string> columnNamesFor(const std::string& array,
     if (shape == Shape{1})
         names = {"0"};
     for (std::string& name : names)
-        name = array + separator + name;
+        name.insert(0, array + separator);
     return names;
 }
 

@@ -28,7 +28,7 @@ constexpr std::size_t rowsPerBlock = 4096;
 /// The name as a field. A table has one line per row, so that control characters become blanks.
 std::string quoted(const std::string& name)
 {
-    const std::string text = toXmlText(name);
+    std::string text = toXmlText(name);
     const bool isPlain = text.find_first_of(",;\"") == std::string::npos && !text.empty() &&
                          text.front() != ' ' && text.back() != ' ';
     if (isPlain)
