@@ -39,7 +39,7 @@ const Case cases[] = {
     {"WrongType", norm, "--set d=x", 2, "error: p.yaml:4:95: option \"Scalar D\": \"x\" is not a number\n"},
     {"MissingFile", norm, "--set d=1 --set file=nix.vtu", 3, "error: nix.vtu: no such file\n"},
     {"ReadsWhatItWrites", norm, "--set d=1 --set file=out.vtu", 2, "error: out.vtu: is an input, and would be overwritten\n"},
-    {"DryRun", norm, "--set d=1 --dry-run | tail -n 2 >&2", 0, "writes out.vtu\nmemory: about 1.1 MB\n"},
+    {"DryRun", norm, "--set d=1 --dry-run | tail -n 2 >&2", 0, "writes out.vtu\nmemory for data of files and results on their grids: about 1.11 MB\n"},
     {"NoFile", norm, "x", 2, "error: unexpected word \"x\"; the usage is \"tavrin pipeline FILE.yaml\"\n"},
 
     {"NoYaml", "steps: [", "", 3, "error: p.yaml: is not valid YAML at line 1, column 1: end of sequence flow not found\n"},
@@ -69,6 +69,10 @@ const Case cases[] = {
     {"LoopOverUnknownVariable", "for: {x: 1}\nsteps: [{id: a, algorithm: Field/Info}]\n", "", 2, "error: p.yaml:1:7: unknown variable \"x\"\n"},
     {"LoopOverVariable", "variables: {c: 1}\nfor: {c: \"1,3\"}\nsteps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu, Operator: Scale ( A * C ), Scalar C: \"${c}\"}}, {id: b, algorithm: Field/Info, options: {Field: a.Field}}]\noutputs: {a.Field: \"scaled_%d.vtu\"}\n", "| grep -c maximal >&2; ls scaled_* >&2", 0, "2\nscaled_0.vtu\nscaled_1.vtu\n"},
     {"LoopOverFilesReadsWhatItWrites", "variables: {n: }\nfor: {n: \"0,1\"}\nsteps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: \"s_${n}.vtu\"}}]\noutputs: {a.Field: \"s_%d.vtu\"}\n", "", 2, "error: s_0.vtu: is an input, and would be overwritten\n"},
+    {"LoopOverFilesOverwritesLater", "variables: {n: }\nfor: {n: \"1,2\"}\nsteps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: r_2_1.vtu}}]\noutputs: {a.Field: \"r_${n}_%d.vtu\"}\n", "", 2, "error: r_2_1.vtu: is an input, and would be overwritten\n"},
+    {"ReportReplacesThePipeline", norm, "--set d=1 --report p.yaml", 2, "error: p.yaml: is an input, and would be overwritten\n"},
+    {"ResultIsLost", "steps:\n  - {id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu}}\n", "", 2, "error: p.yaml:2:5: the result of step \"a\" would be lost; no step takes it, and \"outputs\" does not name it\n"},
+    {"ArrowsOfData", "steps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu}}]\noutputs: {a.Field: {file: x.vtu, arrows: 10}}\n", "", 2, "error: p.yaml:2:42: \"arrows\" is for graphics; \"Field\" is data\n"},
     // clang-format on
 };
 
@@ -174,9 +178,17 @@ TEST(Sweep, RepeatsForEveryValue)
                     "error: s.vtu: is to be written many times; use a name with a place for the "
                     "number, as in s_%04d.vtu\n"),
           std::pair(
-              "--sweep 'scalar c=nothing' -o s_%d.vtu",
-              "error: \"nothing\" is not a list of values such as [0:1#0.1] or 1,2,5: it has no "
-              "values greater than -1\n"),
+              "--sweep 'scalar c=1,foo,2' -o s_%d.vtu",
+              "error: \"1,foo,2\" is not a list of values such as [0:1#0.1] or 1,2,5: \"foo\" is "
+              "not a number\n"),
+          std::pair("'scalar c=2' --sweep 'scalar c=1' -o s_%d.vtu",
+                    "error: option \"Scalar C\" is given twice\n"),
+          std::pair("--sweep 'scalar c=1,2' -o s_%d.vtu -o s_%01d.vtu",
+                    "error: s_0.vtu: is to be written twice\n"),
+          std::pair("--sweep 'scalar c=1,2' -o s_%d.vtu --report s_1.vtu",
+                    "error: s_1.vtu: is to be written twice\n"),
+          std::pair("-o -.csv --report -", "error: standard output is to be written twice\n"),
+          std::pair("-o -", "error: -: standard output takes tables of data, as -.csv\n"),
           std::pair("--sweep 'scalar=1' -o s_%d.vtu",
                     "error: \"scalar\" fits more than one option: \"Scalar C\", \"Scalar D\"\n"),
           std::pair("--sweep 'operator=1' -o s_%d.vtu",

@@ -1,5 +1,6 @@
 """validate.py SCHEMA FILE...: checks YAML or JSON files against a JSON schema. Exit code 77: a module is missing."""
 
+import json
 import sys
 
 try:
@@ -9,14 +10,20 @@ except ImportError as error:
     print(f"skipped: {error}")
     sys.exit(77)
 
-with open(sys.argv[1], encoding="utf-8") as stream:
-    schema = yaml.safe_load(stream)
+
+
+def load(name):
+    # YAML takes some numbers of JSON, such as 6e-08, for text.
+    with open(name, encoding="utf-8") as stream:
+        return json.load(stream) if name.endswith(".json") else yaml.safe_load(stream)
+
+
+schema = load(sys.argv[1])
 jsonschema.Draft202012Validator.check_schema(schema)
 validator = jsonschema.Draft202012Validator(schema)
 failed = False
 for name in sys.argv[2:]:
-    with open(name, encoding="utf-8") as stream:
-        for error in validator.iter_errors(yaml.safe_load(stream)):
-            print(f"{name}: {error.json_path}: {error.message}")
-            failed = True
+    for error in validator.iter_errors(load(name)):
+        print(f"{name}: {error.json_path}: {error.message[:500]}")
+        failed = True
 sys.exit(failed)

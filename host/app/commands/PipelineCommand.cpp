@@ -75,7 +75,7 @@ public:
         if (mIsDryRun)
             previewPlan(makePlan, file.loop(), session);
         else
-            executePlan(makePlan, file.loop(), mReportFile, session);
+            executePlan(makePlan, file.loop(), mReportFile, session, {onlyWord(words)});
     }
 
 private:

@@ -12,7 +12,8 @@ namespace tavrin::app
 {
 
 void executePlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Loop& loop,
-                 const std::optional<std::string>& reportFile, Session& session)
+                 const std::optional<std::string>& reportFile, Session& session,
+                 const pipeline::PlanRun::Paths& alsoRead)
 {
     const bool isReportPrinted = reportFile == "-";
     Warnings warnings(session.console);
@@ -21,9 +22,9 @@ void executePlan(const pipeline::PlanRun::MakePlan& makePlan, const pipeline::Lo
     pipeline::PlanRun run(makePlan, loop,
                           {session.algorithms, loader, follower, session.abortFlag});
     std::vector<std::filesystem::path> others;
-    if (reportFile && !isReportPrinted)
+    if (reportFile)
         others.emplace_back(*reportFile);
-    run.check(others);
+    run.check(others, alsoRead);
     if (isReportPrinted || run.printsData())
         io::setStandardOutput(session.console.reserveOutput());
     startThreads();

@@ -102,6 +102,9 @@ public:
                                  parseAssignments({words.begin() + 1, words.end()}, declaration)}},
                   .outputs = parseOutputs(mOutputWords, declaration.describe())};
         mPictureOptions.applyTo(plan);
+        if (std::ranges::find(plan.steps.front().assignments, loop.variable,
+                              &OptionAssignment::option) != plan.steps.front().assignments.end())
+            throw usage_error("option \"" + loop.variable + "\" is given twice");
         executePlan([&](const Iteration& iteration)
                     { return withValue(plan, iteration, declaration); },
                     loop, mReportFile, session);

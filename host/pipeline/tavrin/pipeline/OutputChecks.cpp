@@ -101,6 +101,8 @@ bool canHoldSteps(const OutputRequest& request, const Loop& loop)
 
 void checkDestinations(const std::vector<path>& destinations, const std::vector<path>& inputs)
 {
+    if (std::ranges::count_if(destinations, io::isStandardOutput) > 1)
+        throw usage_error("standard output is to be written twice");
     for (std::size_t i = 0; i < destinations.size(); ++i)
     {
         if (io::isStandardOutput(destinations[i]))
@@ -148,21 +150,24 @@ void checkNumberPlaces(const std::vector<OutputRequest>& requests, const Loop& l
     }
 }
 
-void checkNumberedFiles(const std::vector<OutputRequest>& requests,
-                        const std::vector<Iteration>& iterations, const std::vector<path>& inputs)
+void checkDistinct(const std::vector<path>& destinations, const std::vector<path>& inputs)
 {
     const auto resolved = [](const path& file)
     {
         std::error_code ignored;
         return std::filesystem::weakly_canonical(std::filesystem::absolute(file, ignored), ignored);
     };
-    std::set<path> known;
-    std::ranges::transform(inputs, std::inserter(known, known.end()), resolved);
-    for (const OutputRequest& request : requests)
-        if (hasNumberPlace(request.file))
-            for (const Iteration& iteration : iterations)
-                if (const path file = request.fileFor(iteration); known.contains(resolved(file)))
-                    throw usage_error(file.string() + ": is an input, and would be overwritten");
+    std::set<path> read;
+    std::ranges::transform(inputs, std::inserter(read, read.end()), resolved);
+    std::set<path> written;
+    for (const path& file : destinations)
+    {
+        const path place = resolved(file);
+        if (read.contains(place))
+            throw usage_error(file.string() + ": is an input, and would be overwritten");
+        if (!io::isStandardOutput(file) && !written.insert(place).second)
+            throw usage_error(file.string() + ": is to be written twice");
+    }
 }
 
 void checkFormats(const std::vector<OutputRequest>& requests,

@@ -15,10 +15,10 @@ TAVRIN_API void checkDestinations(const std::vector<std::filesystem::path>& dest
 /// file that every iteration would replace.
 TAVRIN_API void checkNumberPlaces(const std::vector<OutputRequest>& requests, const Loop& loop);
 
-/// Checks before a loop that no file of an iteration is one of the inputs. Throws `usage_error`.
-TAVRIN_API void checkNumberedFiles(const std::vector<OutputRequest>& requests,
-                                   const std::vector<Iteration>& iterations,
-                                   const std::vector<std::filesystem::path>& inputs);
+/// Checks before a loop that no two of the files are the same, and that none of them is an input, in
+/// time that grows with their number. Throws `usage_error`.
+TAVRIN_API void checkDistinct(const std::vector<std::filesystem::path>& destinations,
+                              const std::vector<std::filesystem::path>& inputs);
 
 /// Checks before a run that each format can hold at least one of the grids and numbers of time steps
 /// of the inputs. Throws `usage_error` that names the formats that can. Without inputs every format

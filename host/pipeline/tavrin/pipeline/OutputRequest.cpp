@@ -113,6 +113,10 @@ void checkExtension(const OutputRequest& request)
         throw usage_error("output \"" + request.port + "\" needs a file, as in -o " +
                           shellWord(request.port + "=FILE" + extensions.front()));
     const std::string extension = request.file.extension().string();
+    if (request.file.stem() == "-" && !request.file.has_parent_path() &&
+        (request.isGraphics || request.file != "-.csv"))
+        throw usage_error(request.file.string() +
+                          ": standard output takes tables of data, as -.csv");
     if (std::ranges::find(extensions, extension) == extensions.end())
         throw usage_error(
             request.file.string() + ": a " + (request.isGraphics ? "picture" : "data file") +

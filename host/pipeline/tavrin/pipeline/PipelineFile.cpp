@@ -22,6 +22,8 @@ void PipelineFile::set(const std::string& variable, const std::string& value)
     if (entry == mText->variables.end())
         throw usage_error("--set: the pipeline has no variable \"" + variable + "\"" +
                           suggestionFor(variable, mText->variableNames()));
+    if (loop().variable == variable)
+        throw usage_error("--set: the variable \"" + variable + "\" takes the values of \"for\"");
     entry->second = value;
 }
 

@@ -39,6 +39,7 @@ public:
         const auto order = executionOrder(plan);
         for (const auto& [name, value] : mText.section("outputs").entriesOf("\"outputs\""))
             addOutput(name, value, plan);
+        refuseLostResults(plan);
         return reordered(std::move(plan), order);
     }
 
@@ -254,6 +255,28 @@ private:
         return plan;
     }
 
+    /// Refuses a step with outputs that are neither written nor taken by a step.
+    void refuseLostResults(const Plan& plan) const
+    {
+        for (std::size_t i = 0; i < plan.steps.size(); ++i)
+        {
+            const bool isTaken = std::ranges::any_of(
+                plan.steps,
+                [&](const Step& step)
+                {
+                    return std::ranges::any_of(
+                        step.assignments, [&](const auto& assignment)
+                        { return assignment.source && assignment.source->step == i; });
+                });
+            const bool isWritten =
+                std::ranges::find(plan.outputs, i, &OutputRequest::step) != plan.outputs.end();
+            if (!isTaken && !isWritten && !mRuns[i]->describe().outputs.empty())
+                mText.steps[i].place.refuse("the result of step \"" + plan.steps[i].id +
+                                            "\" would be lost; no step takes it, and \"outputs\" "
+                                            "does not name it");
+        }
+    }
+
     void addOutput(const YamlNode& name, const YamlNode& value, Plan& plan) const
     {
         const auto dot = name.text.find('.');
@@ -301,9 +324,16 @@ private:
         if (!request.isPicture() && !request.picture.isEmpty())
             settings.place.refuse(request.file.string() + " is no picture");
         at(settings.place, [&] { static_cast<void>(request.picture.options()); });
-        if (const auto arrows = setting("arrows"))
-            step.maximumArrows =
-                at(settings.find("arrows")->place, [&] { return parseMaximumArrows(*arrows); });
+        const auto arrows = setting("arrows");
+        if (!arrows)
+            return;
+        const FilePlace& place = settings.find("arrows")->place;
+        const std::size_t maximum = at(place, [&] { return parseMaximumArrows(*arrows); });
+        if (!request.isGraphics)
+            place.refuse("\"arrows\" is for graphics; \"" + request.port + "\" is data");
+        if (step.maximumArrows.value_or(maximum) != maximum)
+            place.refuse("another output of the step shows a different number of arrows");
+        step.maximumArrows = maximum;
     }
 
     const PipelineText& mText;

@@ -7,6 +7,9 @@
 
 #include <BundleTools/ListParser.hpp>
 
+#include <algorithm>
+#include <cmath>
+
 namespace tavrin::pipeline
 {
 
@@ -15,6 +18,31 @@ namespace
 
 /// More than anybody can wait for; a range with a tiny step is a mistake.
 constexpr std::size_t maximumValues = 1'000'000;
+
+/// The numbers of a list such as "1,2,5", ascending. Throws `usage_error` for anything else in it.
+std::vector<std::string> listedValues(const std::string& list)
+{
+    std::vector<double> numbers;
+    std::istringstream parts(list + ",");
+    for (std::string part; std::getline(parts, part, ',');)
+        try
+        {
+            numbers.push_back(lexicalCast<double>(part));
+            if (!std::isfinite(numbers.back()))
+                throw bad_lexical_cast(part);
+        }
+        catch (const bad_lexical_cast&)
+        {
+            throw usage_error("\"" + list +
+                              "\" is not a list of values such as [0:1#0.1] or 1,2,5: \"" + part +
+                              "\" is not a number");
+        }
+    std::ranges::sort(numbers);
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    std::vector<std::string> values(numbers.size());
+    std::ranges::transform(numbers, values.begin(), shortestText);
+    return values;
+}
 
 }
 
@@ -40,6 +68,8 @@ std::size_t parseMaximumArrows(const std::string& text)
 
 std::vector<std::string> sweepValues(const std::string& expression)
 {
+    if (expression.find_first_of("[{") == std::string::npos)
+        return listedValues(expression);
     const auto refuse = [&](const std::string& cause)
     {
         throw usage_error("\"" + expression +
@@ -47,6 +77,8 @@ std::vector<std::string> sweepValues(const std::string& expression)
                           "1,2,5" +
                           cause);
     };
+    if (expression.find_first_not_of("0123456789+-.eE,:#&[]{} ") != std::string::npos)
+        refuse("");
     const SilentOutput silence;
     ListParser<double> parser;
     std::vector<std::string> values;

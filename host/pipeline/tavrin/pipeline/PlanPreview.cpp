@@ -65,7 +65,7 @@ std::string memoryText(double bytes)
     for (const auto& [unit, name] :
          {std::pair(1e9, "GB"), std::pair(1e6, "MB"), std::pair(1e3, "kB")})
         if (bytes >= unit)
-            return fmt::format("{:.2g} {}", bytes / unit, name);
+            return fmt::format("{:.3g} {}", bytes / unit, name);
     return fmt::format("{:.0f} bytes", bytes);
 }
 
@@ -109,10 +109,11 @@ std::string previewOf(const PlanRun& run, io::Loader& loader)
     for (const Step& step : plan.steps)
         text += stepText(step, plan);
     for (const OutputRequest& request : plan.outputs)
-        text += "writes " + request.fileFor(first).string() + "\n";
+        text += "writes " + request.file.string() + "\n";
     if (!first.name().empty())
         text += loopText(run.iterations());
-    return text + "memory: about " + memoryText(estimateBytes(plan, loader)) + "\n";
+    return text + "memory for data of files and results on their grids: about " +
+           memoryText(estimateBytes(plan, loader)) + "\n";
 }
 
 }

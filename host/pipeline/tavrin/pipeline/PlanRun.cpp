@@ -63,7 +63,7 @@ void PlanRun::findIterations()
         mIterations.emplace_back();
         break;
     case Loop::Kind::EachStep:
-        for (const double time : findSeries(mMakePlan({.time = 0.0})))
+        for (const double time : findSeries())
             mIterations.push_back({.time = time});
         break;
     case Loop::Kind::Sweep:
@@ -78,17 +78,21 @@ void PlanRun::findIterations()
     }
 }
 
-/// Finds the inputs that are time series, and returns the times that they share.
-std::vector<double> PlanRun::findSeries(const Plan& plan)
+/// Finds the inputs that are time series, and returns the times that they share. References that depend
+/// on the time themselves are none.
+std::vector<double> PlanRun::findSeries()
 {
+    const Plan plan = mMakePlan({.time = 0.0});
+    const Plan later = mMakePlan({.time = 1.0});
     std::vector<double> shared;
     std::string first;
     for (std::size_t i = 0; i < plan.steps.size(); ++i)
         for (std::size_t j = 0; j < plan.steps[i].assignments.size(); ++j)
         {
             const auto& reference = plan.steps[i].assignments[j].reference;
-            const auto times =
-                reference ? reference->seriesTimes(mSurroundings.loader) : std::vector<double>{};
+            if (!reference || reference->text != later.steps[i].assignments[j].reference->text)
+                continue;
+            const auto times = reference->seriesTimes(mSurroundings.loader);
             if (times.empty())
                 continue;
             if (!first.empty() && times != shared)
@@ -116,7 +120,7 @@ Plan PlanRun::planOf(const Iteration& iteration) const
     return plan;
 }
 
-void PlanRun::check(const std::vector<std::filesystem::path>& others) const
+void PlanRun::check(const Paths& others, const Paths& alsoRead) const
 {
     const Plan plan = planOf(mIterations.front());
     // A single algorithm finds out by itself, before any time is lost.
@@ -128,27 +132,48 @@ void PlanRun::check(const std::vector<std::filesystem::path>& others) const
                     });
     checkNumberPlaces(plan.outputs, mLoop);
 
-    std::vector<std::filesystem::path> destinations;
+    Paths destinations;
     std::ranges::transform(plan.outputs, std::back_inserter(destinations),
                            [&](const OutputRequest& request)
                            { return request.fileFor(mIterations.front()); });
     std::ranges::copy(others, std::back_inserter(destinations));
-    const auto inputs = allInputFiles();
+    Paths inputs = inputFilesOfAll();
+    std::ranges::copy(alsoRead, std::back_inserter(inputs));
     checkDestinations(destinations, inputs);
-    checkNumberedFiles(plan.outputs, mIterations, inputs);
+    if (mLoop.isOnce())
+        return;
+    destinations = outputFilesOfAll();
+    std::ranges::copy(others, std::back_inserter(destinations));
+    checkDistinct(destinations, inputs);
 }
 
-/// The files that any iteration reads.
-std::vector<std::filesystem::path> PlanRun::allInputFiles() const
+/// The files that any iteration reads, once each.
+PlanRun::Paths PlanRun::inputFilesOfAll() const
 {
-    if (mLoop.kind == Loop::Kind::EachStep)
-        return inputFiles(mMakePlan({.time = 0.0}).steps, mSurroundings.loader);
-    std::vector<std::filesystem::path> files;
+    Paths files;
+    std::set<std::string> seen;
     for (const Iteration& iteration : mIterations)
-        std::ranges::move(inputFiles(planOf(iteration).steps, mSurroundings.loader),
-                          std::back_inserter(files));
-    std::ranges::sort(files);
-    files.erase(std::unique(files.begin(), files.end()), files.end());
+        for (const Step& step : mMakePlan(iteration).steps)
+            for (const OptionAssignment& assignment : step.assignments)
+                if (assignment.reference && seen.insert(assignment.reference->text).second)
+                    std::ranges::move(assignment.reference->files(mSurroundings.loader),
+                                      std::back_inserter(files));
+    return files;
+}
+
+/// The files that the iterations write. One to which several add is named once.
+PlanRun::Paths PlanRun::outputFilesOfAll() const
+{
+    Paths files;
+    std::set<std::pair<std::size_t, std::filesystem::path>> growing;
+    for (const Iteration& iteration : mIterations)
+    {
+        const Plan plan = mMakePlan(iteration);
+        for (std::size_t i = 0; i < plan.outputs.size(); ++i)
+            if (const auto file = plan.outputs[i].fileFor(iteration);
+                hasNumberPlace(plan.outputs[i].file) || growing.emplace(i, file).second)
+                files.push_back(file);
+    }
     return files;
 }
 
@@ -184,11 +209,12 @@ void PlanRun::survey()
     if (steps.empty())
         return;
     for (const Iteration& iteration : mIterations)
-        surveyIteration(planOf(iteration), steps);
+        surveyIteration(iteration, steps);
 }
 
-void PlanRun::surveyIteration(const Plan& plan, const std::set<std::size_t>& steps)
+void PlanRun::surveyIteration(const Iteration& iteration, const std::set<std::size_t>& steps)
 {
+    const Plan plan = planOf(iteration);
     for (const std::size_t index : steps)
     {
         const Step& step = plan.steps[index];
@@ -196,11 +222,15 @@ void PlanRun::surveyIteration(const Plan& plan, const std::set<std::size_t>& ste
                         [this](const StepOutput& source) {
                             return mResults.at({source.step, source.port});
                         });
-        current.inputs.apply(step, ValueRange{});
-        if (LoopSurvey::needsRange(step))
-            if (const auto norms = current.inputs.shownNorms(step))
-                mSurvey.addNorms(index, *norms);
-        executeInAdvance(current.run, mSurroundings.observer, mSurroundings.abortFlag);
+        atPlace(placeOf(iteration, step),
+                [&]
+                {
+                    current.inputs.apply(step, ValueRange{});
+                    if (LoopSurvey::needsRange(step))
+                        if (const auto norms = current.inputs.shownNorms(step))
+                            mSurvey.addNorms(index, *norms);
+                    executeInAdvance(current.run, mSurroundings.observer, mSurroundings.abortFlag);
+                });
         if (LoopSurvey::needsSuggestions(step))
             mSurvey.addSuggestions(index, current.run.suggestions());
         keepResults(current.run, plan, index);

@@ -22,6 +22,8 @@ public:
     /// Makes the plan of an iteration. All plans have the same steps and outputs.
     using MakePlan = std::function<Plan(const Iteration& iteration)>;
 
+    using Paths = std::vector<std::filesystem::path>;
+
     /// What the execution works with. All of it must outlive the run.
     struct Surroundings
     {
@@ -40,9 +42,10 @@ public:
     /// The plan of an iteration, with inputs restricted to its time.
     Plan planOf(const Iteration& iteration) const;
 
-    /// Checks before anything is read that required inputs are given and that the output files and the
-    /// `others` can be written. Throws `usage_error` and `FileError`.
-    void check(const std::vector<std::filesystem::path>& others = {}) const;
+    /// Checks before anything is read that required inputs are given, and that the output files of all
+    /// iterations and the `others` can be written without replacing each other, an input or a file
+    /// that is `alsoRead`. Throws `usage_error` and `FileError`.
+    void check(const Paths& others = {}, const Paths& alsoRead = {}) const;
 
     /// Whether an output is written to standard output.
     bool printsData() const;
@@ -71,10 +74,11 @@ private:
     };
 
     void findIterations();
-    std::vector<double> findSeries(const Plan& plan);
-    std::vector<std::filesystem::path> allInputFiles() const;
+    std::vector<double> findSeries();
+    Paths inputFilesOfAll() const;
+    Paths outputFilesOfAll() const;
     void survey();
-    void surveyIteration(const Plan& plan, const std::set<std::size_t>& steps);
+    void surveyIteration(const Iteration& iteration, const std::set<std::size_t>& steps);
     Json executeIteration(const Iteration& iteration);
     void load(StepRun& step, const Plan& plan, std::size_t index,
               const std::optional<ValueRange>& range);

@@ -22,16 +22,6 @@ void thin(DataObjectBundle::Members& objects, std::size_t maximum)
 
 }
 
-std::vector<std::filesystem::path> inputFiles(std::span<const Step> steps, io::Loader& loader)
-{
-    std::vector<std::filesystem::path> files;
-    for (const Step& step : steps)
-        for (const OptionAssignment& assignment : step.assignments)
-            if (assignment.reference)
-                std::ranges::move(assignment.reference->files(loader), std::back_inserter(files));
-    return files;
-}
-
 void RunInputs::apply(const Step& step, const std::optional<ValueRange>& range)
 {
     const ShownNorms shown{.range = range, .time = shownTime(step)};

@@ -6,11 +6,6 @@
 namespace tavrin::pipeline
 {
 
-/// The files that are read for the steps, including those that time series and multi-block files
-/// list.
-TAVRIN_API std::vector<std::filesystem::path> inputFiles(std::span<const Step> steps,
-                                                         io::Loader& loader);
-
 /// Sets the options of a run from text, with data from files and from earlier steps.
 class TAVRIN_API RunInputs
 {

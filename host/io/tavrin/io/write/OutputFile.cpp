@@ -5,8 +5,10 @@
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <optional>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -46,12 +48,30 @@ bool isSink(const fs::path& file)
            (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status));
 }
 
-int openSink(const fs::path& file)
+bool isPipe(const fs::path& file)
+{
+    std::error_code ignored;
+    return fs::is_fifo(file, ignored);
+}
+
+/// Opens a device, a pipe or an open stream. Waits for the reader of a pipe, until an abort.
+int openSink(const fs::path& file, const volatile bool& abortFlag)
 {
     // Opening the name again would start at the beginning of a file that the stream is open for.
     if (const auto stream = streamOf(file))
         return fcntl(*stream, F_DUPFD_CLOEXEC, 0);
-    return open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    constexpr auto interval = std::chrono::milliseconds(20);
+    int descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    for (; descriptor < 0 && errno == ENXIO && isPipe(file);
+         descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK))
+    {
+        if (abortFlag)
+            throw Aborted();
+        std::this_thread::sleep_for(interval);
+    }
+    if (descriptor >= 0)
+        fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return descriptor;
 }
 
 /// Opens a file without a name, for content that is copied elsewhere later.
@@ -161,7 +181,7 @@ int OutputFile::openContent()
         throw FileError(mNameInErrors, obstacle);
     if (isSink(mFile))
     {
-        mSink = openSink(mFile);
+        mSink = openSink(mFile, mAbortFlag);
         const int content = mSink < 0 ? -1 : openNameless();
         if (content < 0)
             fail(errno);
