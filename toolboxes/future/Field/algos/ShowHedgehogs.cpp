@@ -290,7 +290,9 @@ std::pair<Tensor<double, 3>, Tensor<double, 3>> typicalBoxOf(const LargeVector<A
 /// A hint on the arrow that extends farthest beyond the others; empty if none extends far.
 std::string hintOnFarArrow(const LargeVector<Arrow>& arrows)
 {
-    const auto [lower, upper] = typicalBoxOf(arrows);
+    const auto box = typicalBoxOf(arrows);
+    const Tensor<double, 3> lower = box.first;
+    const Tensor<double, 3> upper = box.second;
     const Tensor<double, 3> sides = upper - lower;
     const double extent = *std::ranges::max_element(sides);
     double farthest = 0.0;
