@@ -19,6 +19,12 @@ namespace
 /// More than anybody can wait for; a range with a tiny step is a mistake.
 constexpr std::size_t maximumValues = 1'000'000;
 
+[[noreturn]] void refuseNumber(const std::string& part, const std::string& list)
+{
+    throw usage_error("\"" + list + "\" is not a list of values such as [0:1#0.1] or 1,2,5: \"" +
+                      part + "\" is not a number");
+}
+
 /// The numbers of a list such as "1,2,5", ascending. Throws `usage_error` for anything else in it.
 std::vector<std::string> listedValues(const std::string& list)
 {
@@ -33,9 +39,7 @@ std::vector<std::string> listedValues(const std::string& list)
         }
         catch (const bad_lexical_cast&)
         {
-            throw usage_error("\"" + list +
-                              "\" is not a list of values such as [0:1#0.1] or 1,2,5: \"" + part +
-                              "\" is not a number");
+            refuseNumber(part, list);
         }
     std::ranges::sort(numbers);
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
