@@ -187,6 +187,10 @@ TEST(Sweep, RepeatsForEveryValue)
                     "error: s_0.vtu: is to be written twice\n"),
           std::pair("--sweep 'scalar c=1,2' -o s_%d.vtu --report s_1.vtu",
                     "error: s_1.vtu: is to be written twice\n"),
+          std::pair(
+              "--sweep 'scalar c=[-2:1]' -o s_%d.vtu",
+              "error: \"[-2:1]\" is not a list of values such as [0:1#0.1] or 1,2,5: values in "
+              "brackets must be greater than -1\n"),
           std::pair("-o -.csv --report -", "error: standard output is to be written twice\n"),
           std::pair("-o -", "error: -: standard output takes tables of data, as -.csv\n"),
           std::pair("--sweep 'scalar=1' -o s_%d.vtu",

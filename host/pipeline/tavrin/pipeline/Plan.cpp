@@ -48,6 +48,20 @@ std::vector<std::string> listedValues(const std::string& list)
     return values;
 }
 
+/// Whether a number of a set expression is one of those that its values leave out.
+bool hasNumberUpToMinusOne(const std::string& expression)
+{
+    for (auto minus = expression.find('-'); minus != std::string::npos;
+         minus = expression.find('-', minus + 1))
+    {
+        const bool isSign =
+            minus > 0 && std::string_view("[{:,").find(expression[minus - 1]) != std::string::npos;
+        if (isSign && ListParser<double>::getNum(expression.c_str() + minus) <= -1.0)
+            return true;
+    }
+    return false;
+}
+
 }
 
 std::string Iteration::name() const
@@ -83,6 +97,8 @@ std::vector<std::string> sweepValues(const std::string& expression)
     };
     if (expression.find_first_not_of("0123456789+-.eE,:#&[]{} ") != std::string::npos)
         refuse("");
+    if (hasNumberUpToMinusOne(expression))
+        refuse(": values in brackets must be greater than -1");
     const SilentOutput silence;
     ListParser<double> parser;
     std::vector<std::string> values;
