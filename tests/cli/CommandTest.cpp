@@ -175,6 +175,7 @@ const Case cases[] =
     {"Terminated", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -TERM $!; wait $!)", 130, "interrupted\n"},
     {"HungUp", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Input=flow.vtu -o out.vtu --report report.json & started; kill -HUP $!; wait $!)", 130, "interrupted\n"},
     {"HangupIsIgnored", R"(trap '' HUP; tavrin --plugin "$PLUGIN" run Trial/Wait Seconds=1 Input=flow.vtu -o out.vtu & started; kill -HUP $!; wait $!)", 0, ""},
+    {"InterruptedBeforeAPipeIsRead", R"(mkfifo f.csv; tavrin run 'Field/Tensor Field Operator' "Field A=flow.vtu" -o f.csv & sleep 0.5; kill -TERM $!; wait $!)", 130, "interrupted\n"},
     {"InterruptedTwice", R"(tavrin --plugin "$PLUGIN" run Trial/Wait Stubborn=true -o out.vtu & started; kill -INT $!; sleep 0.2; kill -TERM $!; { wait $!; } 2>/dev/null)", 143, ""},
 
     // Limits of the system

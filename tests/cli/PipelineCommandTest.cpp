@@ -73,6 +73,7 @@ const Case cases[] = {
     {"ReportReplacesThePipeline", norm, "--set d=1 --report p.yaml", 2, "error: p.yaml: is an input, and would be overwritten\n"},
     {"ResultIsLost", "steps:\n  - {id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu}}\n", "", 2, "error: p.yaml:2:5: the result of step \"a\" would be lost; no step takes it, and \"outputs\" does not name it\n"},
     {"ArrowsOfData", "steps: [{id: a, algorithm: Field/Tensor Field Operator, options: {Field A: flow.vtu}}]\noutputs: {a.Field: {file: x.vtu, arrows: 10}}\n", "", 2, "error: p.yaml:2:42: \"arrows\" is for graphics; \"Field\" is data\n"},
+    {"InputNamedByTime", "steps:\n  - {id: a, algorithm: Field/Info, options: {Field: double_gyre.pvd}}\n  - {id: b, algorithm: Field/Info, options: {Field: \"f_${time}.vti\"}}\nfor: each-step\n", ">log; tail -n 1 log | cut -c 1-8 >&2; exit 3", 3, "error: f_0.vti: no such file\nA tensor\n"},
     // clang-format on
 };
 
