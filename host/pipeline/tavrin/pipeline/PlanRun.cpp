@@ -37,9 +37,12 @@ Json withFirst(const std::string& name, Json value, const Json& object)
 /// An algorithm while its step is executed.
 struct PlanRun::StepRun
 {
-    StepRun(const Surroundings& surroundings, const Step& step, ObjectPool& pool,
-            const RunInputs::FindResult& findResult)
-        : run(surroundings.algorithms, step.algorithm), inputs(run, pool, findResult)
+    StepRun(PlanRun& plan, const Step& step)
+        : run(plan.mSurroundings.algorithms, step.algorithm),
+          inputs(run, plan.mPool,
+                 [&plan](const StepOutput& source) {
+                     return plan.mResults.at({source.step, source.port});
+                 })
     {
     }
 
@@ -218,10 +221,7 @@ void PlanRun::surveyIteration(const Iteration& iteration, const std::set<std::si
     for (const std::size_t index : steps)
     {
         const Step& step = plan.steps[index];
-        StepRun current(mSurroundings, step, mPool,
-                        [this](const StepOutput& source) {
-                            return mResults.at({source.step, source.port});
-                        });
+        StepRun current(*this, step);
         atPlace(placeOf(iteration, step),
                 [&]
                 {
@@ -245,10 +245,7 @@ Json PlanRun::executeIteration(const Iteration& iteration)
     for (std::size_t index = 0; index < plan.steps.size(); ++index)
     {
         const Step& step = plan.steps[index];
-        StepRun current(mSurroundings, step, mPool,
-                        [this](const StepOutput& source) {
-                            return mResults.at({source.step, source.port});
-                        });
+        StepRun current(*this, step);
         atPlace(placeOf(iteration, step),
                 [&]
                 {
